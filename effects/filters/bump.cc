@@ -1,0 +1,13 @@
+// Bump: declared, so that menus and projects find it; it has no fields and renders nothing yet.
+
+#include "frame/declaration.h"
+#include "frame/effects.h"
+
+ZOL_EXPORT int ProcessBumpDeclare(t_ZoHostInfo *host) {
+  if (!zol::hostIs(host, "Halvenor"))
+    return 0;
+  const zol::Declaration eff(host, "eff", nullptr);
+  eff.begin("Bump Zo2 native", "Complex Filters/Bump", 4);
+  eff.end();
+  return 1;
+}

@@ -1,0 +1,13 @@
+// Wiper: declared, so that menus and projects find it; it has no fields and renders nothing yet.
+
+#include "frame/declaration.h"
+#include "frame/effects.h"
+
+ZOL_EXPORT int ProcessWiperDeclare(t_ZoHostInfo *host) {
+  if (!zol::hostIs(host, "Halvenor"))
+    return 0;
+  const zol::Declaration eff(host, "eff", nullptr);
+  eff.begin("Wiper Zo1 native", "Geometry Shading/Wiper", 1);
+  eff.end();
+  return 1;
+}

@@ -1,0 +1,16 @@
+// The declare function of every effect: each answers 1 when the effect was declared and 0 when the host
+// is not one for which it exists.
+#ifndef ZOL_FRAME_EFFECTS_H
+#define ZOL_FRAME_EFFECTS_H
+
+#include "frame/export.h"
+#include "frame/zol.h"
+
+#define ZOL_EFFECT(name) ZOL_EXPORT int Process##name##Declare(t_ZoHostInfo *host);
+#include "frame/effects.inc"
+#undef ZOL_EFFECT
+
+/// Kept for hosts that look it up; declares nothing and answers 0.
+ZOL_EXPORT int ProcessStarGen2Declare();
+
+#endif
