@@ -1,0 +1,141 @@
+#include "frame/effects.h"
+#include "tests/support/declared.h"
+#include "tests/support/test_clip.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+
+namespace zol {
+namespace {
+
+using host::Service;
+using host::Session;
+using Texts = std::vector<std::string>;
+
+class FixedBox : public host::Shape {
+public:
+  FixedBox(double left, double top, double right, double bottom) : box_{left, top, right, bottom} {}
+  void box(double out[4], double) const override { std::copy(box_, box_ + 4, out); }
+  int curves(double, void *, t_ZoSegmentFn) const override { return 1; }
+
+private:
+  double box_[4];
+};
+
+TEST(Copy, IsDeclaredToHalvenorAlone) {
+  int result = -1;
+  EXPECT_EQ(test::declared(ProcessCopyDeclare, "hALVENOR", &result),
+            (Texts{"ZoEffect eff;", "eff.Sign = \"Copy (Zo2)\";", "eff.Name = \"Filters/Copy\";",
+                   "eff.Version = 10;", "eff.Description = (char *)@;", "eff.Icon = ZoPicFromXPM( @ );",
+                   "eff.InitFunction = @;", "eff.RenderVideoFunction = @;",
+                   "DataFieldAdd( &eff.df, \"Input\", \"Input\" );", "EffectAdd( eff );"}));
+  EXPECT_EQ(result, 1);
+  EXPECT_EQ(test::declared(ProcessCopyDeclare, "Quorbel", &result), Texts{});
+  EXPECT_EQ(result, 0);
+}
+
+TEST(Copy, HandsOutACopyOfTheInputsFrame) {
+  const test::Callbacks copy(ProcessCopyDeclare);
+  Session session("Halvenor");
+  t_ZoHostInfo *info = session.info();
+  EXPECT_EQ(copy.renderVideo(info), nullptr);
+  EXPECT_EQ(session.messages.at(0), "Input not assigned");
+
+  const auto picture = test::randomPicture(5, 3, 1, -7, 9);
+  test::PictureClip clip(picture->record());
+  session.defaultClip = &clip;
+  EXPECT_EQ(copy.init(info), 1);
+  info->FrameTime = 2.5;
+  pic *out = copy.renderVideo(info);
+  ASSERT_NE(out, nullptr);
+  EXPECT_EQ(clip.times, std::vector<double>{2.5});
+  EXPECT_EQ(out->X, -7);
+  EXPECT_EQ(out->Y, 9);
+  EXPECT_EQ(std::memcmp(out->Pixels, picture->record()->Pixels, 15 * sizeof(_color_t)), 0);
+
+  session.faults.failAt(Service::PicGetSized, 2);
+  EXPECT_EQ(copy.renderVideo(info), nullptr);
+  session.faults.failAt(Service::PicDuplicate, 2);
+  EXPECT_EQ(copy.renderVideo(info), nullptr);
+  EXPECT_EQ(session.messages.size(), 1U);
+  EXPECT_EQ(session.pictures.live(), 1U);
+}
+
+TEST(SolidColor, IsDeclaredToEveryHost) {
+  const Texts expected{"ZoEffect eff;",
+                       "eff.Sign = \"SolidColor Zo2 native\";",
+                       "eff.Name = \"Sources/Solid Color\";",
+                       "eff.Version = 10;",
+                       "eff.DescriptionW = (word *)@;",
+                       "eff.Icon = ZoPicFromXPM( @ );",
+                       "eff.DefaultIconMode = \"One\";",
+                       "eff.InitFunction = @;",
+                       "eff.RenderVideoFunction = @;",
+                       "DataFieldAdd( &eff.df, \"Geometry\", \"Geo\" );",
+                       "ZoDataFieldAdd( &eff.df, \"RGBColor\", \"Color\", (word *)@, ZodfHideCurve );",
+                       "ZoDataFieldAdd( &eff.df, \"Alpha\", \"Alpha\", (word *)@, ZodfHideCurve );",
+                       "EffectAdd( eff );"};
+  EXPECT_EQ(test::declared(ProcessMatteDeclare, "Halvenor"), expected);
+  EXPECT_EQ(test::declared(ProcessMatteDeclare, "another"), expected);
+}
+
+TEST(SolidColor, FillsTheFrameOrTheGeometrysBox) {
+  const test::Callbacks solid(ProcessMatteDeclare);
+  Session session("Quorbel");
+  t_ZoHostInfo *info = session.info();
+  info->Width = 4;
+  info->Height = 3;
+  session.tracing = true;
+  EXPECT_EQ(solid.init(info), 1);
+  EXPECT_EQ(session.trace, (Texts{"ParamSetColor(1, 0, 255, 0.5)", "ParamSetFloat(2, 0, 0.25, 1)"}));
+
+  pic *frame = solid.renderVideo(info);
+  ASSERT_NE(frame, nullptr);
+  EXPECT_EQ(frame->Width, 4);
+  EXPECT_EQ(frame->Height, 3);
+  EXPECT_EQ(frame->Pixels[11].b, 255);
+  EXPECT_EQ(frame->Pixels[11].a, 255);
+
+  struct Case {
+    double box[4];
+    int x, y, width, height;
+  };
+  for (const Case &c : {Case{{10, 5, 20, 6}, 10, 5, 10, 1}, Case{{10.5, 5.5, 20.5, 6.5}, 10, 5, 11, 2},
+                        Case{{8, 8, 2, 2}, 8, 8, 1, 1}, Case{{-3.7, -0.5, 1.2, 0.5}, -3, 0, 5, 1}}) {
+    const FixedBox shape(c.box[0], c.box[1], c.box[2], c.box[3]);
+    *session.parameters.geometries.get(0, 0) = &shape;
+    pic *out = solid.renderVideo(info);
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(out->X, c.x);
+    EXPECT_EQ(out->Y, c.y);
+    EXPECT_EQ(out->Width, c.width);
+    EXPECT_EQ(out->Height, c.height);
+  }
+}
+
+TEST(SolidColor, OpacityIsTruncatedAndReplacesTheColorsAlpha) {
+  const test::Callbacks solid(ProcessMatteDeclare);
+  Session session("Quorbel");
+  t_ZoHostInfo *info = session.info();
+  info->Width = info->Height = 1;
+  session.parameters.colors.get(1, 0)->set(0, host::colorValue({1, 2, 3, 77}));
+  for (const auto &[opacity, alpha] : {std::pair{0.5, 127}, {1.0, 255}, {0.0, 0}, {1.01, 1}}) {
+    session.parameters.numbers.get(2, 0)->set(0, {opacity});
+    pic *out = solid.renderVideo(info);
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(out->Pixels[0].a, alpha);
+    EXPECT_EQ(out->Pixels[0].r, 3);
+  }
+  session.parameters.numbers.get(2, 0)->set(0, {std::numeric_limits<double>::quiet_NaN()});
+  EXPECT_NE(solid.renderVideo(info), nullptr);
+
+  session.faults.failAt(Service::PicCreate, session.faults.calls(Service::PicCreate) + 1);
+  COMMON_STR[3] = "Memory allocation error";
+  EXPECT_EQ(solid.renderVideo(info), nullptr);
+  EXPECT_EQ(session.messages.at(0), "Memory allocation error");
+}
+
+} // namespace
+} // namespace zol

@@ -1,0 +1,105 @@
+// The reference host's services: values over time, ownership, faults.
+
+#include "host/session.h"
+
+#include <gtest/gtest.h>
+
+namespace zol::host {
+namespace {
+
+TEST(Curve, InterpolatesBetweenKeysAndHoldsOutside) {
+  NumberCurve curve;
+  EXPECT_EQ(curve.at(0.5)[0], 0.0);
+  curve.set(0.75, {3.0});
+  curve.set(0.25, {1.0});
+  EXPECT_EQ(curve.at(-1)[0], 1.0);
+  EXPECT_EQ(curve.at(0.25)[0], 1.0);
+  EXPECT_EQ(curve.at(0.5)[0], 2.0);
+  EXPECT_EQ(curve.at(9)[0], 3.0);
+  curve.set(0.75, {5.0});
+  EXPECT_EQ(curve.keys().size(), 2U);
+  EXPECT_EQ(curve.at(0.5)[0], 3.0);
+}
+
+TEST(Session, CountsPicturesAndReportsWrongFrees) {
+  Session session("Halvenor");
+  const t_ZoServices &s = *session.info()->Services;
+  pic *first = s.PicCreate(3, 2);
+  first->X = -4;
+  first->Pixels[5].a = 9;
+  pic *copy = s.PicDuplicate(first);
+  EXPECT_EQ(session.pictures.live(), 2U);
+  EXPECT_EQ(copy->X, -4);
+  EXPECT_EQ(copy->Pixels[5].a, 9);
+  EXPECT_EQ(copy->Pixels[0].a, 0);
+  s.PicFree(first);
+  s.PicFree(copy);
+  EXPECT_TRUE(session.complaints.empty());
+  pic foreign{};
+  s.PicFree(&foreign);
+  s.PicFree(nullptr);
+  EXPECT_EQ(session.complaints.size(), 2U);
+  EXPECT_EQ(session.pictures.live(), 0U);
+  EXPECT_EQ(s.PicCreate(-1, 4), nullptr);
+  EXPECT_EQ(s.PicCreate(32768, 1), nullptr);
+  EXPECT_NE(s.PicCreate(0, 4), nullptr);
+}
+
+TEST(Session, FailsTheChosenCallAndAbortsFromTheChosenPoll) {
+  Session session("Halvenor");
+  const t_ZoServices &s = *session.info()->Services;
+  session.faults.failAt(Service::PicCreate, 2);
+  session.faults.abortAtPoll(2);
+  EXPECT_NE(s.PicCreate(1, 1), nullptr);
+  EXPECT_EQ(s.PicCreate(1, 1), nullptr);
+  EXPECT_NE(s.PicCreate(1, 1), nullptr);
+  EXPECT_EQ(s.IsAborted(session.info()), 0);
+  EXPECT_EQ(s.IsAborted(session.info()), 1);
+  EXPECT_EQ(s.IsAborted(session.info()), 1);
+  EXPECT_EQ(session.faults.calls(Service::PicCreate), 3);
+}
+
+TEST(Session, KeepsInputSlotsAndDataSets) {
+  Session session("Halvenor");
+  t_ZoHostInfo *info = session.info();
+  const t_ZoServices &s = *info->Services;
+  EXPECT_EQ(s.DataFieldItemCount(info, 0), 0);
+  s.InputsAdd(info, 0, 1, 1);
+  s.InputsAdd(info, 0, 1, 1);
+  s.InputsAdd(info, 0, 1, 1);
+  session.selectedInputs = {0, 2, 2, 7};
+  s.InputsRemoveSelected(info, 0);
+  EXPECT_EQ(s.DataFieldItemCount(info, 0), 1);
+  const t_ZoDatasetDisplay display = {{128, 192, 255, 0}, 1.0F};
+  s.DatasetItemAdd(info, 4, "FloatA", "Level 0", &display);
+  s.ParamSetFloat(info, 4, 0, 0.0, 0.5);
+  EXPECT_EQ(s.DataFieldItemCount(info, 4), 1);
+  s.DatasetClear(info, 4, 1);
+  EXPECT_EQ(s.DataFieldItemCount(info, 4), 0);
+  EXPECT_EQ(s.ParamGetFloat(info, 4, 0, 0.0), 0.0L);
+}
+
+TEST(Session, AudioBlocksHaveTheFramesOfTheirStretch) {
+  Session session("Halvenor");
+  const t_ZoServices &s = *session.info()->Services;
+  t_ZoAudio *block = s.AudioCreate(1.0, 1.04, 48000, 2);
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(block->Frames, 1920U);
+  EXPECT_EQ(block->Rate, 48000U);
+  EXPECT_EQ(block->Channels, 2U);
+  EXPECT_EQ(block->Samples[3839], 0.0F);
+  EXPECT_EQ(s.AudioCreate(1.0, 0.0, 48000, 2), nullptr);
+}
+
+TEST(Session, TracesCallsAsText) {
+  Session session("Halvenor");
+  session.tracing = true;
+  t_ZoHostInfo *info = session.info();
+  info->Services->ParamSetFloat(info, 1, 0, 0.5, 0.1);
+  info->Services->Message(info, nullptr);
+  EXPECT_EQ(session.trace, (std::vector<std::string>{"ParamSetFloat(1, 0, 0.5, 0.1)", "Message(null)"}));
+  EXPECT_EQ(session.messages.at(0), std::nullopt);
+}
+
+} // namespace
+} // namespace zol::host
