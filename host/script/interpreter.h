@@ -6,6 +6,7 @@
 #include "host/script/memory.h"
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -37,7 +38,7 @@ public:
 private:
   Registry &registry_;
   Memory &memory_;
-  std::map<std::string, Effect, std::less<>> records_; ///< the script's variables
+  std::map<std::string, Effect, std::less<>> variables_;
   std::vector<Error> errors_;
 };
 
