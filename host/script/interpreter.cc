@@ -159,7 +159,7 @@ void Execution::assign(const Statement &statement) {
   }
 }
 
-/// The value is kept by what it did even where it cannot be stored: a field that was added stays.
+/// A field that the value added stays even where its id cannot be stored.
 int Execution::store(const Expression &target, const Expression &expression) {
   if (target.text != "int")
     throw ScriptError("only an int can be stored", target.offset);
