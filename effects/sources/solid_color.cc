@@ -15,8 +15,9 @@ constexpr char kSection[] = "Solid";
 
 ZOL_TEXT_TABLE kTexts[] = {
     "Solid Color  on",
-    "&c0000FF&bSolid color.\n&c000000&n\tGenerates solid color image. If geometry is specified, its bounding "
-    "box will be filled. Use curves to set and animate resulting color and opacity (alpha channel).",
+    ("&c0000FF&bSolid color.\n&c000000&n\tGenerates solid color image. If geometry is specified, its "
+     "bounding "
+     "box will be filled. Use curves to set and animate resulting color and opacity (alpha channel)."),
     "Color",
     "Alpha",
     "Geometry for Color Matte",
