@@ -1,0 +1,69 @@
+// Samples of a media file, streamed through an ffmpeg child.
+#ifndef ZOL_HOST_MEDIA_AUDIO_READER_H
+#define ZOL_HOST_MEDIA_AUDIO_READER_H
+
+#include "host/media/probe.h"
+#include "host/media/process.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zol::host {
+
+struct AudioReaderOptions {
+  int sampleRate = 0; ///< 0: the file's own.
+  int channels = 0;   ///< 0: the file's own.
+  double start = 0;   ///< Time within the file of sample frame 0, in seconds.
+  bool raw = false;   ///< The bytes are raw interleaved floats of rawRate and rawChannels.
+  int rawRate = 48000;
+  int rawChannels = 2;
+  MediaPrograms programs;
+};
+
+/// Interleaved 32-bit floats. Time 0 is the beginning of the file, also where its sound begins later.
+class AudioReader {
+public:
+  /// `-` is standard input: raw, or what ffmpeg can tell from a stream. Only one reader can have it.
+  AudioReader(std::string file, AudioReaderOptions options);
+  ~AudioReader();
+  AudioReader(const AudioReader &) = delete;
+  AudioReader &operator=(const AudioReader &) = delete;
+
+  [[nodiscard]] const MediaInfo &info() const { return info_; }
+  [[nodiscard]] int sampleRate() const { return options_.sampleRate; }
+  [[nodiscard]] int channels() const { return options_.channels; }
+
+  /// Copies up to `count` sample frames from sample frame `first` on into `samples` (count * channels floats)
+  /// and returns how many there were: fewer only behind the end. The same range gives the same samples in any
+  /// order of calls. Recent samples are kept; a step behind them reads anew from the beginning (standard
+  /// input: MediaError).
+  size_t read(uint64_t first, size_t count, float *samples);
+
+  /// Number of sample frames, known once the end was met.
+  [[nodiscard]] std::optional<uint64_t> frameCount() const { return count_; }
+
+  /// The command that reads the file, as a line for a shell.
+  [[nodiscard]] std::string commandLine() const;
+
+private:
+  [[nodiscard]] std::vector<std::string> arguments() const;
+  void open();
+  bool readBlock();
+
+  std::string file_;
+  AudioReaderOptions options_;
+  MediaInfo info_;
+  std::vector<uint8_t> head_;
+  std::unique_ptr<Process> process_;
+  std::vector<float> window_; ///< Ring of sample frames; the newest is number next_ - 1.
+  uint64_t next_ = 0;         ///< Sample frames taken from the child so far, from the file's beginning.
+  std::optional<uint64_t> count_;
+};
+
+} // namespace zol::host
+
+#endif

@@ -1,0 +1,54 @@
+// What a media file holds.
+#ifndef ZOL_HOST_MEDIA_PROBE_H
+#define ZOL_HOST_MEDIA_PROBE_H
+
+#include "host/media/error.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace zol::host {
+
+/// The programs that do the work, by name (searched for in PATH) or by path.
+struct MediaPrograms {
+  std::string ffmpeg = "ffmpeg";
+  std::string ffprobe = "ffprobe";
+};
+
+/// Facts about a file. Everything about pictures is 0 or false without hasVideo, likewise sound.
+struct MediaInfo {
+  std::string format;  ///< The container as ffprobe names it, possibly several names joined by commas.
+  double duration = 0; ///< Seconds, 0 when not known or still.
+
+  bool hasVideo = false;
+  bool still = false; ///< One picture without a time of its own.
+  int width = 0;      ///< As displayed: after the file's rotation, before its pixel aspect.
+  int height = 0;
+  double frameRate = 0;   ///< Frames per second, the average where it varies; 0 for stills.
+  double pixelAspect = 1; ///< Width of a pixel by its height, after rotation.
+  bool alpha = false;
+  bool interlaced = false;
+  bool topFieldFirst = false;
+  std::string videoCodec;
+  bool untaggedHd = false; ///< YUV of high definition that does not name its matrix, taken as BT.709.
+
+  bool hasAudio = false;
+  int sampleRate = 0;
+  int channels = 0;
+  std::string audioCodec;
+};
+
+/// Looks into a file. Cover pictures of sound files do not count as video. Throws MediaError for what cannot
+/// be read or holds neither pictures nor sound.
+MediaInfo probe(const std::string &file, const MediaPrograms &programs = {});
+
+/// The same for the first bytes of a stream.
+MediaInfo probeBytes(const std::vector<uint8_t> &head, const MediaPrograms &programs = {});
+
+/// The name as an ffmpeg input or output that is a local file whatever characters it has.
+std::string fileUrl(const std::string &file);
+
+} // namespace zol::host
+
+#endif

@@ -1,0 +1,107 @@
+// A child process with pipes to its standard streams.
+#ifndef ZOL_HOST_MEDIA_PROCESS_H
+#define ZOL_HOST_MEDIA_PROCESS_H
+
+#include "host/media/error.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace zol::host {
+
+/// A file descriptor that is closed with its owner.
+class Descriptor {
+public:
+  Descriptor() = default;
+  explicit Descriptor(int fd) : fd_(fd) {}
+  ~Descriptor() { reset(); }
+  Descriptor(Descriptor &&other) noexcept : fd_(other.release()) {}
+  Descriptor &operator=(Descriptor &&other) noexcept;
+
+  explicit operator bool() const { return fd_ >= 0; }
+  [[nodiscard]] int get() const { return fd_; }
+  int release();
+  void reset();
+
+private:
+  int fd_ = -1;
+};
+
+/// One running program. Its standard error is read on the side by every call that waits, so it never stalls
+/// the child; the last line that is not blank is kept. Not for use by several threads at once. A write to a
+/// child that is gone is an error, never a SIGPIPE.
+class Process {
+public:
+  enum class Stream { None, Pipe, Inherit };
+
+  struct Options {
+    Stream input = Stream::None;  ///< None: reads as empty.
+    Stream output = Stream::None; ///< None: what the child prints is dropped.
+    bool secondInput = false;     ///< A second pipe to the child, which it finds as descriptor 3.
+    double patience = 0;          ///< Longest silence in seconds before the child is given up; 0: no limit.
+    int feed = -1; ///< With input Pipe: a descriptor to pass on to the child while waiting for it ...
+    std::vector<uint8_t> feedHead; ///< ... after these bytes. The descriptor is not closed.
+  };
+
+  /// Starts `arguments[0]`, searched for in PATH, without a shell. Throws MediaError when it cannot be run.
+  Process(const std::vector<std::string> &arguments, Options options);
+  explicit Process(const std::vector<std::string> &arguments) : Process(arguments, Options()) {}
+  /// Kills the child if it is still there and reaps it.
+  ~Process();
+  Process(const Process &) = delete;
+  Process &operator=(const Process &) = delete;
+
+  /// Reads up to `size` bytes of the child's output, fewer only at its end; the number read.
+  size_t read(void *data, size_t size);
+
+  /// Writes all of it to the child's input; false when the child no longer reads (ask wait() why). Bytes
+  /// queued for the second input go out on the way.
+  bool write(const void *data, size_t size);
+
+  /// Queues bytes for the second input and sends what the child takes without waiting; false as above.
+  bool queueSecond(const void *data, size_t size);
+  /// Bytes that wait for the second input.
+  [[nodiscard]] size_t queued() const { return queue_.size() - queueStart_; }
+
+  /// Sends what is queued, closes the inputs, and waits for the child; its exit status, 128 + n after signal
+  /// n.
+  int wait();
+
+  /// Kills and reaps at once.
+  void kill();
+
+  /// The last line on the child's standard error that is not blank.
+  [[nodiscard]] std::string lastLine() const;
+
+private:
+  enum Wanted { kRead = 1, kWrite = 2, kWriteSecond = 4 };
+  int pollOnce(int wanted);
+  void drainErrors();
+  void feedChild();
+  bool sendSecond();
+  bool reapIfGone();
+
+  std::string name_;
+  Options options_;
+  pid_t pid_ = -1;
+  int status_ = 0;
+  Descriptor input_, output_, errors_, second_;
+  std::vector<uint8_t> queue_;
+  size_t queueStart_ = 0;
+  size_t feedStart_ = 0;
+  bool feedEnded_ = false;
+  std::string errorText_;
+};
+
+/// The arguments as one line that a POSIX shell reads back as the same arguments.
+std::string shellQuoted(const std::vector<std::string> &arguments);
+
+/// The shortest text that reads back as the same number, with a point in every locale.
+std::string numberText(double value);
+
+} // namespace zol::host
+
+#endif

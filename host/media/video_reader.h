@@ -1,0 +1,86 @@
+// Frames of a video or still file, streamed through an ffmpeg child.
+#ifndef ZOL_HOST_MEDIA_VIDEO_READER_H
+#define ZOL_HOST_MEDIA_VIDEO_READER_H
+
+#include "host/media/probe.h"
+#include "host/media/process.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zol::host {
+
+/// One picture: `height` rows of `width` pixels without padding, four bytes each (blue, green, red, straight
+/// alpha; 255 where the file has none).
+struct Frame {
+  int width = 0;
+  int height = 0;
+  std::vector<uint8_t> pixels;
+};
+
+struct VideoReaderOptions {
+  int width = 0; ///< 0 with height 0: the file's own size. Otherwise the pictures are scaled to fill it.
+  int height = 0;
+  double rate = 0;   ///< Frames per second; 0: the file's own average rate (25 for stills).
+  double start = 0;  ///< Time within the file of frame 0, in seconds.
+  size_t window = 4; ///< Frames kept for going back, at least 1.
+  bool raw = false;  ///< The bytes are raw BGRA frames of rawWidth by rawHeight at rawRate.
+  int rawWidth = 0;
+  int rawHeight = 0;
+  double rawRate = 25;
+  MediaPrograms programs;
+};
+
+/// Frames at a constant rate. The child runs from the first at() on. Memory is bounded by the window and the
+/// frames that callers still hold.
+class VideoReader {
+public:
+  /// `-` is standard input: raw, or what ffmpeg can tell from a stream. Only one reader can have it.
+  VideoReader(std::string file, VideoReaderOptions options);
+  ~VideoReader();
+  VideoReader(const VideoReader &) = delete;
+  VideoReader &operator=(const VideoReader &) = delete;
+
+  [[nodiscard]] const MediaInfo &info() const { return info_; }
+  [[nodiscard]] int width() const { return options_.width; }
+  [[nodiscard]] int height() const { return options_.height; }
+  [[nodiscard]] double rate() const { return options_.rate; }
+
+  /// The frame shown at `start + index / rate`; the last one for every index behind the end; a still always.
+  /// The same index gives the same bytes in any order of calls. Next frames and those of the window are
+  /// cheap, others start the child anew with a seek. Throws MediaError when the file cannot be decoded, and
+  /// for a step behind the window on standard input.
+  std::shared_ptr<const Frame> at(size_t index);
+
+  /// Number of frames from the start, known once the end was met; a still has one.
+  [[nodiscard]] std::optional<size_t> frameCount() const { return count_; }
+
+  /// The command that reads from frame 0, as a line for a shell.
+  [[nodiscard]] std::string commandLine() const;
+
+private:
+  [[nodiscard]] std::vector<std::string> arguments(size_t firstIndex) const;
+  void open(size_t firstIndex);
+  bool readNext();
+  std::shared_ptr<const Frame> lastFrame();
+
+  std::string file_;
+  VideoReaderOptions options_;
+  MediaInfo info_;
+  std::vector<uint8_t> head_;
+  std::unique_ptr<Process> process_;
+  std::deque<std::shared_ptr<Frame>> recent_; ///< Frames next_ - size ... next_ - 1.
+  std::shared_ptr<Frame> spare_;
+  std::shared_ptr<const Frame> last_;
+  size_t next_ = 0;
+  std::optional<size_t> count_;
+};
+
+} // namespace zol::host
+
+#endif
