@@ -28,7 +28,7 @@ struct GeometryError : std::runtime_error {
 /// A shape for filling: every subpath closed, one after another, without segments of zero length.
 class Geometry {
 public:
-  /// Reads SVG path data, all commands. Curves are kept exactly, elliptical arcs within 3e-4 of their radius.
+  /// Reads SVG path data, all commands. Curves are kept exactly, elliptical arcs within 5e-6 of their radius.
   /// Throws GeometryError, whose text has the character's place from 1.
   static Geometry fromPath(std::string_view pathData);
 
