@@ -1,7 +1,6 @@
 #include "host/geometry.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <cerrno>
 #include <charconv>
@@ -449,25 +448,27 @@ std::vector<Segment> Geometry::splitAtExtrema() const {
   pieces.reserve(segments.size());
   for (const Segment &segment : segments) {
     const Slope slopes[2] = {Slope(segment, 0), Slope(segment, 1)};
-    std::array<double, 6> cuts{0};
-    int count = 1;
-    count += extrema(slopes[0], &cuts[1]);
-    count += extrema(slopes[1], &cuts[static_cast<size_t>(count)]);
-    std::sort(cuts.begin(), cuts.begin() + count);
-    count = static_cast<int>(
-        std::unique(cuts.begin(), cuts.begin() + count, [](double a, double b) { return b - a < kSame; }) -
-        cuts.begin());
+    double found[4];
+    int extremes = extrema(slopes[0], found);
+    extremes += extrema(slopes[1], found + extremes);
+    double cuts[6] = {0};
+    size_t count = 1;
+    for (double last = 0; extremes > 0; --extremes) { // the smallest first
+      std::iter_swap(std::min_element(found, found + extremes), found + extremes - 1);
+      if (found[extremes - 1] - last >= kSame)
+        cuts[count++] = last = found[extremes - 1];
+    }
     if (count == 1) {
       pieces.push_back(segment);
       continue;
     }
-    cuts[static_cast<size_t>(count)] = 1;
+    cuts[count] = 1;
     Segment piece = segment;
-    for (size_t i = 0; i < static_cast<size_t>(count); ++i) {
+    for (size_t i = 0; i < count; ++i) {
       const double from = cuts[i], to = cuts[i + 1];
       if (i > 0)
         std::copy(std::begin(pieces.back().P1), std::end(pieces.back().P1), piece.P0);
-      if (i + 1 < static_cast<size_t>(count))
+      if (i + 1 < count)
         pointAt(segment, to, piece.P1);
       else
         std::copy(std::begin(segment.P1), std::end(segment.P1), piece.P1);

@@ -4,6 +4,7 @@
 
 #include "host/media/probe.h"
 #include "host/media/process.h"
+#include "host/media/source.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -27,8 +28,9 @@ struct AudioReaderOptions {
 /// Interleaved 32-bit floats. Time 0 is the beginning of the file, also where its sound begins later.
 class AudioReader {
 public:
-  /// `-` is standard input: raw, or what ffmpeg can tell from a stream. Only one reader can have it.
-  AudioReader(std::string file, AudioReaderOptions options);
+  /// `-` is standard input: raw, or what ffmpeg can tell from a stream. Named pipes likewise. Only one
+  /// reader can have it.
+  AudioReader(const std::string &file, AudioReaderOptions options);
   ~AudioReader();
   AudioReader(const AudioReader &) = delete;
   AudioReader &operator=(const AudioReader &) = delete;
@@ -44,7 +46,7 @@ public:
   size_t read(uint64_t first, size_t count, float *samples);
 
   /// Number of sample frames, known once the end was met.
-  [[nodiscard]] std::optional<uint64_t> frameCount() const { return count_; }
+  [[nodiscard]] std::optional<uint64_t> frameCount() const;
 
   /// The command that reads the file, as a line for a shell.
   [[nodiscard]] std::string commandLine() const;
@@ -53,15 +55,15 @@ private:
   [[nodiscard]] std::vector<std::string> arguments() const;
   void open();
   bool readBlock();
+  [[nodiscard]] uint64_t origin() const;
 
-  std::string file_;
+  Source source_;
   AudioReaderOptions options_;
   MediaInfo info_;
-  std::vector<uint8_t> head_;
   std::unique_ptr<Process> process_;
-  std::vector<float> window_; ///< Ring of sample frames; the newest is number next_ - 1.
+  std::vector<float> window_; ///< The newest samples; the last sample frame is number next_ - 1.
   uint64_t next_ = 0;         ///< Sample frames taken from the child so far, from the file's beginning.
-  std::optional<uint64_t> count_;
+  std::optional<uint64_t> end_;
 };
 
 } // namespace zol::host

@@ -49,6 +49,10 @@ MediaInfo probeBytes(const std::vector<uint8_t> &head, const MediaPrograms &prog
 /// The name as an ffmpeg input or output that is a local file whatever characters it has.
 std::string fileUrl(const std::string &file);
 
+class Process;
+/// The last line of a child that failed with this input or output, without what only repeats its name.
+std::string reasonOf(const Process &process, const std::string &url);
+
 } // namespace zol::host
 
 #endif

@@ -42,8 +42,10 @@ public:
     Stream output = Stream::None; ///< None: what the child prints is dropped.
     bool secondInput = false;     ///< A second pipe to the child, which it finds as descriptor 3.
     double patience = 0;          ///< Longest silence in seconds before the child is given up; 0: no limit.
-    int feed = -1; ///< With input Pipe: a descriptor to pass on to the child while waiting for it ...
-    std::vector<uint8_t> feedHead; ///< ... after these bytes. The descriptor is not closed.
+    /// With input Pipe: bytes passed on to the child while waiting for it, and then what a descriptor (-1:
+    /// none) yields, which stays open.
+    std::vector<uint8_t> feedHead;
+    int feed = -1;
   };
 
   /// Starts `arguments[0]`, searched for in PATH, without a shell. Throws MediaError when it cannot be run.
@@ -63,8 +65,13 @@ public:
 
   /// Queues bytes for the second input and sends what the child takes without waiting; false as above.
   bool queueSecond(const void *data, size_t size);
+  /// Closes the second input once the queue is sent.
+  void endSecond();
   /// Bytes that wait for the second input.
   [[nodiscard]] size_t queued() const { return queue_.size() - queueStart_; }
+
+  /// Lets the child see the end of its input.
+  void closeInput() { input_.reset(); }
 
   /// Sends what is queued, closes the inputs, and waits for the child; its exit status, 128 + n after signal
   /// n.
@@ -75,14 +82,17 @@ public:
 
   /// The last line on the child's standard error that is not blank.
   [[nodiscard]] std::string lastLine() const;
+  /// The end of its standard error as it came.
+  [[nodiscard]] const std::string &errorTail() const { return errorText_; }
 
 private:
-  enum Wanted { kRead = 1, kWrite = 2, kWriteSecond = 4 };
-  int pollOnce(int wanted);
+  enum Wanted { kRead = 1, kWrite = 2 };
+  bool pollOnce(int wanted, int timeout);
+  void await(int wanted);
   void drainErrors();
-  void feedChild();
+  [[nodiscard]] bool feeding() const { return feeds_ && input_; }
+  void feedChild(bool readable);
   bool sendSecond();
-  bool reapIfGone();
 
   std::string name_;
   Options options_;
@@ -92,9 +102,16 @@ private:
   std::vector<uint8_t> queue_;
   size_t queueStart_ = 0;
   size_t feedStart_ = 0;
-  bool feedEnded_ = false;
+  bool feeds_ = false;
+  bool closeSecond_ = false;
   std::string errorText_;
 };
+
+/// Writes all of it, without a SIGPIPE; 0 or the error number.
+int writeFully(int fd, const void *data, size_t size);
+
+/// The system's words for an error number.
+std::string errorMessage(int error);
 
 /// The arguments as one line that a POSIX shell reads back as the same arguments.
 std::string shellQuoted(const std::vector<std::string> &arguments);

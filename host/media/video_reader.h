@@ -4,6 +4,7 @@
 
 #include "host/media/probe.h"
 #include "host/media/process.h"
+#include "host/media/source.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -40,8 +41,9 @@ struct VideoReaderOptions {
 /// frames that callers still hold.
 class VideoReader {
 public:
-  /// `-` is standard input: raw, or what ffmpeg can tell from a stream. Only one reader can have it.
-  VideoReader(std::string file, VideoReaderOptions options);
+  /// `-` is standard input: raw, or what ffmpeg can tell from a stream. Named pipes likewise. Only one
+  /// reader can have it.
+  VideoReader(const std::string &file, VideoReaderOptions options);
   ~VideoReader();
   VideoReader(const VideoReader &) = delete;
   VideoReader &operator=(const VideoReader &) = delete;
@@ -64,15 +66,14 @@ public:
   [[nodiscard]] std::string commandLine() const;
 
 private:
-  [[nodiscard]] std::vector<std::string> arguments(size_t firstIndex) const;
-  void open(size_t firstIndex);
+  [[nodiscard]] std::vector<std::string> arguments(size_t first) const;
+  void open(size_t first);
   bool readNext();
-  std::shared_ptr<const Frame> lastFrame();
+  void findEnd(size_t behind);
 
-  std::string file_;
+  Source source_;
   VideoReaderOptions options_;
   MediaInfo info_;
-  std::vector<uint8_t> head_;
   std::unique_ptr<Process> process_;
   std::deque<std::shared_ptr<Frame>> recent_; ///< Frames next_ - size ... next_ - 1.
   std::shared_ptr<Frame> spare_;

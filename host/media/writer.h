@@ -6,6 +6,7 @@
 #include "host/media/process.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -43,8 +44,11 @@ public:
   void writeFrame(const void *pixels);
 
   /// The next `frames` sample frames, interleaved. Beside pictures, give the sound of a picture before the
-  /// picture; it may run ahead by about a minute.
+  /// picture; it may run ahead by 64 MiB.
   void writeSamples(const float *samples, size_t frames);
+
+  /// No more samples come although pictures do.
+  void endSamples();
 
   /// Completes the file under its name.
   void finish();
@@ -59,19 +63,25 @@ public:
 
 private:
   [[nodiscard]] std::vector<std::string> arguments(const std::string &target) const;
-  [[nodiscard]] bool hasPictures() const { return options_.width > 0; }
+  [[nodiscard]] bool hasPictures() const { return options_.width != 0 || options_.height != 0; }
   [[nodiscard]] bool hasSamples() const { return options_.channels > 0; }
+  [[nodiscard]] bool toStandardOutput() const { return file_ == "-"; }
+  void check() const;
   void start();
+  void put(const void *data, size_t size);
+  void publish();
   void abandon();
-  [[noreturn]] void fail();
+  [[noreturn]] void fail(const std::string &reason);
+  [[noreturn]] void failAsChild();
 
   std::string file_;
   WriterOptions options_;
   std::string partial_; ///< The name beside the target while it is being written.
   bool inPlace_ = false;
-  bool finished_ = false;
-  bool broken_ = false;
-  size_t frames_ = 0;
+  bool samplesEnded_ = false;
+  bool done_ = false; ///< Finished or failed.
+  uint64_t frames_ = 0;
+  uint64_t samples_ = 0;
   std::unique_ptr<Process> process_;
 };
 

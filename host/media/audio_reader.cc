@@ -1,0 +1,122 @@
+#include "host/media/audio_reader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+namespace zol::host {
+namespace {
+
+constexpr size_t kBlock = 16384;      // sample frames taken from the child at once
+constexpr size_t kKept = 16 * kBlock; // sample frames kept at least for going back
+constexpr int kHighestRate = 768000;
+constexpr int kMostChannels = 64;
+
+} // namespace
+
+AudioReader::AudioReader(const std::string &file, AudioReaderOptions options)
+    : source_(file), options_(std::move(options)) {
+  const std::string cannot = "cannot read " + source_.name() + ": ";
+  if (options_.raw) {
+    info_.format = info_.audioCodec = "f32le";
+    info_.hasAudio = true;
+    info_.sampleRate = options_.rawRate;
+    info_.channels = options_.rawChannels;
+  } else {
+    info_ = source_.look(options_.programs);
+    if (!info_.hasAudio)
+      throw MediaError(cannot + "no sound in it");
+  }
+  if (options_.sampleRate == 0)
+    options_.sampleRate = info_.sampleRate;
+  if (options_.channels == 0)
+    options_.channels = info_.channels;
+  for (const int rate : {info_.sampleRate, options_.sampleRate})
+    if (rate < 1 || rate > kHighestRate)
+      throw MediaError(cannot + "a sample rate of " + std::to_string(rate) + " is not possible");
+  for (const int channels : {info_.channels, options_.channels})
+    if (channels < 1 || channels > kMostChannels)
+      throw MediaError(cannot + std::to_string(channels) + " channels are not possible");
+  if (!(options_.start >= 0 && options_.start < 1e9))
+    throw MediaError(cannot + "it has no beginning at " + numberText(options_.start) + " seconds");
+}
+
+AudioReader::~AudioReader() = default;
+
+std::vector<std::string> AudioReader::arguments() const {
+  std::vector<std::string> args{options_.programs.ffmpeg, "-v", "error", "-nostdin"};
+  const auto add = [&](std::initializer_list<std::string> more) { args.insert(args.end(), more); };
+  if (options_.raw)
+    add({"-f", "f32le", "-ar", std::to_string(options_.rawRate), "-ac",
+         std::to_string(options_.rawChannels)});
+  // Silence where the sound begins late, so that pictures and sound share their time 0.
+  add({"-i", source_.url(), "-map", "0:a:0", "-af", "aresample=async=1:first_pts=0", "-ar",
+       std::to_string(options_.sampleRate)});
+  if (options_.channels != info_.channels)
+    add({"-ac", std::to_string(options_.channels)});
+  add({"-f", "f32le", "-c:a", "pcm_f32le", "pipe:1"});
+  return args;
+}
+
+std::string AudioReader::commandLine() const { return shellQuoted(arguments()); }
+
+/// Number of the sample frame at which reading begins, from the file's beginning.
+uint64_t AudioReader::origin() const {
+  return static_cast<uint64_t>(std::llround(options_.start * options_.sampleRate));
+}
+
+std::optional<uint64_t> AudioReader::frameCount() const {
+  if (!end_)
+    return std::nullopt;
+  return *end_ - std::min(*end_, origin());
+}
+
+void AudioReader::open() {
+  process_.reset();
+  window_.clear();
+  next_ = 0;
+  process_ = source_.start(arguments());
+}
+
+bool AudioReader::readBlock() {
+  const auto channels = static_cast<size_t>(options_.channels);
+  if (window_.size() >= 2 * kKept * channels)
+    window_.erase(window_.begin(), window_.end() - static_cast<ptrdiff_t>(kKept * channels));
+  const size_t before = window_.size();
+  window_.resize(before + kBlock * channels);
+  const size_t got = process_->read(window_.data() + before, kBlock * channels * sizeof(float));
+  const size_t frames = got / (channels * sizeof(float));
+  window_.resize(before + frames * channels);
+  next_ += frames;
+  if (frames == kBlock)
+    return true;
+  if (process_->wait() != 0)
+    throw source_.failure(*process_);
+  process_.reset();
+  end_ = next_;
+  return frames > 0;
+}
+
+size_t AudioReader::read(uint64_t first, size_t count, float *samples) {
+  const auto channels = static_cast<size_t>(options_.channels);
+  uint64_t place = first + origin();
+  size_t done = 0;
+  while (done < count && !(end_ && place >= *end_)) {
+    const uint64_t oldest = next_ - window_.size() / channels;
+    if (place < oldest || (!process_ && next_ == 0)) {
+      open();
+    } else if (place < next_) {
+      const size_t n = static_cast<size_t>(std::min<uint64_t>(next_ - place, count - done));
+      std::memcpy(samples + done * channels, window_.data() + (place - oldest) * channels,
+                  n * channels * sizeof(float));
+      done += n;
+      place += n;
+    } else if (!process_ || !readBlock()) {
+      break;
+    }
+  }
+  return done;
+}
+
+} // namespace zol::host
