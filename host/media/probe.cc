@@ -129,7 +129,7 @@ MediaInfo infoFrom(const Json &answer) {
   info.format = text(format, "format_name");
   const Json &streams = member(answer, "streams");
   const Json *video = nullptr, *audio = nullptr;
-  for (const Json &stream : streams.is_array() ? streams : Json::array()) {
+  for (const Json &stream : streams) {
     const std::string type = text(stream, "codec_type");
     if (type == "audio" && audio == nullptr)
       audio = &stream;

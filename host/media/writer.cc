@@ -25,13 +25,14 @@ enum class Kind { Still, Sound, Moving };
 
 /// How pictures become those of the format. All but Asis are options of the filter chain.
 enum class Pixels {
-  Asis,    // ffmpeg chooses
-  Rgba,    // as they are, with alpha
-  Palette, // a palette for each frame
-  Jpeg,    // full-range 4:4:4
-  Yuv420,  // BT.709, even sizes
-  Yuva420, // the same with alpha
-  Yuva444  // BT.709, 10 bits, with alpha
+  Asis,     // ffmpeg chooses
+  Rgba,     // as they are, with alpha
+  Palette,  // a palette for each frame
+  Jpeg,     // full-range 4:4:4
+  Yuv420,   // BT.709, even sizes
+  Plain420, // untagged: the matrix that players suppose for the size, even sizes
+  Yuva420,  // the same with alpha
+  Yuva444   // BT.709, 10 bits, with alpha
 };
 
 struct Format {
@@ -71,7 +72,7 @@ constexpr Format kFormats[] = {
      "-c:v libvpx-vp9 -crf 24 -b:v 0 -deadline good -cpu-used 4 -row-mt 1 -auto-alt-ref 0",
      "-c:a libopus -b:a 192k"},
     {"mkv", Kind::Moving, Pixels::Rgba, "-c:v ffv1 -level 3 -g 1 -slicecrc 1", kFloat},
-    {"avi", Kind::Moving, Pixels::Yuv420, "-c:v mpeg4 -q:v 2", "-c:a pcm_s16le"},
+    {"avi", Kind::Moving, Pixels::Plain420, "-c:v mpeg4 -q:v 2", "-c:a pcm_s16le"},
     {"gif", Kind::Moving, Pixels::Palette, "-c:v gif", ""},
     {"apng", Kind::Moving, Pixels::Rgba, "-c:v apng -plays 0", ""},
     {"nut", Kind::Moving, Pixels::Rgba, "-c:v rawvideo", kFloat},
@@ -127,17 +128,24 @@ std::string evenSize(int width, int height) {
 }
 
 std::string filtersFor(Pixels pixels, int width, int height) {
-  constexpr const char *kFlags = ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp,format=";
-  const std::string to709 = std::string("scale=out_range=tv:out_color_matrix=bt709") + kFlags;
+  const auto convert = [](const char *range, const char *matrix, const char *format) {
+    return std::string("scale=out_range=") + range + ":out_color_matrix=" + matrix +
+           ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp,format=" + format;
+  };
+  const bool highDefinition = width >= 1280 || height >= 720;
+  // Some encoders look at the frames alone, some files at the options alone: both name the colours.
+  const char *const named = ",setparams=colorspace=bt709:color_primaries=bt709:color_trc=bt709:range=tv";
   switch (pixels) {
-  case Pixels::Asis: return {};
+  case Pixels::Asis:
   case Pixels::Rgba: return {};
   case Pixels::Palette:
     return "split[a][b];[a]palettegen=stats_mode=single[p];[b][p]paletteuse=new=1:dither=sierra2_4a";
-  case Pixels::Jpeg: return std::string("scale=out_range=pc:out_color_matrix=bt601") + kFlags + "yuvj444p";
-  case Pixels::Yuv420: return evenSize(width, height) + to709 + "yuv420p";
-  case Pixels::Yuva420: return evenSize(width, height) + to709 + "yuva420p";
-  case Pixels::Yuva444: return to709 + "yuva444p10le";
+  case Pixels::Jpeg: return convert("pc", "bt601", "yuvj444p");
+  case Pixels::Yuv420: return evenSize(width, height) + convert("tv", "bt709", "yuv420p") + named;
+  case Pixels::Plain420:
+    return evenSize(width, height) + convert("tv", highDefinition ? "bt709" : "bt601", "yuv420p");
+  case Pixels::Yuva420: return evenSize(width, height) + convert("tv", "bt709", "yuva420p") + named;
+  case Pixels::Yuva444: return convert("tv", "bt709", "yuva444p10le") + named;
   }
   return {};
 }
@@ -148,12 +156,13 @@ bool isBt709(Pixels pixels) {
 
 /// The name that the unfinished file has: in the same folder, hidden, with the same extension.
 fs::path partialName(const fs::path &target) {
+  constexpr size_t kKeptOfName = 200; // the name must not become too long
   std::random_device random;
-  std::string mark;
+  std::string name(1, '.');
+  name.append(target.stem().string(), 0, kKeptOfName).append(1, '.');
   for (int i = 0; i < 12; ++i)
-    mark += static_cast<char>('a' + random() % 26);
-  return target.parent_path() /
-         ("." + target.stem().string().substr(0, 200) + "." + mark + target.extension().string());
+    name += static_cast<char>('a' + random() % 26);
+  return target.parent_path() / name.append(target.extension().string());
 }
 
 } // namespace
@@ -251,7 +260,9 @@ std::vector<std::string> MediaWriter::arguments(const std::string &target) const
       filters = "format=bgr0";
     if (!filters.empty())
       add({"-vf", filters});
-    addWords(args, format.video);
+    constexpr int kLeastOfFfv1 = 4; // smaller ones come back damaged
+    addWords(args, format.extension == "mkv" && std::min(o.width, o.height) < kLeastOfFfv1 ? "-c:v png"
+                                                                                           : format.video);
     if (isBt709(pixels))
       add({"-colorspace", "bt709", "-color_primaries", "bt709", "-color_trc", "bt709", "-color_range", "tv"});
     if (format.kind == Kind::Still)
