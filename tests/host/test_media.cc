@@ -188,13 +188,14 @@ TEST_F(Media, ProbeTellsWhatAFileHolds) {
   EXPECT_EQ(clip.sampleRate, 44100);
   EXPECT_EQ(clip.channels, 1);
 
-  const MediaInfo turned = probe(make(
-      "turned.mp4",
-      {"-display_rotation", "90", "-i",
-       make("flat.mp4", {"-f", "lavfi", "-i", "testsrc2=s=64x48:d=0.2", "-vf", "setsar=2"}), "-c", "copy"}));
-  if (turned.width == 48) { // older programs cannot write the rotation
+  const std::string flat =
+      make("flat.mp4", {"-f", "lavfi", "-i", "testsrc2=s=64x48:d=0.2", "-vf", "setsar=2"});
+  const MediaInfo turned =
+      probe(make("turned.mp4", {"-i", flat, "-c", "copy", "-metadata:s:v:0", "rotate=90"}));
+  if (turned.width == 48) { // not every version writes the rotation
     EXPECT_EQ(turned.height, 64);
     EXPECT_NEAR(turned.pixelAspect, 0.5, 1e-9);
+    EXPECT_EQ(VideoReader(path("turned.mp4"), {}).at(0)->height, 64);
   }
   const MediaInfo still =
       probe(make("still.png", {"-f", "lavfi", "-i", "color=red@0.5:s=5x3,format=rgba", "-frames:v", "1"}));
@@ -205,7 +206,7 @@ TEST_F(Media, ProbeTellsWhatAFileHolds) {
                           "-c:v", "mpeg2video", "-flags", "+ildct+ilme", "-top", "1"}));
   EXPECT_TRUE(fields.interlaced && fields.topFieldFirst);
   // Frames at 0, 1, 2, 4, 5, 6, 8 ... of 30 a second: an average near 22.5, none of the usual rates.
-  const MediaInfo varying = probe(make("varying.mkv", {"-f", "lavfi", "-i", "testsrc2=s=64x48:r=30:d=4",
+  const MediaInfo varying = probe(make("varying.mp4", {"-f", "lavfi", "-i", "testsrc2=s=64x48:r=30:d=4",
                                                        "-vf", "select='mod(n+1,4)'", "-fps_mode", "vfr"}));
   EXPECT_NEAR(varying.frameRate, 22.5, 0.5);
   const MediaInfo cover =
@@ -274,13 +275,13 @@ TEST_F(Media, LossyPicturesLookTheSame) {
 
 TEST_F(Media, AnyOrderOfFramesGivesTheSamePictures) {
   // B frames and long groups of pictures; sound that begins earlier than the pictures.
-  const std::string clip = make("clip.mp4", {"-f", "lavfi", "-i", "testsrc2=s=64x48:r=25:d=30", "-c:v",
+  const std::string clip = make("clip.mp4", {"-f", "lavfi", "-i", "testsrc2=s=64x48:r=25:d=20", "-c:v",
                                              "libx264", "-g", "70", "-bf", "3", "-pix_fmt", "yuv420p"});
   const std::string varying = make("varying.mkv", {"-i", clip, "-vf", "select='mod(n+1,4)+gt(mod(n,100),50)'",
                                                    "-fps_mode", "vfr", "-c:v", "ffv1"});
   const std::string stream = make("stream.ts", {"-i", clip, "-c", "copy", "-bsf:v", "h264_mp4toannexb"});
   for (const std::string &file : {clip, varying, stream})
-    for (const double rate : {25.0, 30000.0 / 1001, 10.0, 62.5})
+    for (const double rate : {25.0, 30000.0 / 1001, 10.0})
       for (const double start : {0.0, 1.3}) {
         VideoReaderOptions options;
         options.rate = rate;
@@ -292,10 +293,9 @@ TEST_F(Media, AnyOrderOfFramesGivesTheSamePictures) {
         std::vector<Bytes> frames;
         while (!sequential.frameCount())
           frames.push_back(sequential.at(frames.size())->pixels);
-        EXPECT_NEAR(static_cast<double>(*sequential.frameCount()), (30 - start) * rate, 0.06 * rate + 1)
+        EXPECT_NEAR(static_cast<double>(*sequential.frameCount()), (20 - start) * rate, 0.06 * rate + 1)
             << file;
-        const size_t places[] = {seconds(25),   seconds(3),  0,           1,          seconds(14.4),
-                                 seconds(14.2), seconds(20), seconds(99), seconds(28)};
+        const size_t places[] = {seconds(3), 0, 1, seconds(14.4), seconds(14.2), seconds(99), seconds(19)};
         for (const size_t place : places)
           EXPECT_EQ(random.at(place)->pixels, frames[std::min(place, *sequential.frameCount() - 1)])
               << file << " rate " << rate << " start " << start << " frame " << place;
@@ -312,7 +312,7 @@ TEST_F(Media, RatesSizesAndTheWindow) {
   std::vector<std::shared_ptr<const Frame>> frames;
   for (size_t i = 0; i < 50; ++i)
     frames.push_back(native.at(i));
-  EXPECT_NE(frames[0]->pixels, frames[1]->pixels) << "a frame that a caller holds stays as it is";
+  EXPECT_TRUE(frames[0]->pixels != frames[10]->pixels) << "a frame that a caller holds stays as it is";
   (void)native.at(50);
   EXPECT_EQ(native.frameCount(), 50u);
   EXPECT_EQ(native.at(48).get(), frames[48].get()) << "within the window";
@@ -573,7 +573,7 @@ TEST_F(Media, BrokenFilesAreToldInOneLine) {
       make("clip.mp4", {"-f", "lavfi", "-i", "testsrc2=s=64x48:d=4", "-movflags", "+faststart"});
   EXPECT_TRUE(contains(errorOf([&] { AudioReader reader(clip, {}); }), "no sound"));
   // Cut off or overwritten: what can be decoded, or an error, but an end.
-  std::string bytes(fs::file_size(clip), '\0');
+  std::string bytes(static_cast<size_t>(fs::file_size(clip)), '\0');
   std::ifstream(clip, std::ios::binary).read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   for (const size_t keep : {bytes.size() / 2, bytes.size() / 50}) {
     std::ofstream(path("cut.mp4"), std::ios::binary) << bytes.substr(0, keep);
