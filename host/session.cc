@@ -262,6 +262,17 @@ struct ServiceTable {
     (*clips)[static_cast<size_t>(item)] = static_cast<Clip *>(clip);
   }
 
+  /// Nothing that an input throws may pass through the library: it is kept for later.
+  template <class Fetch> static auto ask(Fetch fetch) -> decltype(fetch()) {
+    Session &asking = session();
+    try {
+      return fetch();
+    } catch (...) {
+      asking.inputError = std::current_exception();
+      return nullptr;
+    }
+  }
+
   static void *clipGetDefault(t_ZoHostInfo *) {
     return enter(session(), Service::ClipGetDefault) ? nullptr : session().defaultClip;
   }
@@ -269,13 +280,13 @@ struct ServiceTable {
   static pic *picGetSized(t_ZoHostInfo *host, void *input, double time) {
     if (enter(session(), Service::PicGetSized, time) || input == nullptr)
       return nullptr;
-    return static_cast<Clip *>(input)->frame(time, host->Width, host->Height);
+    return ask([&] { return static_cast<Clip *>(input)->frame(time, host->Width, host->Height); });
   }
 
   static t_ZoAudio *inputGetAudio(t_ZoHostInfo *, void *input, double from, double to) {
     if (enter(session(), Service::InputGetAudio, from, to) || input == nullptr)
       return nullptr;
-    return static_cast<Clip *>(input)->audio(from, to);
+    return ask([&] { return static_cast<Clip *>(input)->audio(from, to); });
   }
 
   static int picResample(t_ZoHostInfo *, const _color_t *src, int srcStep, int srcWidth, int srcHeight,

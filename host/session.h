@@ -8,6 +8,7 @@
 
 #include <array>
 #include <deque>
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
@@ -66,6 +67,11 @@ public:
   /// Forgets faults and counts.
   void clear() { *this = Faults(); }
   [[nodiscard]] int calls(Service service) const { return calls_.at(index(service)); }
+  /// Whether a poll has answered "stop".
+  [[nodiscard]] bool aborted() const {
+    const int nth = failing_.at(index(Service::IsAborted));
+    return nth != 0 && calls(Service::IsAborted) >= nth;
+  }
 
   /// Counts one call; whether it must fail.
   bool hit(Service service) {
@@ -121,6 +127,8 @@ public:
 
   /// Texts shown through Message, in order; a null text is nullopt.
   std::vector<std::optional<std::string>> messages;
+  /// What an input threw while an effect asked it for a frame or for sound; the effect was told "none".
+  std::exception_ptr inputError;
   /// Misuses of the border: wrong frees, foreign handles.
   std::vector<std::string> complaints;
   /// Every call as text, such as "ParamGetFloat(1, 0, 0.5)", while tracing is on.

@@ -144,7 +144,8 @@ MediaInfo infoFrom(const Json &answer) {
   }
   if (video != nullptr)
     readVideo(*video, info);
-  const double duration = number(format, "duration");
+  const double ofPictures = video != nullptr ? number(*video, "duration") : 0; // sound may go on for longer
+  const double duration = ofPictures > 0 ? ofPictures : number(format, "duration");
   info.duration = info.still || duration < 0 || duration > 1e9 ? 0 : duration;
   return info;
 }

@@ -258,6 +258,8 @@ std::vector<std::string> MediaWriter::arguments(const std::string &target) const
     std::string filters = filtersFor(pixels, o.width, o.height);
     if (!o.alpha && pixels == Pixels::Rgba)
       filters = "format=bgr0";
+    if (!o.filter.empty())
+      filters = filters.empty() ? o.filter : o.filter + ',' + filters;
     if (!filters.empty())
       add({"-vf", filters});
     constexpr int kLeastOfFfv1 = 4; // smaller ones come back damaged

@@ -1,0 +1,54 @@
+// A media file as an effect's input.
+#ifndef ZOL_HOST_MEDIA_CLIP_H
+#define ZOL_HOST_MEDIA_CLIP_H
+
+#include "host/media/audio_reader.h"
+#include "host/media/video_reader.h"
+#include "host/parameters.h"
+#include "host/pools.h"
+
+#include <deque>
+#include <memory>
+#include <string>
+
+namespace zol::host {
+
+/// The pictures of a file, all scaled to one size; what it hands out lives until release().
+class VideoClip : public Clip {
+public:
+  VideoClip(std::string file, VideoReaderOptions options) : reader_(std::move(file), std::move(options)) {}
+
+  pic *frame(double time, int width, int height) override;
+  t_ZoAudio *audio(double, double) override { return nullptr; }
+
+  [[nodiscard]] const VideoReader &reader() const { return reader_; }
+  void release() { held_.clear(); }
+
+private:
+  struct Held {
+    std::shared_ptr<const Frame> frame;
+    pic record;
+  };
+  VideoReader reader_;
+  std::deque<Held> held_;
+};
+
+/// The sound of a file; silence behind its end.
+class AudioClip : public Clip {
+public:
+  AudioClip(std::string file, AudioReaderOptions options) : reader_(std::move(file), std::move(options)) {}
+
+  pic *frame(double, int, int) override { return nullptr; }
+  t_ZoAudio *audio(double from, double to) override;
+
+  [[nodiscard]] const AudioReader &reader() const { return reader_; }
+  void release() { held_.clear(); }
+
+private:
+  AudioReader reader_;
+  std::deque<std::unique_ptr<AudioBuffer>> held_;
+};
+
+} // namespace zol::host
+
+#endif
