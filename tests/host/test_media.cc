@@ -136,11 +136,9 @@ TEST_F(Media, ProcessPassesBytesBothWaysAndKeepsTheLastLine) {
     process.endSecond();
     char text[100] = {};
     ASSERT_TRUE(process.write(data.data(), 1000));
-    while (process.queued() > 0)
-      (void)process.read(text, 1);
     process.closeInput();
-    const size_t n = process.read(text + 1, sizeof text - 2);
-    EXPECT_EQ(std::string(text, n + 1), "3145728\n1000\n");
+    const size_t n = process.read(text, sizeof text);
+    EXPECT_EQ(std::string(text, n), "3145728\n1000\n");
     EXPECT_EQ(process.wait(), 0);
   }
   options.secondInput = false;
