@@ -1,5 +1,5 @@
-// What every render callback needs: parameters, inputs, ownership of pictures, the loop over rows.
-// The helpers make the host calls that they name, each exactly once and in the order given.
+// What every render callback needs: parameters, inputs, pictures and their ownership, sound, the loop over
+// rows. The helpers make the host calls that they name, each exactly once and in the order given.
 #ifndef ZOL_FRAME_RENDER_H
 #define ZOL_FRAME_RENDER_H
 
@@ -48,6 +48,17 @@ inline void *input(t_ZoHostInfo *host, int field) { return host->Services->Input
 /// The input's frame at the context's frame time; null when it cannot be had. It stays the host's.
 inline pic *frameOf(t_ZoHostInfo *host, void *input) {
   return host->Services->PicGetSized(host, input, host->FrameTime);
+}
+
+/// The input's sound of the block being rendered; null when it cannot be had. It stays the host's.
+inline t_ZoAudio *soundOf(t_ZoHostInfo *host, void *input) {
+  return host->Services->InputGetAudio(host, input, host->BlockStart, host->BlockEnd);
+}
+
+/// A new block for the sound being rendered, to be filled and returned; null when memory runs out.
+inline t_ZoAudio *createSound(t_ZoHostInfo *host) {
+  return host->Services->AudioCreate(host->BlockStart, host->BlockEnd, host->AudioFormat[0],
+                                     host->AudioFormat[1]);
 }
 
 /// Assigns the clip that the effect is applied to, as init callbacks do.

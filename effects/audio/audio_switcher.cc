@@ -1,13 +1,152 @@
-// Audio Switcher: declared, so that menus and projects find it; it has no fields and renders nothing yet.
+// Audio Switcher: a mixer of any number of inputs. Each has a level curve of its own; the sum is limited
+// to -1 to 1 and then scaled by a master curve. One input at level and master 1 passes unchanged.
 
+#include "effects/audio/audio_switcher.xpm"
+#include "effects/audio/switcher_texts.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
+#include "frame/render.h"
+#include "kernels/audio_source.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+enum Field { kInputs, kAdd, kDelete, kButtons, kLevels, kMaster };
+
+int init(t_ZoHostInfo *) { return 1; }
+
+/// Gives every input its level item. Whenever the number of inputs has changed, all levels start anew.
+void rebuildLevels(t_ZoHostInfo *host) {
+  const t_ZoServices &services = *host->Services;
+  const int inputs = services.DataFieldItemCount(host, kInputs);
+  const int levels = services.DataFieldItemCount(host, kLevels);
+  if (inputs == levels)
+    return;
+  services.DatasetClear(host, kLevels, levels);
+  constexpr t_ZoDatasetDisplay kDisplay{{128, 192, 255, 0}, 1.0F};
+  for (int k = 0; k < inputs; ++k) {
+    char name[24];
+    std::snprintf(name, sizeof name, "Level %d", k);
+    services.DatasetItemAdd(host, kLevels, "FloatA", name, &kDisplay);
+    services.ParamSetFloat(host, kLevels, k, 0.0, 0.5);
+  }
+  services.DatasetRefresh(host, kLevels, -1, inputs);
+}
+
+int onDialogOpen(t_ZoHostInfo *host) {
+  const int inputs = host->Services->DataFieldItemCount(host, kInputs);
+  if (inputs < 1)
+    host->Services->InputsAdd(host, kInputs, inputs, inputs);
+  rebuildLevels(host);
+  return 1;
+}
+
+int onDialogItemEdit(t_ZoHostInfo *host, int item) {
+  if (item == kAdd) {
+    host->Services->InputsAdd(host, kInputs, 1, 1);
+  } else if (item == kDelete) {
+    host->Services->InputsRemoveSelected(host, kInputs);
+    if (host->Services->DataFieldItemCount(host, kInputs) < 1)
+      host->Services->InputsAdd(host, kInputs, 0, 0);
+  } else {
+    return 0;
+  }
+  host->Services->DialogRefresh(host, 0, 0);
+  rebuildLevels(host);
+  return 0;
+}
+
+/// An input that has sound, and its level's item.
+struct Voice {
+  zol::AudioSource sound;
+  int level;
+};
+
+/// Fetches the sound of every assigned input; their number, or -1 when one failed. The host is told of
+/// each failure and may stop the fetching.
+int fetchVoices(t_ZoHostInfo *host, int inputs, Voice *voices) {
+  int count = 0;
+  int failures = 0;
+  for (int k = 0; k < inputs; ++k) {
+    void *input = host->Services->InputGetPic(host, kInputs, k);
+    if (input == nullptr)
+      continue;
+    if (const t_ZoAudio *sound = zol::soundOf(host, input))
+      voices[count++] = {zol::sourceOf(*sound), k};
+    else if (host->Services->ErrorCountReport(host, 0, 0, ++failures) != 0)
+      break;
+  }
+  return failures == 0 ? count : -1;
+}
+
+/// Both curves are read for every sample; the host may answer differently each time.
+void mix(t_ZoHostInfo *host, const Voice *voices, int count, const t_ZoAudio &out) {
+  const auto param = host->Services->ParamGetFloat;
+  const double blockLength = host->BlockEnd - host->BlockStart;
+  const double clipLength = host->ClipEnd - host->ClipStart;
+  float *sample = out.Samples;
+  for (uint32_t i = 0; i < out.Frames; ++i) {
+    const double place = static_cast<double>(i) / static_cast<double>(out.Frames);
+    const double relative = (host->BlockStart + place * blockLength - host->ClipStart) / clipLength;
+    for (unsigned c = 0; c < out.Channels; ++c) {
+      float sum = 0.0F;
+      for (const Voice *voice = voices; voice != voices + count; ++voice) {
+        const long double level = param(host, kLevels, voice->level, relative);
+        if (voice->sound.holds(i, c))
+          sum = static_cast<float>(static_cast<long double>(sum) +
+                                   level * static_cast<long double>(voice->sound.at(i, c)));
+      }
+      sum = std::clamp(sum, -1.0F, 1.0F);
+      *sample++ = static_cast<float>(param(host, kMaster, 0, relative) * static_cast<long double>(sum));
+    }
+  }
+}
+
+t_ZoAudio *render(t_ZoHostInfo *host) {
+  const int inputs = host->Services->DataFieldItemCount(host, kInputs);
+  if (inputs <= 0) {
+    zol::showMessage(host, zol::kSwitcherTexts[zol::kSwitcherNoInputs]);
+    return nullptr;
+  }
+  const zol::Scratch<Voice> voices(static_cast<size_t>(inputs));
+  if (!voices) {
+    zol::showMemoryError(host);
+    return nullptr;
+  }
+  const int count = fetchVoices(host, inputs, voices.data());
+  if (count < 0)
+    return nullptr;
+  t_ZoAudio *out = zol::createSound(host);
+  if (out == nullptr) {
+    zol::showMemoryError(host);
+    return nullptr;
+  }
+  mix(host, voices.data(), count, *out);
+  return out;
+}
+
+} // namespace
 
 ZOL_EXPORT int ProcessAudioSwitcherDeclare(t_ZoHostInfo *host) {
   if (!zol::hostIs(host, "Halvenor"))
     return 0;
   const zol::Declaration eff(host, "eff", nullptr);
   eff.begin("AudioSwitcher (Zo2)", "Compositing/Audio Switcher", 3);
+  eff.icon(audio_switcher_xpm);
+  eff.init(init);
+  eff.renderAudio(render);
+  eff.onDialogOpen(onDialogOpen);
+  eff.onDialogItemEdit(onDialogItemEdit);
+  eff.send(R"(DataFieldAdd( &eff.df, "Inputs", "Inputs" );)");
+  eff.send(R"(ZoDataFieldAdd( &eff.df, "Button", "Add", "Add Input" );)");
+  eff.send(R"(ZoDataFieldAdd( &eff.df, "Button", "Delete", "Delete Input" );)");
+  eff.send(R"(DataFieldAdd( &eff.df, "HGroup", "in_button_group", ZodfHideName );)");
+  for (const unsigned button : {kAdd, kDelete})
+    eff.send(R"(DataFieldGroupItemAdd( &eff.df, "in_button_group", 0x%X );)", button);
+  eff.send(R"(DataFieldAdd( &eff.df, "Dataset", "Input levels" );)");
+  eff.send(R"(ZoDataFieldAdd( &eff.df, "Alpha", "Master", "Master" );)");
   eff.end();
   return 1;
 }
