@@ -24,10 +24,11 @@ inline void sineTone(float *samples, uint32_t firstFrame, size_t frames, unsigne
 }
 
 /// All blocks of one layout; a null input is not assigned.
-inline void crossfade(float *out, size_t frames, unsigned channels, const float *in1, bool fin, const float *in2,
-                      bool fout, float r0, float dr) {
+inline void crossfade(float *out, size_t frames, unsigned channels, const float *in1, bool fin,
+                      const float *in2, bool fout, float r0, float dr) {
   for (size_t i = 0; i < frames; ++i) {
-    const long double r = static_cast<long double>(r0) + static_cast<long double>(i) * static_cast<long double>(dr);
+    const long double r =
+        static_cast<long double>(r0) + static_cast<long double>(i) * static_cast<long double>(dr);
     for (unsigned c = 0; c < channels; ++c, ++out) {
       if (in1 != nullptr && in2 != nullptr) {
         const long double s1 = static_cast<long double>(*in1++), s2 = static_cast<long double>(*in2++);
@@ -46,8 +47,8 @@ inline void crossfade(float *out, size_t frames, unsigned channels, const float 
 }
 
 /// One output channel: 1 and 2 take an input channel, 3 the mean of both, anything else writes nothing.
-inline void routeChannel(float *out, unsigned channel, unsigned outChannels, const float *in, unsigned inChannels,
-                         size_t frames, int selector) {
+inline void routeChannel(float *out, unsigned channel, unsigned outChannels, const float *in,
+                         unsigned inChannels, size_t frames, int selector) {
   for (size_t i = 0; i < frames; ++i) {
     const float *frame = in + i * inChannels;
     float &sample = out[i * outChannels + channel];

@@ -1,0 +1,409 @@
+// The audio effects through the host's services: declarations, calls and their order, faults.
+
+#include "frame/effects.h"
+#include "tests/plain/audio.h"
+#include "tests/support/declared.h"
+#include "tests/support/failing_malloc.h"
+#include "tests/support/sound.h"
+
+#include <gtest/gtest.h>
+
+namespace zol {
+namespace {
+
+using host::Service;
+using host::Session;
+using test::Sound;
+using Samples = std::vector<float>;
+using Texts = std::vector<std::string>;
+
+/// An effect after its declaration, as a host works with it.
+struct Effect : Session {
+  explicit Effect(int (*declare)(t_ZoHostInfo *))
+      : Session("Halvenor"), statements(test::declared(declare, "Halvenor")), callbacks(declare) {
+    COMMON_STR[3] = "Memory allocation error";
+    info()->ClipEnd = 1;
+  }
+  ~Effect() {
+    EXPECT_EQ(audio.live(), 0U);
+    EXPECT_EQ(complaints, Texts{});
+  }
+
+  Samples render() { return test::taken(*this, callbacks.renderAudio(info())); }
+  /// Expects no block, and this message where it is given.
+  void expectNothing(const char *message = nullptr) {
+    messages.clear();
+    EXPECT_EQ(callbacks.renderAudio(info()), nullptr);
+    decltype(messages) expected;
+    if (message != nullptr)
+      expected.emplace_back(message);
+    EXPECT_EQ(messages, expected);
+  }
+  void failNext(Service service) { faults.failAt(service, faults.calls(service) + 1); }
+  Texts traced(int (*callback)(t_ZoHostInfo *)) {
+    trace.clear();
+    tracing = true;
+    EXPECT_EQ(callback(info()), 1);
+    tracing = false;
+    return std::move(trace);
+  }
+  Texts tracedRender() {
+    trace.clear();
+    tracing = true;
+    render();
+    tracing = false;
+    return std::move(trace);
+  }
+  void setNumber(int field, int item, double value) { parameters.numbers.get(field, item)->set(0, {value}); }
+  void setInput(int field, Sound *sound) {
+    *parameters.inputs.get(field, 0) = {sound != nullptr ? &sound->clip : nullptr};
+  }
+
+  Texts statements;
+  test::Callbacks callbacks;
+};
+
+// ---- Sine Audio Generator ----
+
+TEST(SineGenerator, Declaration) {
+  Effect effect(ProcessAudioSineGeneratorDeclare);
+  const Texts expected{
+      "ZoEffect obj;",
+      "obj.Sign = \"AudioSineGen (Zo2)\";",
+      "obj.Name = \"Sources/Sine Audio Generator\";",
+      "obj.Version = 4;",
+      "obj.Icon = ZoPicFromXPM( @ );",
+      "obj.InitFunction = @;",
+      "obj.RenderAudioFunction = @;",
+      "*((int *)@) = ZoDataFieldAdd( &obj.df, \"FloatA\", \"Frequency\", (word *)@, 100.000000,20000.000000, "
+      "ZodfHideCurve|ZodfMinLimit|ZodfMaxLimit );",
+      "ZoDataFieldHelpbyId( &obj.df, 0, (word *)@ );",
+      "*((int *)@) = ZoDataFieldAdd( &obj.df, \"FloatA\", \"Volume\", (word *)@, 0.000000,1.000000, "
+      "ZodfHideCurve|ZodfMinLimit );",
+      "ZoDataFieldHelpbyId( &obj.df, 1, (word *)@ );",
+      "EffectAdd( obj );"};
+  EXPECT_EQ(effect.statements, expected);
+  EXPECT_EQ(test::declared(ProcessAudioSineGeneratorDeclare, "another"), expected);
+  EXPECT_EQ(effect.traced(effect.callbacks.init),
+            (Texts{"ParamSetFloat(0, 0, 0, 1000)", "ParamSetFloat(1, 0, 0, 1)"}));
+}
+
+TEST(SineGenerator, ReadsItsCurvesEveryHundredFrames) {
+  Effect effect(ProcessAudioSineGeneratorDeclare);
+  effect.callbacks.init(effect.info());
+  effect.info()->ClipStart = -2;
+  effect.info()->ClipEnd = 6;
+  test::setBlock(effect, 2, 250, 250, 1);
+  EXPECT_EQ(effect.tracedRender(),
+            (Texts{"AudioCreate(2, 3, 250, 1)", "ParamGetFloat(0, 0, 0.5)", "ParamGetFloat(1, 0, 0.5)",
+                   "ParamGetFloat(0, 0, 0.55)", "ParamGetFloat(1, 0, 0.55)", "ParamGetFloat(0, 0, 0.6)",
+                   "ParamGetFloat(1, 0, 0.6)"}));
+  test::setBlock(effect, 2, 0, 250, 1);
+  EXPECT_EQ(effect.tracedRender(), Texts{"AudioCreate(2, 2, 250, 1)"});
+}
+
+TEST(SineGenerator, FollowsTheCurvesAndJoinsBlocks) {
+  Effect effect(ProcessAudioSineGeneratorDeclare);
+  effect.parameters.numbers.get(0, 0)->set(0, {100});
+  effect.parameters.numbers.get(0, 0)->set(1, {2000});
+  effect.setNumber(1, 0, 1.5);
+  for (const auto &[rate, channels] :
+       {std::pair{48000U, 2U}, {44100U, 1U}, {8000U, 6U}, {0U, 2U}, {48000U, 0U}})
+    for (const unsigned frames : {1U, 100U, 1920U}) {
+      test::setBlock(effect, 0.25, frames, rate, channels);
+      const unsigned created = rate == 0 ? 0 : frames;
+      Samples expected;
+      for (unsigned first = 0; first < created; first += 100) {
+        const double length = effect.info()->BlockEnd - 0.25;
+        const double time = 0.25 + static_cast<double>(static_cast<float>(first)) / created * length;
+        Samples run(std::min(100U, created - first) * channels);
+        plain::sineTone(run.data(), first, std::min(100U, created - first), channels, 0.25, rate,
+                        static_cast<float>(effect.parameters.numbers.get(0, 0)->at(time)[0]), 1.5F);
+        expected.insert(expected.end(), run.begin(), run.end());
+      }
+      EXPECT_EQ(effect.render(), expected);
+    }
+
+  Effect steady(ProcessAudioSineGeneratorDeclare);
+  steady.callbacks.init(steady.info());
+  test::setBlock(steady, 0, 192, 48000, 1);
+  const Samples whole = steady.render();
+  EXPECT_EQ(whole[0], 0.5F);
+  test::setBlock(steady, 0.002, 96, 48000, 1);
+  const Samples half = steady.render();
+  for (size_t i = 0; i < half.size(); ++i)
+    EXPECT_NEAR(half[i], whole[i + 96], 1e-5);
+  steady.failNext(Service::AudioCreate);
+  steady.expectNothing("Memory allocation error");
+}
+
+// ---- Audio Switcher ----
+
+TEST(AudioSwitcher, Declaration) {
+  Effect effect(ProcessAudioSwitcherDeclare);
+  EXPECT_EQ(effect.statements,
+            (Texts{"ZoEffect eff;", "eff.Sign = \"AudioSwitcher (Zo2)\";",
+                   "eff.Name = \"Compositing/Audio Switcher\";", "eff.Version = 3;",
+                   "eff.Icon = ZoPicFromXPM( @ );", "eff.InitFunction = @;", "eff.RenderAudioFunction = @;",
+                   "eff.OnDialogOpen = @;", "eff.OnDialogItemEdit = @;",
+                   "DataFieldAdd( &eff.df, \"Inputs\", \"Inputs\" );",
+                   "ZoDataFieldAdd( &eff.df, \"Button\", \"Add\", \"Add Input\" );",
+                   "ZoDataFieldAdd( &eff.df, \"Button\", \"Delete\", \"Delete Input\" );",
+                   "DataFieldAdd( &eff.df, \"HGroup\", \"in_button_group\", ZodfHideName );",
+                   "DataFieldGroupItemAdd( &eff.df, \"in_button_group\", 0x1 );",
+                   "DataFieldGroupItemAdd( &eff.df, \"in_button_group\", 0x2 );",
+                   "DataFieldAdd( &eff.df, \"Dataset\", \"Input levels\" );",
+                   "ZoDataFieldAdd( &eff.df, \"Alpha\", \"Master\", \"Master\" );", "EffectAdd( eff );"}));
+  int result = -1;
+  EXPECT_EQ(test::declared(ProcessAudioSwitcherDeclare, "Quorbel", &result), Texts{});
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(effect.traced(effect.callbacks.init), Texts{});
+}
+
+TEST(AudioSwitcher, DialogKeepsOneLevelForEachInput) {
+  Effect effect(ProcessAudioSwitcherDeclare);
+  const auto edited = [&](int item) {
+    effect.trace.clear();
+    effect.tracing = true;
+    EXPECT_EQ(effect.callbacks.onDialogItemEdit(effect.info(), item), 0);
+    effect.tracing = false;
+    return std::move(effect.trace);
+  };
+  const std::string display = ", 16760960, 1)"; // 128, 192, 255, 0 as a word
+  EXPECT_EQ(
+      effect.traced(effect.callbacks.onDialogOpen),
+      (Texts{"DataFieldItemCount(0)", "InputsAdd(0, 0, 0)", "DataFieldItemCount(0)", "DataFieldItemCount(4)",
+             "DatasetClear(4, 0)", "DatasetItemAdd(4, \"FloatA\", \"Level 0\"" + display,
+             "ParamSetFloat(4, 0, 0, 0.5)", "DatasetRefresh(4, -1, 1)"}));
+  EXPECT_EQ(effect.traced(effect.callbacks.onDialogOpen),
+            (Texts{"DataFieldItemCount(0)", "DataFieldItemCount(0)", "DataFieldItemCount(4)"}));
+  effect.setNumber(4, 0, 0.9);
+  EXPECT_EQ(
+      edited(1),
+      (Texts{"InputsAdd(0, 1, 1)", "DialogRefresh(0, 0)", "DataFieldItemCount(0)", "DataFieldItemCount(4)",
+             "DatasetClear(4, 1)", "DatasetItemAdd(4, \"FloatA\", \"Level 0\"" + display,
+             "ParamSetFloat(4, 0, 0, 0.5)", "DatasetItemAdd(4, \"FloatA\", \"Level 1\"" + display,
+             "ParamSetFloat(4, 1, 0, 0.5)", "DatasetRefresh(4, -1, 2)"}));
+  effect.selectedInputs = {0, 1};
+  EXPECT_EQ(edited(2), (Texts{"InputsRemoveSelected(0)", "DataFieldItemCount(0)", "InputsAdd(0, 0, 0)",
+                              "DialogRefresh(0, 0)", "DataFieldItemCount(0)", "DataFieldItemCount(4)",
+                              "DatasetClear(4, 2)", "DatasetItemAdd(4, \"FloatA\", \"Level 0\"" + display,
+                              "ParamSetFloat(4, 0, 0, 0.5)", "DatasetRefresh(4, -1, 1)"}));
+  EXPECT_EQ(edited(2), (Texts{"InputsRemoveSelected(0)", "DataFieldItemCount(0)", "DialogRefresh(0, 0)",
+                              "DataFieldItemCount(0)", "DataFieldItemCount(4)"}));
+  for (const int other : {-1, 0, 3, 4, 5})
+    EXPECT_EQ(edited(other), Texts{});
+}
+
+TEST(AudioSwitcher, ReadsEveryCurveForEverySample) {
+  Effect effect(ProcessAudioSwitcherDeclare);
+  Sound first({1, 1, 1, 1}, 2), third({1, 1}, 1);
+  *effect.parameters.inputs.get(0, 0) = {&first.clip, nullptr, &third.clip};
+  test::setBlock(effect, 0.5, 2, 4, 2);
+  Texts expected{"DataFieldItemCount(0)",    "InputGetPic(0, 0)", "InputGetAudio(0.5, 1)",
+                 "InputGetPic(0, 1)",        "InputGetPic(0, 2)", "InputGetAudio(0.5, 1)",
+                 "AudioCreate(0.5, 1, 4, 2)"};
+  for (const char *time : {"0.5)", "0.5)", "0.75)", "0.75)"})
+    for (const char *item : {"4, 0, ", "4, 2, ", "5, 0, "})
+      expected.push_back(std::string("ParamGetFloat(") + item + time);
+  EXPECT_EQ(effect.tracedRender(), expected);
+}
+
+TEST(AudioSwitcher, ClampsTheSumBeforeTheMaster) {
+  Effect effect(ProcessAudioSwitcherDeclare);
+  Sound loud({0.8F, -0.8F, 0.1F, 0.7F}, 2), same({0.8F, -0.8F, 0.1F, 0.7F}, 2), brief({0.5F}, 1);
+  test::setBlock(effect, 0, 2, 4, 2);
+  effect.setNumber(5, 0, 1);
+  effect.setNumber(4, 0, 0.5);
+  effect.setInput(0, &loud);
+  EXPECT_EQ(effect.render(), (Samples{0.4F, -0.4F, 0.05F, 0.35F}));
+
+  *effect.parameters.inputs.get(0, 0) = {nullptr, &loud.clip, &same.clip};
+  effect.setNumber(4, 1, 1);
+  effect.setNumber(4, 2, 1);
+  effect.setNumber(5, 0, 3);
+  EXPECT_EQ(effect.render(), (Samples{3, -3, static_cast<float>(3.0 * static_cast<double>(0.2F)), 3}));
+
+  // One frame of one channel; elsewhere it contributes nothing, whatever its level.
+  *effect.parameters.inputs.get(0, 0) = {&brief.clip};
+  effect.setNumber(4, 0, std::numeric_limits<double>::infinity());
+  effect.setNumber(5, 0, 1);
+  EXPECT_EQ(effect.render(), (Samples{1, 0, 0, 0}));
+
+  // Product and addition in extended precision, one rounding: -1 + 2^-40 is heard only there.
+  Sound one({1}, 1), minus({-1}, 1);
+  *effect.parameters.inputs.get(0, 0) = {&one.clip, &minus.clip};
+  test::setBlock(effect, 0, 1, 4, 1);
+  effect.setNumber(4, 0, 0x1p-24 + 0x1p-60);
+  effect.setNumber(4, 1, 0x1p-24);
+  EXPECT_EQ(effect.render(),
+            Samples{static_cast<float>(static_cast<long double>(static_cast<float>(0x1p-24 + 0x1p-60)) -
+                                       0x1p-24L)});
+}
+
+TEST(AudioSwitcher, Failures) {
+  Effect effect(ProcessAudioSwitcherDeclare);
+  test::setBlock(effect, 0, 3, 4, 2);
+  effect.expectNothing("No inputs");
+
+  Sound sound(Samples(6), 2);
+  *effect.parameters.inputs.get(0, 0) = {&sound.clip, &sound.clip, nullptr, &sound.clip};
+  {
+    const test::FailingMalloc failing(1);
+    effect.expectNothing("Memory allocation error");
+  }
+  effect.failNext(Service::AudioCreate);
+  effect.expectNothing("Memory allocation error");
+
+  // A failed input leaves nothing to render; the host decides whether the others are fetched.
+  for (const bool stops : {false, true}) {
+    effect.faults.clear();
+    effect.faults.failAt(Service::InputGetAudio, 1);
+    if (stops)
+      effect.faults.failAt(Service::ErrorCountReport, 1);
+    effect.expectNothing();
+    EXPECT_EQ(effect.faults.calls(Service::InputGetAudio), stops ? 1 : 3);
+    EXPECT_EQ(effect.faults.calls(Service::AudioCreate), 0);
+  }
+  test::SoundClip silentClip(nullptr);
+  *effect.parameters.inputs.get(0, 0) = {&silentClip, &silentClip};
+  effect.tracing = true;
+  effect.expectNothing();
+  EXPECT_EQ(effect.trace.at(3), "ErrorCountReport(1)");
+  EXPECT_EQ(effect.trace.at(6), "ErrorCountReport(2)");
+}
+
+// ---- Audio Transition ----
+
+TEST(AudioTransition, Declaration) {
+  Effect effect(ProcessAudioTransitionDeclare);
+  const Texts expected{
+      "ZoEffect obj; obj.Name = \"Audio/Transitions/Audio Transition\"; obj.Sign = \"Audio Transition "
+      "[PW]\"; "
+      "obj.Version = 0x1;",
+      "obj.Icon = ZoPicFromXPM( @ );",
+      "obj.DefaultIconMode = \"one\";",
+      "obj.InitFunction = @;",
+      "obj.RenderAudioFunction = @;",
+      "*((int *)@) = ZoDataFieldAdd( &obj.df, \"Input\", \"Input1\", \"Input1\", ZodfNone );",
+      "*((int *)@) = ZoDataFieldAdd( &obj.df, \"Input\", \"Input2\", \"Input2\", ZodfNone );",
+      "*((int *)@) = ZoDataFieldAdd( &obj.df, \"Selector\", \"FadeIn\", (word *)@, ZodfNone );",
+      "ZoDataFieldHelpbyId( &obj.df, 2, (word *)@ );",
+      "DataFieldSelItemAddById( &obj.df, 2, (word *)@, 0x0 );",
+      "DataFieldSelItemAddById( &obj.df, 2, (word *)@, 0x1 );",
+      "*((int *)@) = ZoDataFieldAdd( &obj.df, \"Selector\", \"FadeOut\", (word *)@, ZodfNone );",
+      "ZoDataFieldHelpbyId( &obj.df, 3, (word *)@ );",
+      "DataFieldSelItemAddById( &obj.df, 3, (word *)@, 0x0 );",
+      "DataFieldSelItemAddById( &obj.df, 3, (word *)@, 0x1 );",
+      "EffectAdd( obj );"};
+  EXPECT_EQ(effect.statements, expected);
+  EXPECT_EQ(test::declared(ProcessAudioTransitionDeclare, "another"), expected);
+  EXPECT_EQ(effect.traced(effect.callbacks.init), (Texts{"ParamSetInt(2, 0, 1)", "ParamSetInt(3, 0, 1)"}));
+}
+
+TEST(AudioTransition, FadesOverTheClip) {
+  Effect effect(ProcessAudioTransitionDeclare);
+  Samples a, b;
+  for (int i = 0; i < 600; ++i) {
+    a.push_back(std::sin(static_cast<float>(i) * 0.3F));
+    b.push_back(std::cos(static_cast<float>(i) * 0.1F));
+  }
+  Sound first(a, 2), second(b, 2);
+  test::setBlock(effect, 2, 300, 300, 2);
+  effect.info()->ClipStart = 1.5;
+  effect.info()->ClipEnd = 4;
+  const float position = 0.5F / 2.5F;
+  const auto step = static_cast<float>(1.0 / (300 * 2.5));
+  for (const int fadeOut : {0, 1, 2})
+    for (const int fadeIn : {0, 1, -1})
+      for (const int inputs : {1, 2, 3}) {
+        effect.setInput(0, (inputs & 1) != 0 ? &first : nullptr);
+        effect.setInput(1, (inputs & 2) != 0 ? &second : nullptr);
+        *effect.parameters.integers.get(2, 0) = fadeOut;
+        *effect.parameters.integers.get(3, 0) = fadeIn;
+        Samples expected(600);
+        plain::crossfade(expected.data(), 300, 2, (inputs & 1) != 0 ? a.data() : nullptr, fadeOut == 1,
+                         (inputs & 2) != 0 ? b.data() : nullptr, fadeIn == 1, position, step);
+        EXPECT_EQ(effect.render(), expected);
+      }
+  EXPECT_EQ(effect.tracedRender(),
+            (Texts{"InputGetPic(0, 0)", "InputGetPic(1, 0)", "InputGetAudio(2, 3)", "InputGetAudio(2, 3)",
+                   "AudioCreate(2, 3, 300, 2)", "ParamGetInt(2, 0)", "ParamGetInt(3, 0)"}));
+  // A clip without length and a block without frames have no place; nothing goes wrong.
+  effect.info()->ClipEnd = effect.info()->ClipStart;
+  EXPECT_EQ(effect.render().size(), 600U);
+  test::setBlock(effect, 2, 0, 300, 2);
+  EXPECT_EQ(effect.render().size(), 0U);
+}
+
+TEST(AudioTransition, Failures) {
+  Effect effect(ProcessAudioTransitionDeclare);
+  test::setBlock(effect, 0, 3, 4, 2);
+  effect.expectNothing("No inputs are assigned");
+  Sound sound(Samples(6), 2);
+  effect.setInput(0, &sound);
+  effect.setInput(1, &sound);
+  for (const int failing : {1, 2}) {
+    effect.faults.clear();
+    effect.faults.failAt(Service::InputGetAudio, failing);
+    effect.expectNothing();
+    EXPECT_EQ(effect.faults.calls(Service::InputGetAudio), failing);
+    EXPECT_EQ(effect.faults.calls(Service::AudioCreate), 0);
+  }
+  effect.failNext(Service::AudioCreate);
+  effect.expectNothing("Memory allocation failure");
+  effect.failNext(Service::InputGetPic); // as good as unassigned
+  EXPECT_EQ(effect.render().size(), 6U);
+}
+
+// ---- Simple Audio Switcher ----
+
+TEST(SimpleAudioSwitcher, Declaration) {
+  Effect effect(ProcessSimpleAudioSwitcherDeclare);
+  Texts expected{"ZoEffect obj; obj.Name = \"Audio/Filter/Simple Audio Switcher\"; obj.Sign = \"Simple Audio "
+                 "Switcher [rul]\"; "
+                 "obj.Version = 0x1;",
+                 "obj.Icon = ZoPicFromXPM( @ );",
+                 "obj.DefaultIconMode = \"One+Saw\";",
+                 "obj.DescriptionW = (word *)@;",
+                 "obj.InitFunction = @;",
+                 "obj.RenderAudioFunction = @;",
+                 "*((int *)@) = ZoDataFieldAdd( &obj.df, \"Input\", \"Input\", \"Input\", ZodfNone );",
+                 "*((int *)@) = ZoDataFieldAdd( &obj.df, \"Selector\", \"Output 1\", (word *)@, ZodfNone );",
+                 "ZoDataFieldHelpbyId( &obj.df, 1, (word *)@ );",
+                 "*((int *)@) = ZoDataFieldAdd( &obj.df, \"Selector\", \"Output 2\", (word *)@, ZodfNone );",
+                 "ZoDataFieldHelpbyId( &obj.df, 2, (word *)@ );"};
+  for (const char *item :
+       {"1, (word *)@, 0x0", "1, (word *)@, 0x1", "1, (word *)@, 0x2", "1, (word *)@, 0x3",
+        "2, (word *)@, 0x0", "2, (word *)@, 0x1", "2, (word *)@, 0x2", "2, (word *)@, 0x3"})
+    expected.push_back(std::string("DataFieldSelItemAddById( &obj.df, ") + item + " );");
+  expected.emplace_back("EffectAdd( obj );");
+  EXPECT_EQ(effect.statements, expected);
+  EXPECT_EQ(test::declared(ProcessSimpleAudioSwitcherDeclare, "another"), expected);
+  EXPECT_EQ(effect.traced(effect.callbacks.init), (Texts{"ParamSetInt(1, 0, 1)", "ParamSetInt(2, 0, 2)"}));
+}
+
+TEST(SimpleAudioSwitcher, RoutesAndFails) {
+  Effect effect(ProcessSimpleAudioSwitcherDeclare);
+  effect.callbacks.init(effect.info());
+  test::setBlock(effect, 0, 2, 4, 2);
+  effect.expectNothing("Input not assigned");
+
+  Sound sound({1, 2, 3, 5}, 2);
+  effect.setInput(0, &sound);
+  EXPECT_EQ(effect.render(), (Samples{1, 2, 3, 5}));
+  *effect.parameters.integers.get(1, 0) = 3;
+  *effect.parameters.integers.get(2, 0) = 0;
+  EXPECT_EQ(effect.render(), (Samples{1.5, 0, 4, 0}));
+  EXPECT_EQ(effect.tracedRender(),
+            (Texts{"InputGetPic(0, 0)", "InputGetAudio(0, 0.5)", "AudioCreate(0, 0.5, 4, 2)",
+                   "ParamGetInt(1, 0)", "ParamGetInt(2, 0)"}));
+
+  effect.failNext(Service::AudioCreate);
+  effect.expectNothing("Memory allocation failure");
+  effect.failNext(Service::InputGetAudio);
+  effect.expectNothing();
+}
+
+} // namespace
+} // namespace zol
