@@ -81,25 +81,36 @@ int fetchVoices(t_ZoHostInfo *host, int inputs, Voice *voices) {
   return failures == 0 ? count : -1;
 }
 
-/// Both curves are read for every sample; the host may answer differently each time.
-void mix(t_ZoHostInfo *host, const Voice *voices, int count, const t_ZoAudio &out) {
+/// In the order of the comparisons that processors have as one instruction; a NaN stays.
+float limited(float sum) {
+  const float raised = -1.0F > sum ? -1.0F : sum;
+  return 1.0F < raised ? 1.0F : raised;
+}
+
+/// Both curves are read for every sample; the host may answer differently each time. Where every voice
+/// has the output's layout (`Alike`), a sample's number is all that is needed to find it.
+template <bool Alike> void mix(t_ZoHostInfo *host, const Voice *voices, int count, const t_ZoAudio &out) {
   const auto param = host->Services->ParamGetFloat;
-  const double blockLength = host->BlockEnd - host->BlockStart;
-  const double clipLength = host->ClipEnd - host->ClipStart;
-  float *sample = out.Samples;
-  for (uint32_t i = 0; i < out.Frames; ++i) {
-    const double place = static_cast<double>(i) / static_cast<double>(out.Frames);
-    const double relative = (host->BlockStart + place * blockLength - host->ClipStart) / clipLength;
-    for (unsigned c = 0; c < out.Channels; ++c) {
+  const double blockStart = host->BlockStart, blockLength = host->BlockEnd - blockStart;
+  const double clipStart = host->ClipStart, clipLength = host->ClipEnd - clipStart;
+  const uint32_t frames = out.Frames;
+  const unsigned channels = out.Channels;
+  float *const samples = out.Samples;
+  size_t sample = 0;
+  for (uint32_t i = 0; i < frames; ++i) {
+    const double place = static_cast<double>(i) / static_cast<double>(frames);
+    const double relative = (blockStart + place * blockLength - clipStart) / clipLength;
+    for (unsigned c = 0; c < channels; ++c, ++sample) {
       float sum = 0.0F;
       for (const Voice *voice = voices; voice != voices + count; ++voice) {
         const long double level = param(host, kLevels, voice->level, relative);
-        if (voice->sound.holds(i, c))
-          sum = static_cast<float>(static_cast<long double>(sum) +
-                                   level * static_cast<long double>(voice->sound.at(i, c)));
+        if (Alike || voice->sound.holds(i, c)) {
+          const float heard = Alike ? voice->sound.samples[sample] : voice->sound.at(i, c);
+          sum = static_cast<float>(static_cast<long double>(sum) + level * static_cast<long double>(heard));
+        }
       }
-      sum = std::clamp(sum, -1.0F, 1.0F);
-      *sample++ = static_cast<float>(param(host, kMaster, 0, relative) * static_cast<long double>(sum));
+      const long double master = param(host, kMaster, 0, relative);
+      samples[sample] = static_cast<float>(master * static_cast<long double>(limited(sum)));
     }
   }
 }
@@ -123,7 +134,10 @@ t_ZoAudio *render(t_ZoHostInfo *host) {
     zol::showMemoryError(host);
     return nullptr;
   }
-  mix(host, voices.data(), count, *out);
+  const bool alike = std::all_of(voices.data(), voices.data() + count, [&](const Voice &voice) {
+    return voice.sound.channels == out->Channels && voice.sound.frames >= out->Frames;
+  });
+  (alike ? mix<true> : mix<false>)(host, voices.data(), count, *out);
   return out;
 }
 

@@ -31,9 +31,9 @@ ptrdiff_t difference(const std::vector<float> &a, const std::vector<float> &b) {
 
 class Random {
 public:
-  uint32_t operator()() { return engine_(); }
-  uint32_t operator()(uint32_t below) { return engine_() % below; }
-  float unit() { return static_cast<float>(engine_() >> 8) * 0x1p-24F; }
+  uint32_t operator()() { return static_cast<uint32_t>(engine_()); }
+  uint32_t operator()(uint32_t below) { return (*this)() % below; }
+  float unit() { return static_cast<float>((*this)() >> 8) * 0x1p-24F; }
   /// Any exponent from least to most.
   double scaled(int least, int most) {
     const double value =
