@@ -1,27 +1,47 @@
 #include "kernels/routing.h"
 
 #include <algorithm>
+#include <cfloat>
+#include <cmath>
 
 namespace zol {
 namespace {
 
-template <ChannelRoute Route> float routed(const float *frame) {
+template <ChannelRoute Route, class Number = double> float routed(const float *frame) {
   if constexpr (Route == kRouteFirst)
     return frame[0];
   else if constexpr (Route == kRouteSecond)
     return frame[1];
   else
-    return static_cast<float>((static_cast<double>(frame[0]) + static_cast<double>(frame[1])) * 0.5);
+    return static_cast<float>((static_cast<Number>(frame[0]) + static_cast<Number>(frame[1])) * Number{0.5});
 }
 
-/// Both channels of a stereo block from a stereo block.
-template <ChannelRoute First, ChannelRoute Second>
-void routePair(float *out, const float *in, size_t frames) {
+/// False when a sample is not finite.
+template <ChannelRoute First, ChannelRoute Second, class Number>
+bool routeRun(float *out, const float *in, size_t frames) {
+  int infinite = 0;
   for (size_t i = 0; i < frames; ++i) {
-    const float first = routed<First>(in + 2 * i);
-    const float second = First == Second ? first : routed<Second>(in + 2 * i);
+    const float first = routed<First, Number>(in + 2 * i);
+    const float second = First == Second ? first : routed<Second, Number>(in + 2 * i);
     out[2 * i] = first;
     out[2 * i + 1] = second;
+    const float mean = First == kRouteMean ? first : second;
+    infinite |= std::fabs(mean) <= FLT_MAX ? 0 : -1;
+  }
+  return infinite == 0;
+}
+
+/// Both channels of a stereo block from a stereo block. A mean is the same in float as in double, since
+/// double has more than twice the digits and small sums are exact in both, unless the float sum is
+/// too large.
+template <ChannelRoute First, ChannelRoute Second>
+void routePair(float *out, const float *in, size_t frames) {
+  constexpr size_t kRun = 256;
+  for (size_t done = 0; done < frames; done += kRun) {
+    const size_t count = std::min(kRun, frames - done);
+    if (!routeRun<First, Second, float>(out + 2 * done, in + 2 * done, count) &&
+        (First == kRouteMean || Second == kRouteMean))
+      routeRun<First, Second, double>(out + 2 * done, in + 2 * done, count);
   }
 }
 
