@@ -1,0 +1,190 @@
+// Both passes are one filter that runs over lines: down the picture, and, on a transposed band, along it.
+// A band of rows is blurred at a time, so that what the first pass leaves is still in the cache when the
+// second takes it up, and the running sums of the first wait in the row buffer for the next band.
+
+#include "kernels/blur.h"
+
+#include "frame/render.h"
+#include "kernels/tent.h"
+#include "kernels/tent_lines.h"
+#include "kernels/transpose.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+using zol::Scratch;
+using zol::Tent;
+
+constexpr int kLanes = zol::kTentMaxLanes;
+constexpr int kLaneGroup = zol::kTentLaneGroup;
+
+constexpr int roundUp(int value, int unit) { return (value + unit - 1) / unit * unit; }
+
+/// Blurs a plane of pixels, each of whose bytes is a channel, band by band from the top.
+template <class Pixel> class PlaneBlur {
+public:
+  static constexpr int kPixelBytes = sizeof(Pixel);
+  static constexpr int kBandRows = kLanes / kPixelBytes;
+
+  /// `rowBuffer` has an element for every byte of a row.
+  PlaneBlur(const Tent &tent, const Pixel *src, size_t width, size_t height, int32_t *rowBuffer)
+      : tent_(tent), src_(src), width_(static_cast<int>(width)), height_(static_cast<int>(height)),
+        rowBuffer_(rowBuffer), innerBytes_(width_ * kPixelBytes / kLaneGroup * kLaneGroup),
+        slopes_(static_cast<size_t>(innerBytes_)), margin_(height * kLaneGroup), columns_(width * kLanes) {
+    if (!*this)
+      return;
+    std::fill_n(rowBuffer_, innerBytes_, 0);
+    std::fill_n(slopes_.data(), innerBytes_, int16_t{0});
+    std::memset(columns_.data(), 0, width * kLanes);
+    fillMargin();
+  }
+
+  explicit operator bool() const { return slopes_ && margin_ && columns_; }
+
+  /// Writes the rows of the band that begins at row `top`, or as many as there are, to dst. Bands come in
+  /// order, each once.
+  void band(int top, Pixel *dst) {
+    const int rows = std::min(kBandRows, height_ - top);
+    const zol::TentSource whole{reinterpret_cast<const uint8_t *>(src_), ptrdiff_t{width_} * kPixelBytes,
+                                height_};
+    for (int at = 0; at < innerBytes_; at += kLanes) {
+      const int lanes = std::min(kLanes, innerBytes_ - at);
+      const zol::TentSums sums{rowBuffer_ + at, slopes_.data() + at};
+      blurColumns({whole.first + at, whole.stride, height_}, top, rows, lanes, sums, at / kPixelBytes,
+                  lanes / kPixelBytes);
+    }
+    const int innerColumns = innerBytes_ / kPixelBytes;
+    if (innerColumns < width_)
+      blurColumns({margin_.data(), kLaneGroup, height_}, top, rows, kLaneGroup,
+                  {marginWeighted_, marginSlopes_}, innerColumns, width_ - innerColumns);
+    blurRows(rows, dst);
+  }
+
+private:
+  /// The columns that do not fill a group of lanes, side by side with nothing.
+  void fillMargin() {
+    const size_t bytes = static_cast<size_t>(width_ * kPixelBytes - innerBytes_);
+    std::memset(margin_.data(), 0, static_cast<size_t>(height_) * kLaneGroup);
+    for (int y = 0; y < height_; ++y)
+      std::memcpy(margin_.data() + static_cast<size_t>(y) * kLaneGroup,
+                  reinterpret_cast<const uint8_t *>(src_ + static_cast<size_t>(y) * width_) + innerBytes_,
+                  bytes);
+  }
+
+  /// The first pass for some columns of the band, which it leaves transposed in columns_.
+  void blurColumns(const zol::TentSource &source, int top, int rows, int lanes, const zol::TentSums &sums,
+                   int column, int columns) {
+    alignas(32) uint8_t block[kBandRows * kLanes];
+    lines_(tent_, source, top == 0 ? -tent_.reach : top, top + rows, lanes, sums, block, kLanes);
+    zol::transpose(reinterpret_cast<const Pixel *>(block), kBandRows, rows, columns,
+                   reinterpret_cast<Pixel *>(columns_.data()) + static_cast<size_t>(column) * kBandRows,
+                   kBandRows);
+  }
+
+  /// The second pass: lines are the band's columns, lanes its rows.
+  void blurRows(int rows, Pixel *dst) {
+    constexpr int kBlockColumns = 16;
+    alignas(32) uint8_t block[kBlockColumns * kLanes];
+    int32_t weighted[kLanes] = {};
+    int16_t slopes[kLanes] = {};
+    const int lanes = roundUp(rows * kPixelBytes, kLaneGroup);
+    const zol::TentSource source{columns_.data(), kLanes, width_};
+    for (int x = 0; x < width_; x += kBlockColumns) {
+      const int columns = std::min(kBlockColumns, width_ - x);
+      lines_(tent_, source, x == 0 ? -tent_.reach : x, x + columns, lanes, {weighted, slopes}, block, kLanes);
+      zol::transpose(reinterpret_cast<const Pixel *>(block), kBandRows, columns, rows, dst + x, width_);
+    }
+  }
+
+  const decltype(&zol::sse2::tentLines) lines_ = ZOL_SELECT(tentLines);
+  const Tent &tent_;
+  const Pixel *src_;
+  int width_;
+  int height_;
+  int32_t *rowBuffer_;
+  int innerBytes_; ///< of a row: whole groups of lanes
+  Scratch<int16_t> slopes_;
+  Scratch<uint8_t> margin_;
+  int32_t marginWeighted_[kLaneGroup] = {};
+  int16_t marginSlopes_[kLaneGroup] = {};
+  Scratch<uint8_t> columns_; ///< the band after the first pass, transposed: kLanes bytes a column
+};
+
+pic *memoryError(t_ZoHostInfo *host) {
+  zol::showMessage(host, "Filler: Memory allocation error");
+  return nullptr;
+}
+
+/// A new picture like src, whose rows row(y, source row, destination row) fills in order.
+template <class Row> pic *fillRows(t_ZoHostInfo *host, const pic *src, Row row) {
+  zol::OwnedPic out(host, host->Services->PicCreate(src->Width, src->Height));
+  if (!out)
+    return memoryError(host);
+  out->X = src->X;
+  out->Y = src->Y;
+  const bool done = zol::forEachRow(host, src->Height, [&](int y) {
+    const ptrdiff_t at = ptrdiff_t{y} * src->Width;
+    row(y, src->Pixels + at, out->Pixels + at);
+  });
+  return done ? out.release() : nullptr;
+}
+
+size_t extent(int16_t size) { return static_cast<size_t>(std::max<int>(size, 0)); }
+
+void copyRow(const _color_t *from, size_t width, _color_t *to) {
+  std::memcpy(to, from, width * sizeof(_color_t));
+}
+
+} // namespace
+
+ZOL_EXPORT pic *FillBlurImage(t_ZoHostInfo *host, pic *src, double radius) {
+  using Blur = PlaneBlur<_color_t>;
+  const Tent tent(radius);
+  const size_t width = extent(src->Width);
+  const Scratch<int32_t> rowBuffer(width * 4);
+  if (!rowBuffer)
+    return memoryError(host);
+  if (tent.isCopy())
+    return fillRows(host, src, [&](int, const _color_t *from, _color_t *to) { copyRow(from, width, to); });
+
+  Blur blur(tent, src->Pixels, extent(src->Width), extent(src->Height), rowBuffer.data());
+  if (!blur)
+    return memoryError(host);
+  return fillRows(host, src, [&](int y, const _color_t *, _color_t *to) {
+    if (y % Blur::kBandRows == 0)
+      blur.band(y, to);
+  });
+}
+
+ZOL_EXPORT pic *FillBlurAlpha(t_ZoHostInfo *host, pic *src, double radius) {
+  using Blur = PlaneBlur<uint8_t>;
+  const Tent tent(radius);
+  const size_t width = extent(src->Width);
+  const size_t pixels = width * extent(src->Height);
+  const Scratch<int32_t> rowBuffer(width);
+  if (!rowBuffer)
+    return memoryError(host);
+  if (tent.isCopy())
+    return fillRows(host, src, [&](int, const _color_t *from, _color_t *to) { copyRow(from, width, to); });
+
+  const Scratch<uint8_t> alpha(pixels);
+  const Scratch<uint8_t> band(width * Blur::kBandRows);
+  if (!alpha || !band)
+    return memoryError(host);
+  for (size_t i = 0; i < pixels; ++i)
+    alpha[i] = src->Pixels[i].a;
+  Blur blur(tent, alpha.data(), extent(src->Width), extent(src->Height), rowBuffer.data());
+  if (!blur)
+    return memoryError(host);
+  return fillRows(host, src, [&](int y, const _color_t *from, _color_t *to) {
+    const int bandRow = y % Blur::kBandRows;
+    if (bandRow == 0)
+      blur.band(y, band.data());
+    copyRow(from, width, to);
+    const uint8_t *const blurred = band.data() + static_cast<size_t>(bandRow) * width;
+    for (size_t x = 0; x < width; ++x)
+      to[x].a = blurred[x];
+  });
+}

@@ -1,0 +1,38 @@
+// The blur in one direction: lines of bytes, each the tent-weighted mean of its neighbours before and after.
+#ifndef ZOL_KERNELS_TENT_LINES_H
+#define ZOL_KERNELS_TENT_LINES_H
+
+#include "kernels/simd.h"
+#include "kernels/tent.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zol {
+
+/// Bytes side by side that are filtered together, and what their number must be a multiple of.
+inline constexpr int kTentMaxLanes = 128;
+inline constexpr int kTentLaneGroup = 64;
+
+/// Lines to filter: line k, 0 <= k < count, starts at first + k * stride. Lines outside count as absent.
+struct TentSource {
+  const uint8_t *first;
+  ptrdiff_t stride;
+  int count;
+};
+
+/// What one call leaves for the next, an element a lane in an order of the filter's own. All are zero before
+/// the first line, which is line -reach.
+struct TentSums {
+  int32_t *weighted;
+  int16_t *slopes;
+};
+
+/// Goes from line `from` up to line `to`, exclusive, and writes those that are not negative to dst: for each
+/// of `lanes` bytes the weighted sum of the lines present, divided by their weights and truncated.
+ZOL_LEVELS(void tentLines(const Tent &tent, const TentSource &source, int from, int to, int lanes,
+                          const TentSums &sums, uint8_t *dst, ptrdiff_t dstStride);)
+
+} // namespace zol
+
+#endif
