@@ -75,11 +75,30 @@ inline Words pairs(int a, int b) {
   return reinterpret_cast<Words>(Sums{} + static_cast<int32_t>((a & 0xFFFF) | b * 0x10000));
 }
 
-/// Exact: n / weights lies at least 1 / weights > 2^-16 below the next integer, which is at most 255 and so
-/// more than half a place away from it in a float.
-inline Sums quotient(Sums n, float weights) {
-  return __builtin_convertvector(__builtin_convertvector(n, Floats) / (Floats{} + weights), Sums);
-}
+/// Divides weighted sums by the weights and truncates, exactly.
+///
+/// n / weights is at most 255. Where it is not an integer it lies at least 1 / weights below the next one,
+/// k. In floats of 128 to 255 half a place is 2^-17, so that the division, rounded, stays below k. So does
+/// the product with a reciprocal that is rounded up, by less than 2^-23 of itself, as long as
+/// 1 / weights > 2^-17 + 255 * 2^-23; and no multiple of the weights falls below its quotient.
+class Quotient {
+public:
+  explicit Quotient(int weights)
+      : weights_(static_cast<float>(weights)), byReciprocal_(weights <= 26000), reciprocal_(1 / weights_) {
+    if (static_cast<double>(reciprocal_) * weights < 1)
+      reciprocal_ = __builtin_bit_cast(float, __builtin_bit_cast(int32_t, reciprocal_) + 1);
+  }
+
+  [[nodiscard]] Sums of(Sums n) const {
+    const Floats sums = __builtin_convertvector(n, Floats);
+    return __builtin_convertvector(byReciprocal_ ? sums * reciprocal_ : sums / weights_, Sums);
+  }
+
+private:
+  float weights_;
+  bool byReciprocal_;
+  float reciprocal_;
+};
 
 alignas(kBytes) constexpr uint8_t kAbsent[kTentMaxLanes] = {};
 
@@ -87,7 +106,8 @@ alignas(kBytes) constexpr uint8_t kAbsent[kTentMaxLanes] = {};
 
 void tentLines(const Tent &tent, const TentSource &source, int from, int to, int lanes, const TentSums &sums,
                uint8_t *dst, ptrdiff_t dstStride) {
-  constexpr int kAtOnce = 2; // vectors
+  constexpr int kAtOnce = 2;     // vectors
+  constexpr int kLinesAhead = 8; // that are fetched before they are needed
   static_assert(kTentLaneGroup % (kAtOnce * kBytes) == 0);
 
   ptrdiff_t stepOffset[Tent::kMaxSteps];
@@ -103,6 +123,8 @@ void tentLines(const Tent &tent, const TentSource &source, int from, int to, int
   int stepsFrom = tent.stepCount;
   int stepsTo = tent.stepCount;
   int stepsBehind = 0;
+  int weights = 1;
+  Quotient quotient(weights);
   for (int y = from; y < to; ++y) {
     while (stepsFrom > 0 && tent.step[stepsFrom - 1] >= -y)
       --stepsFrom;
@@ -116,9 +138,13 @@ void tentLines(const Tent &tent, const TentSource &source, int from, int to, int
     const uint8_t *const rampBehind = line(y - 1 - tent.ramp);
     const uint8_t *const edgeAhead = line(y + tent.reach);
     const uint8_t *const edgeBehind = line(y - 1 - tent.reach);
-    const float weights = y < 0 ? 1.0F : static_cast<float>(tent.sumAt(y, source.count));
+    if (const int present = y < 0 ? 1 : tent.sumAt(y, source.count); present != weights) {
+      weights = present;
+      quotient = Quotient(weights);
+    }
 
     for (int x = 0; x < lanes; x += kAtOnce * kBytes) {
+      __builtin_prefetch(source.first + ((y + tent.ramp + kLinesAhead) * source.stride + x));
       ByteSums steps[kAtOnce];
       const uint8_t *const start = source.first + x;
       for (int i = stepsFrom; i < stepsTo; ++i)
@@ -160,8 +186,8 @@ void tentLines(const Tent &tent, const TentSource &source, int from, int to, int
         for (int i = 0; i < 4; ++i)
           weighted[i] = sum[i];
         if (y >= 0) {
-          const Words evenBytes = narrow(quotient(sum[0], weights), quotient(sum[1], weights));
-          const Words oddBytes = narrow(quotient(sum[2], weights), quotient(sum[3], weights));
+          const Words evenBytes = narrow(quotient.of(sum[0]), quotient.of(sum[1]));
+          const Words oddBytes = narrow(quotient.of(sum[2]), quotient.of(sum[3]));
           store(dst + at, evenBytes | oddBytes << 8);
         }
       }
