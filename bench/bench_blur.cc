@@ -1,6 +1,8 @@
-// The blur over a 1920 x 1080 picture: the plain form, and the library at each level.
+// The blur and the erosion of alpha over a 1920 x 1080 picture: the plain form of the blur, and the library
+// at each level.
 
 #include "host/session.h"
+#include "kernels/alpha_shrink.h"
 #include "kernels/blur.h"
 #include "kernels/simd.h"
 #include "tests/plain/blur.h"
@@ -27,14 +29,14 @@ void report(benchmark::State &state) {
 /// The range's values are radii in tenths of a pixel.
 double radius(const benchmark::State &state) { return static_cast<double>(state.range(0)) / 10; }
 
-void plainImage(benchmark::State &state) {
+using Plain = void (*)(const _color_t *, int, int, double, _color_t *);
+
+template <Plain blur> void literal(benchmark::State &state) {
   std::vector<_color_t> out(size_t{kWidth} * kHeight);
   for (auto _ : state)
-    plain::blurImage(source()->Pixels, kWidth, kHeight, radius(state), out.data());
+    blur(source()->Pixels, kWidth, kHeight, radius(state), out.data());
   report(state);
 }
-
-using Kernel = pic *(*)(t_ZoHostInfo *, pic *, double);
 
 /// Hands out one and the same picture, as a host that recycles its frames does: its memory is not cleared.
 pic *recycledPicture(int width, int height) {
@@ -42,27 +44,42 @@ pic *recycledPicture(int width, int height) {
   return picture->record();
 }
 
-template <SimdLevel level, Kernel kernel> void library(benchmark::State &state) {
+using Kernel = pic *(*)(t_ZoHostInfo *, pic *, double);
+
+template <Kernel blur, SimdLevel level> void library(benchmark::State &state) {
   capSimdLevel(level);
   host::Session session("Halvenor");
   t_ZoServices recycling = host::services();
   recycling.PicCreate = recycledPicture;
   session.info()->Services = &recycling;
   for (auto _ : state)
-    benchmark::DoNotOptimize(kernel(session.info(), source(), radius(state)));
+    benchmark::DoNotOptimize(blur(session.info(), source(), radius(state)));
+  report(state);
+}
+
+template <SimdLevel level> void shrink(benchmark::State &state) {
+  capSimdLevel(level);
+  host::Session session("Halvenor");
+  const auto reach = static_cast<float>(radius(state));
+  for (auto _ : state)
+    AlphaShrink(session.info(), source(), reach, reach);
   report(state);
 }
 
 void radii(benchmark::internal::Benchmark *benchmark) {
-  benchmark->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly();
-  for (const int tenths : {5, 20, 100, 192, 200, 500, 1000})
+  benchmark->Unit(benchmark::kMillisecond)->MinTime(0.01)->Repetitions(5)->ReportAggregatesOnly();
+  for (const int tenths : {20, 100, 192, 200, 500, 1000})
     benchmark->Arg(tenths);
 }
 
-BENCHMARK(plainImage)->Apply(radii)->MinTime(0.001);
-BENCHMARK(library<SimdLevel::sse2, FillBlurImage>)->Apply(radii)->MinTime(0.1);
-BENCHMARK(library<SimdLevel::avx2, FillBlurImage>)->Apply(radii)->MinTime(0.1);
-BENCHMARK(library<SimdLevel::avx2, FillBlurAlpha>)->Apply(radii)->MinTime(0.1);
+BENCHMARK(literal<plain::blurImage>)->Apply(radii);
+BENCHMARK(library<FillBlurImage, SimdLevel::sse2>)->Apply(radii);
+BENCHMARK(library<FillBlurImage, SimdLevel::avx2>)->Apply(radii);
+BENCHMARK(literal<plain::blurAlpha>)->Apply(radii);
+BENCHMARK(library<FillBlurAlpha, SimdLevel::sse2>)->Apply(radii);
+BENCHMARK(library<FillBlurAlpha, SimdLevel::avx2>)->Apply(radii);
+BENCHMARK(shrink<SimdLevel::sse2>)->Apply(radii);
+BENCHMARK(shrink<SimdLevel::avx2>)->Apply(radii);
 
 } // namespace
 
