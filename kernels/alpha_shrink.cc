@@ -4,6 +4,7 @@
 #include "kernels/alpha_shrink.h"
 
 #include "frame/render.h"
+#include "kernels/alpha_plane.h"
 #include "kernels/erode_lines.h"
 #include "kernels/transpose.h"
 
@@ -42,13 +43,11 @@ ZOL_EXPORT int AlphaShrink(t_ZoHostInfo *host, pic *picture, float horizontalRad
 
   const size_t pixels = static_cast<size_t>(width) * static_cast<size_t>(height);
   const Scratch<uint8_t> alpha(pixels);
-  const Scratch<uint8_t> eroded(pixels);
-  const Scratch<uint8_t> columns(2 * static_cast<size_t>(width) * kLanes);
+  const Scratch<uint8_t> columns(static_cast<size_t>(std::max(2 * width, height)) * kLanes);
   const Scratch<uint8_t> work(std::max(along.workLines(), down.workLines()) * kLanes);
-  if (!alpha || !eroded || !columns || !work)
+  if (!alpha || !columns || !work)
     return 0;
-  for (size_t i = 0; i < pixels; ++i)
-    alpha[i] = picture->Pixels[i].a;
+  zol::takeAlpha(picture->Pixels, pixels, alpha.data());
 
   const auto erode = ZOL_SELECT(erodeLines);
   uint8_t *const erodedColumns = columns.data() + static_cast<size_t>(width) * kLanes;
@@ -63,14 +62,17 @@ ZOL_EXPORT int AlphaShrink(t_ZoHostInfo *host, pic *picture, float horizontalRad
   });
   if (!done)
     return 0;
-  const uint8_t *result = alpha.data();
-  if (reaches(down)) {
-    for (int x = 0; x < width; x += kLanes)
-      erode(alpha.data() + x, width, height, std::min(kLanes, width - x), down, work.data(),
-            eroded.data() + x, width);
-    result = eroded.data();
+  if (!reaches(down)) {
+    zol::putAlpha(picture->Pixels, alpha.data(), pixels, picture->Pixels);
+    return 1;
   }
-  for (size_t i = 0; i < pixels; ++i)
-    picture->Pixels[i].a = result[i];
+  for (int x = 0; x < width; x += kLanes) {
+    const int lanes = std::min(kLanes, width - x);
+    erode(alpha.data() + x, width, height, lanes, down, work.data(), columns.data(), kLanes);
+    for (int y = 0; y < height; ++y) {
+      _color_t *const row = picture->Pixels + ptrdiff_t{y} * width + x;
+      zol::putAlpha(row, columns.data() + ptrdiff_t{y} * kLanes, static_cast<size_t>(lanes), row);
+    }
+  }
   return 1;
 }

@@ -5,6 +5,7 @@
 #include "kernels/blur.h"
 
 #include "frame/render.h"
+#include "kernels/alpha_plane.h"
 #include "kernels/tent.h"
 #include "kernels/tent_lines.h"
 #include "kernels/transpose.h"
@@ -173,8 +174,7 @@ ZOL_EXPORT pic *FillBlurAlpha(t_ZoHostInfo *host, pic *src, double radius) {
   const Scratch<uint8_t> band(width * Blur::kBandRows);
   if (!alpha || !band)
     return memoryError(host);
-  for (size_t i = 0; i < pixels; ++i)
-    alpha[i] = src->Pixels[i].a;
+  zol::takeAlpha(src->Pixels, pixels, alpha.data());
   Blur blur(tent, alpha.data(), extent(src->Width), extent(src->Height), rowBuffer.data());
   if (!blur)
     return memoryError(host);
@@ -182,9 +182,6 @@ ZOL_EXPORT pic *FillBlurAlpha(t_ZoHostInfo *host, pic *src, double radius) {
     const int bandRow = y % Blur::kBandRows;
     if (bandRow == 0)
       blur.band(y, band.data());
-    copyRow(from, width, to);
-    const uint8_t *const blurred = band.data() + static_cast<size_t>(bandRow) * width;
-    for (size_t x = 0; x < width; ++x)
-      to[x].a = blurred[x];
+    zol::putAlpha(from, band.data() + static_cast<size_t>(bandRow) * width, width, to);
   });
 }
