@@ -31,57 +31,57 @@ public:
 
   /// `rowBuffer` has an element for every byte of a row.
   PlaneBlur(const Tent &tent, const Pixel *src, size_t width, size_t height, int32_t *rowBuffer)
-      : tent_(tent), src_(src), width_(static_cast<int>(width)), height_(static_cast<int>(height)),
-        rowBuffer_(rowBuffer), innerBytes_(width_ * kPixelBytes / kLaneGroup * kLaneGroup),
-        slopes_(static_cast<size_t>(innerBytes_)), margin_(height * kLaneGroup), columns_(width * kLanes) {
+      : tent_(tent), src_(reinterpret_cast<const uint8_t *>(src)), width_(static_cast<int>(width)),
+        height_(static_cast<int>(height)), wholeBytes_(rowBytes() / kLaneGroup * kLaneGroup),
+        rowBuffer_(rowBuffer), slopes_(width * kPixelBytes), columns_(width * kLanes),
+        window_(static_cast<size_t>(kBandRows + 2 * tent.reach + 2) * kLaneGroup) {
     if (!*this)
       return;
-    std::fill_n(rowBuffer_, innerBytes_, 0);
-    std::fill_n(slopes_.data(), innerBytes_, int16_t{0});
+    std::fill_n(rowBuffer_, wholeBytes_, 0);
+    std::fill_n(slopes_.data(), wholeBytes_, int16_t{0});
     std::memset(columns_.data(), 0, width * kLanes);
-    fillMargin();
   }
 
-  explicit operator bool() const { return slopes_ && margin_ && columns_; }
+  explicit operator bool() const { return slopes_ && columns_ && window_; }
 
   /// Writes the rows of the band that begins at row `top`, or as many as there are, to dst. Bands come in
   /// order, each once.
   void band(int top, Pixel *dst) {
     const int rows = std::min(kBandRows, height_ - top);
-    const zol::TentSource whole{reinterpret_cast<const uint8_t *>(src_), ptrdiff_t{width_} * kPixelBytes,
-                                height_};
-    for (int at = 0; at < innerBytes_; at += kLanes) {
-      const int lanes = std::min(kLanes, innerBytes_ - at);
-      const zol::TentSums sums{rowBuffer_ + at, slopes_.data() + at};
-      blurColumns({whole.first + at, whole.stride, height_}, top, rows, lanes, sums, at / kPixelBytes,
-                  lanes / kPixelBytes);
-    }
-    const int innerColumns = innerBytes_ / kPixelBytes;
-    if (innerColumns < width_)
-      blurColumns({margin_.data(), kLaneGroup, height_}, top, rows, kLaneGroup,
-                  {marginWeighted_, marginSlopes_}, innerColumns, width_ - innerColumns);
+    for (int at = 0; at < wholeBytes_; at += kLanes)
+      blurColumns(top, rows, at, std::min(kLanes, wholeBytes_ - at), {rowBuffer_ + at, slopes_.data() + at});
+    if (wholeBytes_ < rowBytes())
+      blurColumns(top, rows, wholeBytes_, kLaneGroup, {restWeighted_, restSlopes_});
     blurRows(rows, dst);
   }
 
 private:
-  /// The columns that do not fill a group of lanes, side by side with nothing.
-  void fillMargin() {
-    const size_t bytes = static_cast<size_t>(width_ * kPixelBytes - innerBytes_);
-    std::memset(margin_.data(), 0, static_cast<size_t>(height_) * kLaneGroup);
-    for (int y = 0; y < height_; ++y)
-      std::memcpy(margin_.data() + static_cast<size_t>(y) * kLaneGroup,
-                  reinterpret_cast<const uint8_t *>(src_ + static_cast<size_t>(y) * width_) + innerBytes_,
-                  bytes);
+  [[nodiscard]] int rowBytes() const { return width_ * kPixelBytes; }
+
+  /// The first pass for the columns of the band that begin `at` bytes into the row, which it leaves
+  /// transposed in columns_.
+  void blurColumns(int top, int rows, int at, int lanes, const zol::TentSums &sums) {
+    alignas(32) uint8_t block[kBandRows * kLanes];
+    const int bytes = std::min(lanes, rowBytes() - at);
+    const zol::TentSource source =
+        bytes < lanes ? gather(top, rows, at, bytes) : zol::TentSource{src_ + at, rowBytes(), 0, height_};
+    lines_(tent_, source, top == 0 ? -tent_.reach : top, top + rows, lanes, sums, block, kLanes);
+    zol::transpose(reinterpret_cast<const Pixel *>(block), kBandRows, rows, bytes / kPixelBytes,
+                   reinterpret_cast<Pixel *>(columns_.data() + ptrdiff_t{at / kPixelBytes} * kLanes),
+                   kBandRows);
   }
 
-  /// The first pass for some columns of the band, which it leaves transposed in columns_.
-  void blurColumns(const zol::TentSource &source, int top, int rows, int lanes, const zol::TentSums &sums,
-                   int column, int columns) {
-    alignas(32) uint8_t block[kBandRows * kLanes];
-    lines_(tent_, source, top == 0 ? -tent_.reach : top, top + rows, lanes, sums, block, kLanes);
-    zol::transpose(reinterpret_cast<const Pixel *>(block), kBandRows, rows, columns,
-                   reinterpret_cast<Pixel *>(columns_.data()) + static_cast<size_t>(column) * kBandRows,
-                   kBandRows);
+  /// The last bytes of every row that the band needs, where they do not fill a group of lanes: beside zeros,
+  /// so that nothing is read beyond the picture.
+  zol::TentSource gather(int top, int rows, int at, int bytes) {
+    const int begin = std::max(0, top - 2 - tent_.reach);
+    const int end = std::min(height_, top + rows + tent_.reach);
+    uint8_t *to = window_.data();
+    for (int y = begin; y < end; ++y, to += kLaneGroup) {
+      std::memcpy(to, src_ + ptrdiff_t{y} * rowBytes() + at, static_cast<size_t>(bytes));
+      std::memset(to + bytes, 0, static_cast<size_t>(kLaneGroup - bytes));
+    }
+    return {window_.data(), kLaneGroup, begin, height_};
   }
 
   /// The second pass: lines are the band's columns, lanes its rows.
@@ -91,7 +91,7 @@ private:
     int32_t weighted[kLanes] = {};
     int16_t slopes[kLanes] = {};
     const int lanes = roundUp(rows * kPixelBytes, kLaneGroup);
-    const zol::TentSource source{columns_.data(), kLanes, width_};
+    const zol::TentSource source{columns_.data(), kLanes, 0, width_};
     for (int x = 0; x < width_; x += kBlockColumns) {
       const int columns = std::min(kBlockColumns, width_ - x);
       lines_(tent_, source, x == 0 ? -tent_.reach : x, x + columns, lanes, {weighted, slopes}, block, kLanes);
@@ -101,16 +101,16 @@ private:
 
   const decltype(&zol::sse2::tentLines) lines_ = ZOL_SELECT(tentLines);
   const Tent &tent_;
-  const Pixel *src_;
+  const uint8_t *src_;
   int width_;
   int height_;
+  int wholeBytes_; ///< of a row, in whole groups of lanes; the rest has sums of its own
   int32_t *rowBuffer_;
-  int innerBytes_; ///< of a row: whole groups of lanes
   Scratch<int16_t> slopes_;
-  Scratch<uint8_t> margin_;
-  int32_t marginWeighted_[kLaneGroup] = {};
-  int16_t marginSlopes_[kLaneGroup] = {};
+  int32_t restWeighted_[kLaneGroup] = {};
+  int16_t restSlopes_[kLaneGroup] = {};
   Scratch<uint8_t> columns_; ///< the band after the first pass, transposed: kLanes bytes a column
+  Scratch<uint8_t> window_;  ///< gathered rows, kLaneGroup bytes each
 };
 
 pic *memoryError(t_ZoHostInfo *host) {

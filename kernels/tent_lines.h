@@ -14,10 +14,12 @@ namespace zol {
 inline constexpr int kTentMaxLanes = 128;
 inline constexpr int kTentLaneGroup = 64;
 
-/// Lines to filter: line k, 0 <= k < count, starts at first + k * stride. Lines outside count as absent.
+/// Lines to filter, 0 to count - 1; others count as absent. Those that are looked at, from `begin` on, are at
+/// hand: line k at lines + (k - begin) * stride.
 struct TentSource {
-  const uint8_t *first;
+  const uint8_t *lines;
   ptrdiff_t stride;
+  int begin;
   int count;
 };
 

@@ -114,7 +114,7 @@ void tentLines(const Tent &tent, const TentSource &source, int from, int to, int
   for (int i = 0; i < tent.stepCount; ++i)
     stepOffset[i] = tent.step[i] * source.stride;
   const auto line = [&](int k) {
-    return k >= 0 && k < source.count ? source.first + k * source.stride : kAbsent;
+    return k >= 0 && k < source.count ? source.lines + (k - source.begin) * source.stride : kAbsent;
   };
   const Words rampFactors = pairs(tent.slope, tent.stepFall);
   const Words edgeFactors = pairs(tent.edgeFall, 0);
@@ -132,7 +132,7 @@ void tentLines(const Tent &tent, const TentSource &source, int from, int to, int
       --stepsTo;
     while (stepsBehind < tent.stepCount && tent.step[stepsBehind] < y)
       ++stepsBehind;
-    const ptrdiff_t here = y * source.stride;
+    const ptrdiff_t here = (y - source.begin) * source.stride;
     const uint8_t *const before = line(y - 1);
     const uint8_t *const rampAhead = line(y - 1 + tent.ramp);
     const uint8_t *const rampBehind = line(y - 1 - tent.ramp);
@@ -144,9 +144,9 @@ void tentLines(const Tent &tent, const TentSource &source, int from, int to, int
     }
 
     for (int x = 0; x < lanes; x += kAtOnce * kBytes) {
-      __builtin_prefetch(source.first + ((y + tent.ramp + kLinesAhead) * source.stride + x));
+      __builtin_prefetch(source.lines + (here + (tent.ramp + kLinesAhead) * source.stride + x));
       ByteSums steps[kAtOnce];
-      const uint8_t *const start = source.first + x;
+      const uint8_t *const start = source.lines + x;
       for (int i = stepsFrom; i < stepsTo; ++i)
         for (int v = 0; v < kAtOnce; ++v)
           steps[v].add(load(start + (here + stepOffset[i]) + v * kBytes));
