@@ -1,0 +1,24 @@
+// Runs a check at every SIMD level that the machine has.
+#ifndef ZOL_TESTS_SUPPORT_LEVELS_H
+#define ZOL_TESTS_SUPPORT_LEVELS_H
+
+#include "kernels/simd.h"
+
+#include <gtest/gtest.h>
+
+namespace zol::test {
+
+template <class Check> void atEveryLevel(Check check) {
+  for (const SimdLevel level : {SimdLevel::sse2, SimdLevel::avx2}) {
+    capSimdLevel(level);
+    if (simdLevel() == level) {
+      SCOPED_TRACE(level == SimdLevel::avx2 ? "avx2" : "sse2");
+      check();
+    }
+  }
+  capSimdLevel(SimdLevel::avx2);
+}
+
+} // namespace zol::test
+
+#endif
