@@ -31,12 +31,15 @@ template <class Row> bool forEachRow(t_ZoHostInfo *host, int rows, Row row) {
   return true;
 }
 
-/// A float field's value at the context's parameter time.
-inline double paramDouble(t_ZoHostInfo *host, int field) {
-  return static_cast<double>(host->Services->ParamGetFloat(host, field, 0, host->Time));
+/// A float field's value at a time of the caller's.
+inline double paramDouble(t_ZoHostInfo *host, int field, double time) {
+  return static_cast<double>(host->Services->ParamGetFloat(host, field, 0, time));
 }
 
-/// The same at a time of the caller's, rounded once to float.
+/// The same at the context's parameter time.
+inline double paramDouble(t_ZoHostInfo *host, int field) { return paramDouble(host, field, host->Time); }
+
+/// A float field's value at a time of the caller's, rounded once to float.
 inline float paramFloat(t_ZoHostInfo *host, int field, double time) {
   return static_cast<float>(host->Services->ParamGetFloat(host, field, 0, time));
 }

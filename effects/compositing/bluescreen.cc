@@ -1,13 +1,127 @@
-// Bluescreen: declared, so that menus and projects find it; it has no fields and renders nothing yet.
+// Bluescreen: lays its input on the background where the input is not the blue or green of a studio's
+// backdrop. Delta1 and Delta2 say from which excess of the key channel a pixel is backdrop and below which
+// it is foreground. Shrink and Noiseclean at 0 leave the matte as it is.
 
+#include "effects/compositing/bluescreen.xpm"
 #include "frame/declaration.h"
 #include "frame/effects.h"
+#include "frame/render.h"
+#include "kernels/bluescreen.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr char kSection[] = "Bluescreen";
+
+enum Field { kBackground, kInput, kDelta1, kDelta2, kShrink, kNoiseclean, kOpacity, kKeymode };
+enum Keymode { kBlue, kGreen };
+
+/// Halvenor hands the background's buffer to real-time renders first, other hosts the input's. Once set it
+/// stays: a library serves one host.
+bool hostIsHalvenor = false;
+
+int init(t_ZoHostInfo *host) {
+  struct Default {
+    Field field;
+    double time, value;
+  };
+  for (const Default &key :
+       {Default{kDelta1, 0.0, 0.25}, Default{kDelta2, 0.25, 0.0}, Default{kShrink, 0.5, 0.0},
+        Default{kNoiseclean, 0.75, 0.1}, Default{kOpacity, 1.0, 1.0}})
+    host->Services->ParamSetFloat(host, key.field, 0, key.time, key.value);
+  return 1;
+}
+
+/// Reads the parameters and lays `key` on `out`. Shrink and Noiseclean reach a tenth of the width at 1.0.
+int layKey(t_ZoHostInfo *host, pic *out, pic *key, int width) {
+  const double time = static_cast<float>(host->Time);
+  const float delta1 = zol::paramFloat(host, kDelta1, time);
+  const float delta2 = zol::paramFloat(host, kDelta2, time);
+  const float shrink = static_cast<float>(width * zol::paramDouble(host, kShrink, time)) / 10;
+  const double noiseclean = zol::paramFloat(host, kNoiseclean, time);
+  const auto blur = static_cast<float>(noiseclean * width / 10);
+  const float opacity = zol::paramFloat(host, kOpacity, time);
+  const auto kernel = zol::paramInt(host, kKeymode) == kGreen ? Greenscreen : Bluescreen;
+  return kernel(host, out, key, delta1, delta2, opacity, shrink, blur, static_cast<float>(host->PixelAspect));
+}
+
+/// The picture to lay the key on: a copy of the background's frame, or a blank frame where there is none.
+pic *makeGround(t_ZoHostInfo *host, pic *background) {
+  if (background != nullptr)
+    return host->Services->PicDuplicate(background);
+  pic *blank = host->Services->PicCreate(host->Width, host->Height);
+  if (blank != nullptr)
+    std::fill_n(blank->Pixels, static_cast<size_t>(blank->Width) * static_cast<size_t>(blank->Height),
+                _color_t{});
+  return blank;
+}
+
+pic *render(t_ZoHostInfo *host) {
+  void *backgroundInput = zol::input(host, kBackground);
+  void *keyInput = zol::input(host, kInput);
+  if (keyInput == nullptr)
+    return nullptr;
+  pic *background = backgroundInput != nullptr ? zol::frameOf(host, backgroundInput) : nullptr;
+  pic *key = zol::frameOf(host, keyInput);
+  if (key == nullptr || (backgroundInput != nullptr && background == nullptr))
+    return nullptr;
+
+  zol::OwnedPic out(host, makeGround(host, background));
+  if (!out) {
+    zol::showMemoryError(host);
+    return nullptr;
+  }
+  const int width = background != nullptr ? out->Width : host->Width;
+  return layKey(host, out.get(), key, width) == 1 ? out.release() : nullptr;
+}
+
+int renderRT(t_ZoHostInfo *host) {
+  const auto fits = [](int size) { return size >= 0 && size <= INT16_MAX; };
+  if (host->BitsPerPixel != 32 || !fits(host->Width) || !fits(host->Height))
+    return 0;
+  const auto frame = [&](void *buffer) {
+    return pic{0, 0, static_cast<int16_t>(host->Width), static_cast<int16_t>(host->Height),
+               static_cast<_color_t *>(buffer)};
+  };
+  const int background = hostIsHalvenor ? 0 : 1;
+  pic out = frame(host->OutputBuffer);
+  pic key = frame(host->InputBuffers[1 - background]);
+  std::memcpy(out.Pixels, host->InputBuffers[background],
+              sizeof(_color_t) * static_cast<size_t>(host->Width) * static_cast<size_t>(host->Height));
+  return layKey(host, &out, &key, host->Width);
+}
+
+} // namespace
 
 ZOL_EXPORT int ProcessBluescreenDeclare(t_ZoHostInfo *host) {
-  const char *name = zol::hostIs(host, "Quorbel") ? "Filters/Standard/Bluescreen" : "Compositing/Bluescreen";
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Bluescreen Zo2 native", name, 1);
+  if (zol::hostIs(host, "Halvenor"))
+    hostIsHalvenor = true;
+  const zol::Declaration eff(host, "eff", kSection);
+  eff.begin("Bluescreen Zo2 native",
+            zol::hostIs(host, "Quorbel") ? "Filters/Standard/Bluescreen" : "Compositing/Bluescreen", 1);
+  eff.descriptionW("Replaces blue or green color in the image with background image.");
   eff.type("Filter");
+  eff.icon(bluescreen_xpm);
+  eff.init(init);
+  eff.renderVideo(render);
+  eff.renderVideoRT(renderRT);
+  eff.send(R"(DataFieldAdd( &eff.df, "Input", "Background" );)");
+  eff.send(R"(DataFieldAdd( &eff.df, "Input", "Input" );)");
+  eff.send(R"(ZoDataFieldAdd( &eff.df, "FloatA", "Delta1", (word *))" ZOL_ADDRESS
+           R"(, 0.0, 1.0, ZodfBothLimits, 0xFFFF00 );)",
+           eff.word("Delta1"));
+  for (const char *name : {"Delta2", "Shrink", "Noiseclean", "Opacity"})
+    eff.send(R"(ZoDataFieldAdd( &eff.df, "FloatA", "%s", (word *))" ZOL_ADDRESS
+             R"(, 0.0, 1.0, ZodfBothLimits|ZodfHideCurve, 0xFF00FF );)",
+             name, eff.word(name));
+  int keymode = 0;
+  eff.send(R"(*(int *))" ZOL_ADDRESS
+           R"( = ZoDataFieldAdd( &eff.df, "Selector", "Keymode", (word *))" ZOL_ADDRESS R"(, 0x0 );)",
+           zol::address(&keymode), eff.word("Keymode"));
+  eff.item(keymode, "Bluescreen", kBlue);
+  eff.item(keymode, "Greenscreen", kGreen);
   eff.end();
   return 1;
 }

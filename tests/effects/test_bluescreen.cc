@@ -1,0 +1,210 @@
+#include "frame/effects.h"
+#include "frame/texts.h"
+#include "kernels/bluescreen.h"
+#include "tests/support/declared.h"
+#include "tests/support/test_clip.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <dlfcn.h>
+
+namespace zol {
+namespace {
+
+using host::Service;
+using host::Session;
+using Texts = std::vector<std::string>;
+
+Texts declaration(const std::string &name) {
+  Texts texts{
+      "ZoEffect eff;",
+      "eff.Sign = \"Bluescreen Zo2 native\";",
+      "eff.Name = \"" + name + "\";",
+      "eff.Version = 1;",
+      "eff.DescriptionW = (word *)@;",
+      "eff.Type = \"Filter\";",
+      "eff.Icon = ZoPicFromXPM( @ );",
+      "eff.InitFunction = @;",
+      "eff.RenderVideoFunction = @;",
+      "eff.RenderVideoFunctionRT = @;",
+      "DataFieldAdd( &eff.df, \"Input\", \"Background\" );",
+      "DataFieldAdd( &eff.df, \"Input\", \"Input\" );",
+      "ZoDataFieldAdd( &eff.df, \"FloatA\", \"Delta1\", (word *)@, 0.0, 1.0, ZodfBothLimits, 0xFFFF00 );"};
+  for (const std::string field : {"Delta2", "Shrink", "Noiseclean", "Opacity"})
+    texts.push_back("ZoDataFieldAdd( &eff.df, \"FloatA\", \"" + field +
+                    "\", (word *)@, 0.0, 1.0, ZodfBothLimits|ZodfHideCurve, 0xFF00FF );");
+  texts.insert(texts.end(),
+               {"*(int *)@ = ZoDataFieldAdd( &eff.df, \"Selector\", \"Keymode\", (word *)@, 0x0 );",
+                "DataFieldSelItemAddById( &eff.df, 7, (word *)@, 0x0 );",
+                "DataFieldSelItemAddById( &eff.df, 7, (word *)@, 0x1 );", "EffectAdd( eff );"});
+  return texts;
+}
+
+TEST(BluescreenEffect, IsDeclaredToEveryHost) {
+  int result = 0;
+  EXPECT_EQ(test::declared(ProcessBluescreenDeclare, "Halvenor", &result),
+            declaration("Compositing/Bluescreen"));
+  EXPECT_EQ(result, 1);
+  EXPECT_EQ(test::declared(ProcessBluescreenDeclare, "quorbel"), declaration("Filters/Standard/Bluescreen"));
+  EXPECT_EQ(test::declared(ProcessBluescreenDeclare, "another"), declaration("Compositing/Bluescreen"));
+
+  Session session("another");
+  session.tracing = true;
+  ProcessBluescreenDeclare(session.info());
+  std::erase_if(session.trace, [](const std::string &call) { return !call.starts_with("TranslateW"); });
+  Texts translated{"TranslateW(\"Bluescreen\", \"Replaces blue or green color in the image with background "
+                   "image.\")"};
+  for (const std::string text :
+       {"Delta1", "Delta2", "Shrink", "Noiseclean", "Opacity", "Keymode", "Bluescreen", "Greenscreen"})
+    translated.push_back("TranslateW(\"Bluescreen\", \"" + text + "\")");
+  EXPECT_EQ(session.trace, translated);
+}
+
+/// The effect over a background of 40 x 7 at (3, -2) and an input of 31 x 9.
+class BluescreenRender : public testing::Test {
+protected:
+  BluescreenRender() {
+    COMMON_STR[kTextMemory] = kMemoryAllocationError;
+    *session_.parameters.inputs.get(0, 0) = {&backgroundClip_};
+    *session_.parameters.inputs.get(1, 0) = {&keyClip_};
+    info_->Width = 25;
+    info_->Height = 6;
+    info_->FrameTime = 2.5;
+    info_->Time = 0.3;
+    info_->PixelAspect = 1.1;
+    set(2, 0.3);
+    set(3, 0.1);
+    set(4, 0.7);
+    set(5, 0.6);
+    set(6, 0.9);
+  }
+
+  void set(int field, double value) { session_.parameters.numbers.get(field, 0)->set(0, {value}); }
+
+  /// The kernel's picture over `ground` with the radii that belong to a width.
+  void expectLaid(const pic *out, const pic *ground, decltype(Bluescreen) kernel, int width) {
+    ASSERT_NE(out, nullptr);
+    pic *want = session_.pictures.duplicate(ground);
+    ASSERT_EQ(kernel(info_, want, key_->record(), 0.3F, 0.1F, 0.9F, static_cast<float>(width * 0.7) / 10,
+                     static_cast<float>(static_cast<double>(0.6F) * width / 10), 1.1F),
+              1);
+    EXPECT_EQ(out->X, want->X);
+    EXPECT_EQ(out->Y, want->Y);
+    ASSERT_EQ(out->Width, want->Width);
+    ASSERT_EQ(out->Height, want->Height);
+    EXPECT_EQ(std::memcmp(out->Pixels, want->Pixels, sizeof(_color_t) * want->Width * want->Height), 0);
+    session_.pictures.free(want);
+  }
+
+  std::unique_ptr<host::PictureBuffer> background_ = test::randomPicture(40, 7, 1, 3, -2);
+  std::unique_ptr<host::PictureBuffer> key_ = test::randomPicture(31, 9, 2, 1, 1);
+  test::PictureClip backgroundClip_{background_->record()};
+  test::PictureClip keyClip_{key_->record()};
+  Session session_{"Halvenor"};
+  t_ZoHostInfo *info_ = session_.info();
+  test::Callbacks effect_{ProcessBluescreenDeclare};
+};
+
+TEST_F(BluescreenRender, DefaultsAreKeysInFieldOrder) {
+  session_.tracing = true;
+  EXPECT_EQ(effect_.init(info_), 1);
+  EXPECT_EQ(session_.trace, (Texts{"ParamSetFloat(2, 0, 0, 0.25)", "ParamSetFloat(3, 0, 0.25, 0)",
+                                   "ParamSetFloat(4, 0, 0.5, 0)", "ParamSetFloat(5, 0, 0.75, 0.1)",
+                                   "ParamSetFloat(6, 0, 1, 1)"}));
+}
+
+TEST_F(BluescreenRender, LaysTheInputOnTheBackgroundOrOnABlankFrame) {
+  session_.tracing = true;
+  pic *out = effect_.renderVideo(info_);
+  const Texts calls = std::exchange(session_.trace, {});
+  const std::string time = "0.30000001192092896"; // as float
+  const Texts begin{"InputGetPic(0, 0)",
+                    "InputGetPic(1, 0)",
+                    "PicGetSized(2.5)",
+                    "PicGetSized(2.5)",
+                    "PicDuplicate()",
+                    "ParamGetFloat(2, 0, " + time + ")",
+                    "ParamGetFloat(3, 0, " + time + ")",
+                    "ParamGetFloat(4, 0, " + time + ")",
+                    "ParamGetFloat(5, 0, " + time + ")",
+                    "ParamGetFloat(6, 0, " + time + ")",
+                    "ParamGetInt(7, 0)",
+                    "PicCreate(31, 9)"};
+  ASSERT_GE(calls.size(), begin.size());
+  EXPECT_EQ(Texts(calls.begin(), calls.begin() + static_cast<ptrdiff_t>(begin.size())), begin);
+  EXPECT_EQ(session_.pictures.live(), 1U);
+  expectLaid(out, background_->record(), Bluescreen, 40);
+
+  *session_.parameters.integers.get(7, 0) = 1;
+  expectLaid(effect_.renderVideo(info_), background_->record(), Greenscreen, 40);
+  *session_.parameters.integers.get(7, 0) = 2;
+  expectLaid(effect_.renderVideo(info_), background_->record(), Bluescreen, 40);
+
+  session_.parameters.inputs.get(0, 0)->clear();
+  expectLaid(effect_.renderVideo(info_), host::PictureBuffer::make(25, 6)->record(), Bluescreen, 25);
+}
+
+TEST_F(BluescreenRender, FailuresLeaveNothingBehind) {
+  const auto fails = [&](Service service, int nth) {
+    session_.faults.clear();
+    session_.faults.failAt(service, nth);
+    EXPECT_EQ(effect_.renderVideo(info_), nullptr);
+    EXPECT_EQ(session_.pictures.live(), 0U);
+    return std::exchange(session_.messages, {});
+  };
+  using Messages = std::vector<std::optional<std::string>>;
+  EXPECT_EQ(fails(Service::InputGetPic, 2), Messages{});
+  EXPECT_EQ(fails(Service::PicGetSized, 1), Messages{});
+  EXPECT_EQ(fails(Service::PicGetSized, 2), Messages{});
+  EXPECT_EQ(fails(Service::PicDuplicate, 1), Messages{"Memory allocation error"});
+  EXPECT_EQ(fails(Service::PicCreate, 1), Messages{"Filler: Memory allocation error"});
+  EXPECT_EQ(fails(Service::IsAborted, 4), Messages{});
+  EXPECT_EQ(fails(Service::IsAborted, 11), Messages{}); // in the erosion
+  session_.parameters.inputs.get(0, 0)->clear();
+  EXPECT_EQ(fails(Service::PicCreate, 1), Messages{"Memory allocation error"});
+  EXPECT_EQ(fails(Service::PicGetSized, 1), Messages{});
+}
+
+TEST_F(BluescreenRender, RealTimeBuffersComeInTheHostsOrder) {
+  // A library of its own, to which no host has declared itself yet.
+  void *library = dlopen(ZOL_BUILD_DIR "/libzol.zoeffects.so.1", RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(library, nullptr);
+  const auto declare = reinterpret_cast<int (*)(t_ZoHostInfo *)>(dlsym(library, "ProcessBluescreenDeclare"));
+  background_ = test::randomPicture(25, 6, 3);
+  key_ = test::randomPicture(25, 6, 4);
+  const auto out = host::PictureBuffer::make(25, 6);
+  info_->OutputBuffer = out->record()->Pixels;
+  const auto render = [&](const char *identity, const pic *first, const pic *second) {
+    const test::Callbacks effect(declare, identity);
+    info_->InputBuffers[0] = first->Pixels;
+    info_->InputBuffers[1] = second->Pixels;
+    return effect.renderVideoRT(info_);
+  };
+  info_->BitsPerPixel = 32;
+  EXPECT_EQ(render("Quorbel", key_->record(), background_->record()), 1);
+  expectLaid(out->record(), background_->record(), Bluescreen, 25);
+  EXPECT_EQ(render("hALVENOR", background_->record(), key_->record()), 1);
+  expectLaid(out->record(), background_->record(), Bluescreen, 25);
+  EXPECT_EQ(render("Quorbel", background_->record(), key_->record()), 1); // once known, Halvenor stays
+  expectLaid(out->record(), background_->record(), Bluescreen, 25);
+
+  session_.faults.abortAtPoll(session_.faults.calls(Service::IsAborted) + 3);
+  EXPECT_EQ(render("Halvenor", background_->record(), key_->record()), 0);
+  session_.faults.clear();
+  for (const int depth : {0, 24, 64}) {
+    info_->BitsPerPixel = depth;
+    EXPECT_EQ(render("Halvenor", background_->record(), key_->record()), 0);
+  }
+  info_->BitsPerPixel = 32;
+  for (const int width : {-1, 32768}) {
+    info_->Width = width;
+    EXPECT_EQ(render("Halvenor", background_->record(), key_->record()), 0);
+  }
+  EXPECT_EQ(session_.pictures.live(), 0U);
+  EXPECT_TRUE(session_.messages.empty());
+  dlclose(library);
+}
+
+} // namespace
+} // namespace zol
