@@ -21,9 +21,12 @@ void frame(benchmark::State &state, Convert convert) {
     for (uint8_t &channel : pixel)
       channel = static_cast<uint8_t>(random());
   benchmark::DoNotOptimize(convert); // the calls of another object: never inlined
+  const size_t count = from.size();
+  const Triple *in = from.data();
+  Triple *out = to.data();
   for (auto _ : state)
-    for (size_t i = 0; i < from.size(); ++i)
-      convert(&to[i][0], &to[i][1], &to[i][2], from[i][0], from[i][1], from[i][2]);
+    for (size_t i = 0; i < count; ++i)
+      convert(&out[i][0], &out[i][1], &out[i][2], in[i][0], in[i][1], in[i][2]);
 }
 
 #define ZOL_BENCH(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)->UseRealTime()
