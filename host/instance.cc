@@ -57,8 +57,8 @@ bool within(const Limits &limits, double value) {
 
 std::string colorText(_color_t color) {
   char text[10];
-  std::snprintf(text, sizeof text, color.a % 255 == 0 ? "#%02x%02x%02x" : "#%02x%02x%02x%02x", color.r, color.g,
-                color.b, color.a);
+  std::snprintf(text, sizeof text, color.a % 255 == 0 ? "#%02x%02x%02x" : "#%02x%02x%02x%02x", color.r,
+                color.g, color.b, color.a);
   return text;
 }
 
@@ -70,6 +70,24 @@ Instance::Instance(const Effect &effect, const std::string &identity, Clip *defa
   const Session::Use use(session_);
   if (effect.init != nullptr)
     effect.init(session_.info());
+  for (size_t i = 0; i < effect.fields.size(); ++i)
+    if (effect.fields[i].type == FieldType::number)
+      setUnset(static_cast<int>(i));
+}
+
+/// A field that the effect leaves unset starts opaque where it is an opacity, else as near to 0 as its range
+/// has it.
+void Instance::setUnset(int field) {
+  const Field &declared = effect_.fields[static_cast<size_t>(field)];
+  NumberCurve &curve = *session_.parameters.numbers.get(field, 0);
+  if (!curve.empty())
+    return;
+  double value = declared.kind == "Alpha" ? 1 : 0;
+  if (declared.min)
+    value = std::max(value, *declared.min);
+  if (declared.max)
+    value = std::min(value, *declared.max);
+  curve.set(0, {value});
 }
 
 int Instance::fieldNamed(std::string_view name) const {
@@ -244,6 +262,14 @@ void Instance::assignInput(int field, int item, Clip *clip) {
   if (slots->size() <= static_cast<size_t>(item))
     slots->resize(static_cast<size_t>(item) + 1);
   (*slots)[static_cast<size_t>(item)] = clip;
+}
+
+std::vector<std::string> Instance::datasetItems(int field) const {
+  std::vector<std::string> names;
+  if (const auto *items = session_.parameters.datasets.find(field, 0))
+    for (const DatasetItem &item : *items)
+      names.push_back(item.name);
+  return names;
 }
 
 std::string Instance::valueText(int field) const {

@@ -45,12 +45,18 @@ public:
   /// The field's values now, as the user would write them; empty where the kind has none.
   [[nodiscard]] std::string valueText(int field) const;
 
+  /// Names of a data set's items, one an input.
+  [[nodiscard]] std::vector<std::string> datasetItems(int field) const;
+
+  /// Opens the effect's dialog, once: variable lists get their first slot and data sets their items.
+  void openDialog();
+
 private:
+  void setUnset(int field);
   void setNumber(int field, int item, std::string_view value);
   void setColor(int field, std::string_view value);
   void setChoice(int field, std::string_view value);
   bool setDatasetItem(std::string_view name, std::string_view value);
-  void openDialog();
   void growList(int field, size_t slots);
 
   const Effect &effect_;

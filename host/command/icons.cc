@@ -14,7 +14,7 @@ namespace zol::command {
 namespace {
 
 constexpr int kColumns = 6;
-constexpr int kCellWidth = 190, kCellHeight = 112;
+constexpr int kCellWidth = 210, kCellHeight = 112;
 constexpr int kIconTop = 8, kLabelTop = 88, kLabelSize = 11;
 constexpr uint32_t kPaper = 0xFFE8E8E8;
 

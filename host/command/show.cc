@@ -80,7 +80,8 @@ nlohmann::json fieldJson(const Field &field, const std::string &value) {
 void show(const HostOptions &options, const std::string &wanted, bool json) {
   const host::EffectLibrary library(options.libraryFile(), options.host);
   const host::Effect &effect = library.effect(wanted);
-  const host::Instance instance(effect, options.host);
+  host::Instance instance(effect, options.host);
+  instance.openDialog();
   if (json) {
     nlohmann::json out = {{"name", effect.name},
                           {"sign", effect.sign},
@@ -90,8 +91,11 @@ void show(const HostOptions &options, const std::string &wanted, bool json) {
                           {"realTime", effect.renderVideoRT != nullptr},
                           {"audio", effect.renderAudio != nullptr},
                           {"fields", nlohmann::json::array()}};
-    for (size_t i = 0; i < effect.fields.size(); ++i)
+    for (size_t i = 0; i < effect.fields.size(); ++i) {
       out["fields"].push_back(fieldJson(effect.fields[i], instance.valueText(static_cast<int>(i))));
+      for (const std::string &item : instance.datasetItems(static_cast<int>(i)))
+        out["fields"].back()["set"].push_back(item);
+    }
     std::printf("%s\n", out.dump(2).c_str());
     return;
   }
@@ -108,6 +112,8 @@ void show(const HostOptions &options, const std::string &wanted, bool json) {
       std::printf("%s \"%s\"", k == 0 ? "" : ",", field.items[k].text.c_str());
     if (!value.empty())
       std::printf(" (default %s)", value.c_str());
+    for (const std::string &item : instance.datasetItems(static_cast<int>(i)))
+      std::printf("\n    set as \"%s\"", item.c_str());
     if (!field.label.empty() && field.label != field.name)
       std::printf("\n    shown as \"%s\"", field.label.c_str());
     if (!field.help.empty())
