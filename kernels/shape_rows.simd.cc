@@ -1,6 +1,7 @@
 #include "kernels/shape_rows.h"
 
 #include <cstring>
+#include <immintrin.h>
 
 namespace zol::ZOL_LEVEL {
 namespace {
@@ -13,11 +14,12 @@ constexpr int kBytes = 16;
 
 constexpr int kPixels = kBytes / 4; // of a vector
 constexpr int kBlock = 16;          // pixels whose edges are looked at together
+constexpr unsigned kAllOfBlock = 0xffff;
 
 using Words = uint32_t __attribute__((vector_size(kBytes)));
 using Halves = uint16_t __attribute__((vector_size(kBytes)));
-using Edges = uint8_t __attribute__((vector_size(kBlock)));
-using Pair = long long __attribute__((vector_size(kBlock)));
+using Bytes = uint8_t __attribute__((vector_size(kPixels)));
+using Edges = __m128i;
 
 template <class T> T load(const void *from) {
   T value;
@@ -27,26 +29,11 @@ template <class T> T load(const void *from) {
 
 template <class T> void store(void *to, T value) { __builtin_memcpy(to, &value, sizeof value); }
 
-bool allZero(Edges edges) {
-  const Pair pair = reinterpret_cast<Pair>(edges);
-  return (pair[0] | pair[1]) == 0;
-}
-
-bool allFull(Edges edges) {
-  const Pair pair = reinterpret_cast<Pair>(edges);
-  return (pair[0] & pair[1]) == -1;
-}
+/// A bit for every byte that is equal.
+unsigned equal(Edges a, Edges b) { return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(a, b))); }
 
 /// Floor of value / 255, exact up to 65534.
 Halves div255(Halves value) { return (value + 1 + (value >> 8)) >> 8; }
-
-/// Coverages (0 to 255) of a vector's pixels, a word each.
-Words widen(const uint8_t *coverage) {
-  Words words;
-  for (int i = 0; i < kPixels; ++i)
-    words[i] = coverage[i];
-  return words;
-}
 
 /// `colour` over pixels with an alpha of its own, 0 to 255 in every word; the alpha becomes the pixel's.
 /// All products stay below 65026.
@@ -97,19 +84,16 @@ uint8_t edgeAt(CrossingLine &line, int pixel) {
   return coverage;
 }
 
-/// Share of a pixel inside the shape, from the coverages of its four edges, 255 = whole.
+/// Share of a pixel inside the shape, from the coverages of its four edges, 255 = whole; for pixels whose
+/// top and bottom are neither both 0 nor both 255.
 int coverageOf(int top, int bottom, CrossingLine *columns, int column, int row) {
-  if (top == 0 && bottom == 0)
-    return 0;
-  if (top == 255 && bottom == 255)
-    return 255;
   const bool topPartial = top > 0 && top < 255;
   const bool bottomPartial = bottom > 0 && bottom < 255;
   if (topPartial && bottomPartial)
     return (top + bottom) / 2;
   const int left = edgeAt(columns[column], row);
   const int right = edgeAt(columns[column + 1], row);
-  if (top + bottom == 255 && !topPartial && !bottomPartial)
+  if (!topPartial && !bottomPartial)
     return (left + right) / 2;
   if (top == 0 || bottom == 0)
     return (top + bottom) * (left != 0 ? left : right) / 255;
@@ -117,48 +101,75 @@ int coverageOf(int top, int bottom, CrossingLine *columns, int column, int row) 
   return 255 - (255 - partial) * (255 - (left == 255 ? right : left)) / 510;
 }
 
+struct Colour {
+  Words words, opacity;
+
+  /// A block of pixels with coverages of their own.
+  void blendBlock(_color_t *pixels, const uint8_t *coverage) const {
+    for (int i = 0; i < kBlock; i += kPixels) {
+      const Words alpha = __builtin_convertvector(load<Bytes>(coverage + i), Words);
+      store(pixels + i, blend(load<Words>(pixels + i), words,
+                              reinterpret_cast<Words>(div255(reinterpret_cast<Halves>(alpha) *
+                                                             reinterpret_cast<Halves>(opacity)))));
+    }
+  }
+
+  /// A block inside the shape.
+  void fillBlock(_color_t *pixels) const {
+    if (opacity[0] == 255)
+      for (int i = 0; i < kBlock; i += kPixels)
+        store(pixels + i, words);
+    else
+      for (int i = 0; i < kBlock; i += kPixels)
+        store(pixels + i, blend(load<Words>(pixels + i), words, opacity));
+  }
+};
+
 } // namespace
 
 void blendShapeRow(_color_t *pixels, int width, int row, const RowEdges *edges, CrossingLine *columns,
                    unsigned colour) {
-  const uint32_t opacity = colour >> 24;
-  const Words color = Words{} + colour;
-  const Words full = Words{} + opacity;
+  const Colour fill = {Words{} + colour, Words{} + (colour >> 24)};
+  const Edges zero = _mm_setzero_si128();
+  const Edges whole = _mm_set1_epi8(-1);
   clearAlpha(pixels, edges->begin);
-  int block = edges->begin;
-  for (; block < edges->end; block += kBlock) {
-    const int count = edges->end - block < kBlock ? edges->end - block : kBlock;
-    Edges top{}, bottom{};
-    if (count == kBlock) {
-      top = load<Edges>(edges->top + block);
-      bottom = load<Edges>(edges->bottom + block);
-      if (allZero(top | bottom)) {
-        clearAlpha(pixels + block, kBlock);
-        continue;
-      }
-      if (allFull(top & bottom)) {
-        for (int i = 0; i < kBlock; i += kPixels) {
-          _color_t *p = pixels + block + i;
-          store(p, opacity == 255 ? color : blend(load<Words>(p), color, full));
-        }
-        continue;
-      }
+  for (int x = edges->begin; x < edges->end; x += kBlock) {
+    const int count = edges->end - x < kBlock ? edges->end - x : kBlock;
+    alignas(kBlock) uint8_t top[kBlock] = {}, bottom[kBlock] = {}, coverage[kBlock];
+    const bool partial = count < kBlock;
+    if (partial) {
+      std::memcpy(top, edges->top + x, static_cast<size_t>(count));
+      std::memcpy(bottom, edges->bottom + x, static_cast<size_t>(count));
     }
-    uint8_t coverage[kBlock] = {};
-    _color_t blended[kBlock] = {};
-    for (int i = 0; i < count; ++i)
-      coverage[i] = static_cast<uint8_t>(
-          coverageOf(edges->top[block + i], edges->bottom[block + i], columns, block + i, row));
-    std::memcpy(blended, pixels + block, static_cast<size_t>(count) * sizeof(_color_t));
-    for (int i = 0; i < kBlock; i += kPixels) {
-      const Words alpha =
-          reinterpret_cast<Words>(div255(reinterpret_cast<Halves>(widen(coverage + i) * opacity)));
-      store(blended + i, blend(load<Words>(blended + i), color, alpha));
+    const auto tops = load<Edges>(partial ? top : edges->top + x);
+    const auto bottoms = load<Edges>(partial ? bottom : edges->bottom + x);
+    const Edges both = _mm_and_si128(tops, bottoms);
+    const unsigned outside = equal(_mm_or_si128(tops, bottoms), zero);
+    const unsigned inside = equal(both, whole);
+    if (outside == kAllOfBlock) {
+      clearAlpha(pixels + x, count);
+      continue;
     }
-    std::memcpy(pixels + block, blended, static_cast<size_t>(count) * sizeof(_color_t));
+    if (inside == kAllOfBlock) {
+      fill.fillBlock(pixels + x);
+      continue;
+    }
+    store(coverage, both);
+    for (unsigned border = ~(outside | inside) & kAllOfBlock; border != 0; border &= border - 1) {
+      const int i = __builtin_ctz(border);
+      coverage[i] =
+          static_cast<uint8_t>(coverageOf(edges->top[x + i], edges->bottom[x + i], columns, x + i, row));
+    }
+    if (partial) {
+      _color_t block[kBlock] = {};
+      std::memcpy(block, pixels + x, static_cast<size_t>(count) * sizeof(_color_t));
+      fill.blendBlock(block, coverage);
+      std::memcpy(pixels + x, block, static_cast<size_t>(count) * sizeof(_color_t));
+    } else {
+      fill.blendBlock(pixels + x, coverage);
+    }
   }
-  if (edges->end < width)
-    clearAlpha(pixels + edges->end, width - edges->end);
+  clearAlpha(pixels + edges->end, width - edges->end);
 }
 
 } // namespace zol::ZOL_LEVEL

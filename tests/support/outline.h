@@ -52,10 +52,11 @@ inline Outline ellipse(double x, double y, double rx, double ry, double turn = 0
   return outline;
 }
 
-/// A smooth closed ring of `count` cubics whose radius wanders between 0.6 and 1 of the given ones.
-inline Outline ring(double x, double y, double rx, double ry, int count, unsigned seed) {
+/// A smooth closed ring of `count` cubics whose radius wanders between `least` (a share) and the whole of the
+/// given ones.
+inline Outline ring(double x, double y, double rx, double ry, int count, unsigned seed, double least = 0.6) {
   std::mt19937 random(seed);
-  std::uniform_real_distribution<double> share(0.6, 1.0);
+  std::uniform_real_distribution<double> share(least, 1.0);
   std::vector<Vector> points;
   for (int i = 0; i < count; ++i) {
     const double angle = 2 * std::numbers::pi * i / count, radius = share(random);

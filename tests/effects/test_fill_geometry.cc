@@ -1,0 +1,150 @@
+#include "frame/effects.h"
+#include "kernels/shape.h"
+#include "tests/support/declared.h"
+#include "tests/support/outline.h"
+#include "tests/support/test_clip.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace zol {
+namespace {
+
+using host::Service;
+using host::Session;
+using Texts = std::vector<std::string>;
+
+enum Field { kInput, kGeometry, kColor, kAlpha, kOffsetX, kOffsetY };
+
+class Box : public host::Shape {
+public:
+  Box(double left, double top, double right, double bottom)
+      : outline_(test::polygon({{left, top}, {right, top}, {right, bottom}, {left, bottom}})) {}
+  void box(double *, double) const override {}
+  int curves(double time, void *user, t_ZoSegmentFn callback) const override {
+    times.push_back(time);
+    return outline_.handOver(user, callback);
+  }
+  mutable std::vector<double> times;
+
+private:
+  test::Outline outline_;
+};
+
+class FillGeometry : public testing::Test {
+protected:
+  FillGeometry() {
+    COMMON_STR[3] = "Memory allocation error";
+    session.info()->Width = 10;
+    session.info()->Height = 8;
+    session.info()->FrameTime = 2.5;
+    *session.parameters.geometries.get(kGeometry, 0) = &box;
+    EXPECT_EQ(effect.init(session.info()), 1);
+    setColor({10, 20, 30, 0});
+  }
+  void setColor(_color_t color) {
+    session.parameters.colors.get(kColor, 0)->set(0.5, host::colorValue(color));
+  }
+  void set(Field field, double value) { session.parameters.numbers.get(field, 0)->set(0.5, {value}); }
+  void assign(host::Clip *clip) { *session.parameters.inputs.get(kInput, 0) = {clip}; }
+  uint32_t pixel(const pic *out, int x, int y) {
+    const _color_t p = out->Pixels[y * out->Width + x];
+    return uint32_t{p.a} << 24 | uint32_t{p.r} << 16 | uint32_t{p.g} << 8 | p.b;
+  }
+
+  const test::Callbacks effect{ProcessFillAndShadowDeclare};
+  Session session{"Halvenor"};
+  Box box{2, 1.5, 6, 4.75};
+};
+
+TEST_F(FillGeometry, IsDeclaredToHalvenorAlone) {
+  const Texts texts = test::declared(ProcessFillAndShadowDeclare, "halvenor");
+  EXPECT_EQ(Texts(texts.begin(), texts.begin() + 4),
+            (Texts{"ZoEffect eff;", "eff.Sign = \"FillGeometry Zo2 native\";",
+                   "eff.Name = \"Geometry Shading/Fill Geometry\";", "eff.Version = 1;"}));
+  EXPECT_EQ(texts.at(8),
+            "*((int *)@) = ZoDataFieldAdd( &eff.df, \"Input\", \"Input\", (word *)@, ZodfNone );");
+  EXPECT_EQ(texts.at(19), "ZoDataFieldHelpbyId( &eff.df, 5, (word *)@ );");
+  EXPECT_EQ(texts.back(), "EffectAdd( eff );");
+  EXPECT_EQ(test::declared(ProcessFillAndShadowDeclare, "Quorbel"), Texts{});
+}
+
+TEST_F(FillGeometry, AsksForAGeometry) {
+  *session.parameters.geometries.get(kGeometry, 0) = nullptr;
+  EXPECT_EQ(effect.renderVideo(session.info()), nullptr);
+  EXPECT_EQ(session.messages.at(0), "Geometry not assigned");
+}
+
+TEST_F(FillGeometry, StandsOnATransparentFrameWithoutAnInput) {
+  pic *out = effect.renderVideo(session.info());
+  ASSERT_NE(out, nullptr);
+  EXPECT_EQ(box.times, std::vector<double>{2.5});
+  EXPECT_EQ(pixel(out, 3, 3), 0xff1e140aU);
+  EXPECT_EQ(pixel(out, 3, 1), 0x7f1e140aU); // half covered: straight alpha
+  EXPECT_EQ(pixel(out, 6, 3), 0U);
+  set(kAlpha, 0.5);
+  set(kOffsetX, 0.4);
+  set(kOffsetY, -0.125);
+  out = effect.renderVideo(session.info());
+  EXPECT_EQ(pixel(out, 5, 3), 0U);
+  EXPECT_EQ(pixel(out, 8, 2), 0x7f1e140aU);
+  EXPECT_EQ(pixel(out, 9, 4), 0U);
+}
+
+TEST_F(FillGeometry, LaysTheShapeOverItsInput) {
+  const auto under = test::randomPicture(9, 7, 5, 1, 1);
+  const pic *before = under->record();
+  before->Pixels[2 * 9 + 2] = {100, 200, 0, 255};
+  before->Pixels[2] = {100, 200, 0, 255};
+  before->Pixels[3] = {100, 200, 0, 85};
+  before->Pixels[4] = {100, 200, 0, 0};
+  test::PictureClip clip(under->record());
+  assign(&clip);
+  pic *out = effect.renderVideo(session.info());
+  ASSERT_NE(out, nullptr);
+  EXPECT_EQ(out->X, 1);
+  EXPECT_EQ(out->Width, 9);
+  EXPECT_EQ(pixel(out, 2, 2), 0xff1e140aU);
+  EXPECT_EQ(pixel(out, 2, 0), 0xff0e6e37U); // 127 of 255 over opaque
+  EXPECT_EQ(pixel(out, 3, 0), 0xa9164120U); // and over a third
+  EXPECT_EQ(pixel(out, 4, 0), 0x7f1e140aU);
+  EXPECT_EQ(pixel(out, 8, 6), pixel(before, 8, 6));
+  session.faults.failAt(Service::PicGetSized, 2);
+  EXPECT_EQ(effect.renderVideo(session.info()), nullptr);
+  EXPECT_TRUE(session.messages.empty());
+}
+
+TEST_F(FillGeometry, LeavesNothingBehindOnFailure) {
+  const auto under = test::randomPicture(10, 8, 5);
+  test::PictureClip clip(under->record());
+  for (host::Clip *input : {static_cast<host::Clip *>(nullptr), static_cast<host::Clip *>(&clip)}) {
+    assign(input);
+    if (input == nullptr)
+      session.parameters.inputs.get(kInput, 0)->clear();
+    const auto failing = [&](Service service, int nth, const std::optional<std::string> &message) {
+      session.faults.clear();
+      session.messages.clear();
+      session.faults.failAt(service, nth);
+      EXPECT_EQ(effect.renderVideo(session.info()), nullptr);
+      EXPECT_EQ(session.pictures.live(), 0U);
+      EXPECT_EQ(session.messages.empty() ? std::nullopt : session.messages[0], message);
+    };
+    if (input != nullptr)
+      failing(Service::PicDuplicate, 1, "Memory allocation error");
+    failing(Service::PicCreate, 1, "Memory allocation error");
+    failing(Service::PicCreate, 2, "FillText: Memory allocation failure");
+    failing(Service::GeoGetCurves, 1, "GeoGetCurves returns error");
+    const int polls = 10 + 8 + 2 + (input != nullptr ? 8 : 0);
+    for (int poll = 1; poll <= polls; ++poll)
+      failing(Service::IsAborted, poll, std::nullopt);
+    session.faults.clear();
+    session.faults.abortAtPoll(polls + 1);
+    pic *out = effect.renderVideo(session.info());
+    ASSERT_NE(out, nullptr);
+    session.pictures.free(out);
+  }
+}
+
+} // namespace
+} // namespace zol
