@@ -46,9 +46,7 @@ t_ZoHostInfo *host() {
 }
 
 zol::test::Outline circle() { return zol::test::ellipse(960.3, 540.7, 400, 400); }
-zol::test::Outline path500() {
-  return zol::test::ring(960, 540, 900, 520, 500, 1, std::getenv("LEAST") ? atof(std::getenv("LEAST")) : 0.6);
-}
+zol::test::Outline path500() { return zol::test::ring(960, 540, 900, 520, 500, 1, 0.8); }
 zol::test::Outline tangle() { return zol::test::scribble(60, 1080, 0, true, false, 3); }
 zol::test::Outline nothing() { return zol::test::ellipse(-900, -900, 50, 50); }
 

@@ -31,24 +31,21 @@ public:
   void set(const CrossingLine &line) {
     std::fill(bytes_ + begin_, bytes_ + end_, uint8_t{0});
     begin_ = end_ = 0;
-    if (line.count == 0)
+    if (line.spanCount == 0)
       return;
-    for (uint32_t i = 0; i < line.count; i += 2)
-      addSpan(line.crossings[i], line.crossings[i + 1]);
-    begin_ = std::min(static_cast<int>(line.crossings[0]), width_);
-    end_ = std::min(static_cast<int>(line.crossings[line.count - 1]) + 1, width_);
+    for (uint32_t i = 0; i < line.spanCount; ++i)
+      add(line.spans[i]);
+    begin_ = std::min(line.spans[0].first, width_);
+    end_ = std::min(line.spans[line.spanCount - 1].last + 1, width_);
   }
 
 private:
-  void addSpan(double start, double end) {
-    const int first = static_cast<int>(start);
-    const int last = static_cast<int>(end);
-    bytes_[first] = static_cast<uint8_t>((1.0 - (start - first)) * 255.0);
-    if (end - last > 0.0)
-      bytes_[last] = static_cast<uint8_t>((end - last) * 255.0);
-    const int inner = static_cast<int>(start + 1.0);
-    if (inner < last)
-      std::memset(bytes_ + inner, 255, static_cast<size_t>(last - inner));
+  void add(const Span &span) {
+    bytes_[span.first] = span.firstCoverage;
+    if (span.endsInside)
+      bytes_[span.last] = span.lastCoverage;
+    if (span.inner < span.last)
+      std::memset(bytes_ + span.inner, 255, static_cast<size_t>(span.last - span.inner));
   }
 
   uint8_t *bytes_;
@@ -62,7 +59,7 @@ bool orderLines(t_ZoHostInfo *host, CrossingLines &lines, int first, int length,
     if (aborted(host))
       return false;
     sortCrossings(lines[i]);
-    clipToSpans(lines[i], first, length);
+    makeSpans(lines[i], first, length);
   }
   return true;
 }

@@ -113,33 +113,20 @@ private:
   void (*run_)(const CrossingSearch *, double *) = ZOL_SELECT(searchCrossings);
 };
 
-/// Gives every line the place for as many crossings as pieces reach it; false when there is no memory.
-bool placeLines(const Piece *pieces, size_t pieceCount, int first, int count, CrossingLine *lines,
-                std::optional<Scratch<double>> *crossings) {
+/// Counts on every line the pieces that reach it; returns the sum.
+uint64_t countCrossings(const Piece *pieces, size_t pieceCount, int first, CrossingLine *lines, int count) {
   for (int i = 0; i <= count; ++i)
-    lines[i].count = 0;
+    lines[i] = {};
   for (size_t i = 0; i < pieceCount; ++i) { // how the number changes from line to line
     ++lines[pieces[i].first - first].count;
     --lines[pieces[i].last - first + 1].count;
   }
   uint64_t total = 0;
-  uint32_t reaching = 0;
-  for (int i = 0; i < count; ++i) {
-    reaching += lines[i].count;
-    lines[i].count = reaching;
-    total += reaching;
-  }
-  if (total > std::numeric_limits<size_t>::max())
-    return false;
-  crossings->emplace(static_cast<size_t>(total));
-  if (!**crossings)
-    return false;
-  double *place = (*crossings)->data();
-  for (int i = 0; i < count; ++i) {
-    lines[i].crossings = place;
-    place += std::exchange(lines[i].count, 0);
-  }
-  return true;
+  for (int i = 1; i < count; ++i)
+    lines[i].count += lines[i - 1].count;
+  for (int i = 0; i < count; ++i)
+    total += lines[i].count;
+  return total;
 }
 
 } // namespace
@@ -158,8 +145,20 @@ CrossingLines::CrossingLines(const ShapeFillContext &segments, LineKind kind, in
     pieceCount +=
         static_cast<size_t>(piecesOf(searched, other, first, first + count - 1, pieces.data() + pieceCount));
   }
-  if (!placeLines(pieces.data(), pieceCount, first, count, lines_.data(), &crossings_))
+  const uint64_t total = countCrossings(pieces.data(), pieceCount, first, lines_.data(), count);
+  if (total > std::numeric_limits<size_t>::max())
     return;
+  crossings_.emplace(static_cast<size_t>(total));
+  spans_.emplace(static_cast<size_t>(total / 2));
+  if (!*crossings_ || !*spans_)
+    return;
+  size_t place = 0;
+  for (int i = 0; i < count; ++i) {
+    CrossingLine &line = lines_[static_cast<size_t>(i)];
+    line.crossings = crossings_->data() + place;
+    line.spans = spans_->data() + place / 2;
+    place += std::exchange(line.count, 0);
+  }
   Searcher searcher;
   for (size_t i = 0; i < pieceCount; ++i)
     for (int line = pieces[i].first; line <= pieces[i].last; ++line)
@@ -184,19 +183,25 @@ void sortCrossings(CrossingLine &line) {
   }
 }
 
-void clipToSpans(CrossingLine &line, int first, int length) {
+void makeSpans(CrossingLine &line, int first, int length) {
   const double from = first;
   const double to = static_cast<double>(first) + length;
   const double *v = line.crossings;
-  uint32_t kept = 0;
+  line.spanCount = 0;
   for (uint32_t i = 0; i + 1 < line.count && v[i] <= to; i += 2) {
     if (v[i + 1] < from)
       continue;
-    line.crossings[kept] = std::max(v[i], from) - from;
-    line.crossings[kept + 1] = std::min(v[i + 1], to) - from;
-    kept += 2;
+    const double start = std::max(v[i], from) - from;
+    const double end = std::min(v[i + 1], to) - from;
+    const int firstPixel = static_cast<int>(start);
+    const int lastPixel = static_cast<int>(end);
+    line.spans[line.spanCount++] = {firstPixel,
+                                    static_cast<int>(start + 1.0),
+                                    lastPixel,
+                                    static_cast<uint8_t>((1.0 - (start - firstPixel)) * 255.0),
+                                    static_cast<uint8_t>((end - lastPixel) * 255.0),
+                                    end - lastPixel > 0.0};
   }
-  line.count = kept;
 }
 
 } // namespace zol

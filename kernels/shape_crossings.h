@@ -10,11 +10,21 @@
 
 namespace zol {
 
-/// The crossings of one line. After sortCrossings they ascend; after clipToSpans they are pairs, the start
-/// and the end of each span, relative to the line's first pixel.
+/// What a stretch between two crossings gives to the pixels along its line: a coverage to its first pixel,
+/// the whole (255) to those of [inner, last), and a coverage to its last where it ends inside that pixel. If
+/// first and last are one pixel, the last's coverage holds.
+struct Span {
+  int32_t first, inner, last;
+  uint8_t firstCoverage, lastCoverage;
+  bool endsInside;
+};
+
+/// The crossings of one line, ascending once they are ordered, and the spans between them.
 struct CrossingLine {
   double *crossings;
   uint32_t count;
+  Span *spans;
+  uint32_t spanCount;
 };
 
 enum class LineKind { rows, columns };
@@ -33,13 +43,15 @@ public:
 private:
   Scratch<CrossingLine> lines_;
   std::optional<Scratch<double>> crossings_;
+  std::optional<Scratch<Span>> spans_;
   bool complete_ = false;
 };
 
 void sortCrossings(CrossingLine &line);
 
-/// Keeps the part of every span (even-odd rule) that meets [first, first + length], relative to `first`.
-void clipToSpans(CrossingLine &line, int first, int length);
+/// Makes spans of the ordered crossings by the even-odd rule, clipped to [first, first + length] and counted
+/// from the pixel `first` on.
+void makeSpans(CrossingLine &line, int first, int length);
 
 } // namespace zol
 

@@ -58,28 +58,20 @@ void clearAlpha(_color_t *pixels, int count) {
     pixels[i].a = 0;
 }
 
-/// The coverage that a column line's spans leave at a pixel. Within a pixel the later end wins.
-uint8_t edgeAt(CrossingLine &line, int pixel) {
-  while (line.count != 0 && static_cast<int>(line.crossings[1]) < pixel) {
-    line.crossings += 2;
-    line.count -= 2;
+/// The coverage that a column line's spans leave at a pixel: where several meet, the last one's.
+int edgeAt(CrossingLine &line, int pixel) {
+  while (line.spanCount != 0 && line.spans->last < pixel) {
+    ++line.spans;
+    --line.spanCount;
   }
-  uint8_t coverage = 0;
-  for (uint32_t i = 0; i < line.count; i += 2) {
-    const double start = line.crossings[i];
-    const double end = line.crossings[i + 1];
-    const int first = static_cast<int>(start);
-    const int last = static_cast<int>(end);
-    if (first > pixel)
-      break;
-    if (first == pixel)
-      coverage = static_cast<uint8_t>((1.0 - (start - first)) * 255.0);
-    if (last == pixel) {
-      if (end - last > 0.0)
-        coverage = static_cast<uint8_t>((end - last) * 255.0);
-    } else if (static_cast<int>(start + 1.0) <= pixel && pixel < last) {
+  int coverage = 0;
+  for (const Span *span = line.spans; span != line.spans + line.spanCount && span->first <= pixel; ++span) {
+    if (span->first == pixel)
+      coverage = span->firstCoverage;
+    if (span->inner <= pixel && pixel < span->last)
       coverage = 255;
-    }
+    if (span->last == pixel && span->endsInside)
+      coverage = span->lastCoverage;
   }
   return coverage;
 }
