@@ -4,8 +4,8 @@
 
 mySM::mySM(const t_ZoHostInfo *host, pic *(*fetch)(t_ZoHostInfo *, void *, double), void *media, double rate,
            unsigned width, unsigned height, unsigned first, unsigned count)
-    : m_pCache(nullptr), m_Host(*host), m_pHost(&m_Host), m_dRate(rate), m_pFetch(fetch), m_pMedia(media),
-      m_nMediaWidth(width), m_nMediaHeight(height), m_nFirst(first), m_nCount(count) {
+    : m_pCache(nullptr), m_dRate(rate), m_nMediaWidth(width), m_nMediaHeight(height), m_nFirst(first),
+      m_nCount(count), m_Host(*host), m_pHost(&m_Host), m_pFetch(fetch), m_pMedia(media) {
   m_Host.Width = static_cast<int32_t>(width);
   m_Host.Height = static_cast<int32_t>(height);
 }

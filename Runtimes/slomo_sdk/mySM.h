@@ -23,13 +23,15 @@ public:
   /// Newest first, nodes from malloc; the client releases the pictures through the host and frees the nodes.
   SFrameNode *m_pCache;
 
+  // The media, as the constructor was told.
+  double m_dRate;
+  unsigned m_nMediaWidth, m_nMediaHeight, m_nFirst, m_nCount;
+
 private:
   t_ZoHostInfo m_Host;
   t_ZoHostInfo *m_pHost;
-  double m_dRate;
   pic *(*m_pFetch)(t_ZoHostInfo *, void *media, double time);
   void *m_pMedia;
-  unsigned m_nMediaWidth, m_nMediaHeight, m_nFirst, m_nCount;
 };
 
 #endif
