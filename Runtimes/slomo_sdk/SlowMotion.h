@@ -9,6 +9,7 @@
 #include <cstddef>
 
 #define ZOL_SLOW_MOTION_API __attribute__((visibility("default")))
+#define ZOL_SLOW_MOTION_OWN __attribute__((visibility("hidden")))
 
 /// What GetObjectData tells of one object; the box is inclusive, in words and rows.
 struct SObjectData {
@@ -101,15 +102,15 @@ public:
   unsigned char *m_pFillStack;  // 2 x int16 a word: x, y
 
 private:
-  struct SField;
-  class SObjectMotion;
+  struct ZOL_SLOW_MOTION_OWN SField;
+  class ZOL_SLOW_MOTION_OWN SObjectMotion;
 
-  SField FieldOf(void *dst, const void *frameA, const void *frameB, unsigned field) const;
+  ZOL_SLOW_MOTION_OWN SField FieldOf(void *dst, const void *frameA, const void *frameB, unsigned field) const;
   bool HasBuffers() const { return m_pFillStack != nullptr; } // the last one that SetSequence allocates
   size_t StackPlaces() const { return HasBuffers() ? m_nArea / 2 : 0; }
-  void Mix(const SField &, unsigned w);
-  void *Scratch(unsigned long long bytes);
-  void FreeWork();
+  ZOL_SLOW_MOTION_OWN void Mix(const SField &, unsigned w);
+  ZOL_SLOW_MOTION_OWN void *Scratch(unsigned long long bytes);
+  ZOL_SLOW_MOTION_OWN void FreeWork();
 
   unsigned m_nArea;          // bytes of the mask and of the object list; the fill stack has twice as many
   unsigned char *m_pScratch; // of the searches; results do not depend on having it
