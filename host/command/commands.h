@@ -22,6 +22,7 @@ struct HostOptions {
 void addList(CLI::App &zol);
 void addShow(CLI::App &zol);
 void addDeclare(CLI::App &zol);
+void addSlowmo(CLI::App &zol);
 void addIcons(CLI::App &zol);
 /// For the help alone: `render` reads its own words, since effects are chained by "!".
 void addRender(CLI::App &zol);

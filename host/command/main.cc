@@ -33,12 +33,14 @@ void run(int argc, char **argv) {
              "  zol list\n"
              "  zol show blur\n"
              "  zol render blur -i photo.jpg -o soft.png --set Blurriness=0.05\n"
-             "  zol render mix -i a.mp4 -i b.mp4 -o dissolve.mp4\n\n"
+             "  zol render mix -i a.mp4 -i b.mp4 -o dissolve.mp4\n"
+             "  zol slowmo clip.mp4 -o slow.mp4 --factor 4\n\n"
              "`zol COMMAND --help` tells more.");
   zol::command::addList(app);
   zol::command::addShow(app);
   zol::command::addDeclare(app);
   zol::command::addRender(app);
+  zol::command::addSlowmo(app);
   zol::command::addIcons(app);
   const auto commands = app.get_subcommands([](const CLI::App *) { return true; });
   if (!words.empty() && !words.front().starts_with('-') &&
