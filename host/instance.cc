@@ -308,8 +308,12 @@ std::string Instance::valueText(int field) const {
   return text;
 }
 
+// Paths like whole numbers, and fillers look along whole rows and columns: an end or an edge exactly on one
+// is met twice or not at all. Off the grid by less than an alpha step, each is met once.
+constexpr double kOffGrid = 1.0 / 1024;
+
 GeometryShape::GeometryShape(const Geometry &geometry)
-    : pieces_(geometry.splitAtExtrema()), box_(geometry.box()) {}
+    : pieces_(geometry.translated(kOffGrid, kOffGrid).splitAtExtrema()), box_(geometry.box()) {}
 
 void GeometryShape::box(double out[4], double) const {
   out[0] = box_.left;
