@@ -63,6 +63,17 @@ TEST(SharedObject, NeedsTheCLibrariesAlone) {
   EXPECT_EQ(needs, Texts{});
 }
 
+// Of several weak definitions the linker keeps one, for every machine: none may be compiled for AVX2.
+TEST(SharedObject, KeepsWideInstructionsOutOfSharedFunctions) {
+  const Texts symbols =
+      output("find " ZOL_BUILD_DIR "/CMakeFiles/zol_avx2.dir -name '*.o' -exec nm -AP --defined-only {} +");
+  EXPECT_GT(symbols.size(), 0u);
+  for (const std::string &line : symbols) { // "object: name type value size"
+    const size_t type = line.find(' ', line.find(": ") + 2) + 1;
+    EXPECT_EQ(std::string("uVvWw").find(line[type]), std::string::npos) << line;
+  }
+}
+
 TEST(SharedObject, LoadsIntoAPlainCProgram) {
   EXPECT_EQ(output(ZOL_BUILD_DIR "/plain_host " + kLibrary), Texts{"Memory allocation error"});
 }
