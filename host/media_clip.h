@@ -16,7 +16,7 @@ namespace zol::host {
 /// The pictures of a file, all scaled to one size; what it hands out lives until release().
 class VideoClip : public Clip {
 public:
-  VideoClip(std::string file, VideoReaderOptions options) : reader_(std::move(file), std::move(options)) {}
+  VideoClip(const std::string &file, VideoReaderOptions options) : reader_(file, std::move(options)) {}
 
   pic *frame(double time, int width, int height) override;
   t_ZoAudio *audio(double, double) override { return nullptr; }
@@ -36,7 +36,7 @@ private:
 /// The sound of a file; silence behind its end.
 class AudioClip : public Clip {
 public:
-  AudioClip(std::string file, AudioReaderOptions options) : reader_(std::move(file), std::move(options)) {}
+  AudioClip(const std::string &file, AudioReaderOptions options) : reader_(file, std::move(options)) {}
 
   pic *frame(double, int, int) override { return nullptr; }
   t_ZoAudio *audio(double from, double to) override;

@@ -178,7 +178,7 @@ MediaInfo runProbe(const std::string &url, const std::string &shown, const std::
     throw MediaError("cannot read " + shown + ": too much in it");
   if (process.wait() != 0)
     throw MediaError("cannot read " + shown + ": " + reasonOf(process, url));
-  const MediaInfo info = infoFrom(Json::parse(answer, nullptr, false));
+  MediaInfo info = infoFrom(Json::parse(answer, nullptr, false));
   if (!info.hasVideo && !info.hasAudio)
     throw MediaError("cannot read " + shown + ": neither pictures nor sound in it");
   if (info.hasVideo && (info.width == 0 || info.height == 0))

@@ -15,8 +15,6 @@
 #include <unistd.h>
 #include <utility>
 
-extern char **environ;
-
 namespace zol::host {
 namespace {
 

@@ -13,8 +13,8 @@
 namespace zol::test {
 
 /// A picture of random pixels.
-inline std::unique_ptr<host::PictureBuffer> randomPicture(int width, int height, unsigned seed, int x = 0,
-                                                          int y = 0) {
+inline std::unique_ptr<host::PictureBuffer>
+randomPicture(int width, int height, std::mt19937::result_type seed, int x = 0, int y = 0) {
   auto picture = host::PictureBuffer::make(width, height);
   std::mt19937 random(seed);
   for (size_t i = 0; i < picture->pixels(); ++i) {
