@@ -1,4 +1,5 @@
 #include "host/geometry.h"
+#include "host/xml_depth.h"
 
 #include <algorithm>
 #include <cctype>
@@ -337,18 +338,6 @@ void makeMonotonic(Segment &piece, int axis) {
     piece.H1[axis] = 0;
 }
 
-void checkDepth(const std::string &xml) {
-  int depth = 0;
-  for (size_t i = 0; i + 1 < xml.size(); ++i) {
-    if (xml[i] == '<' && xml[i + 1] == '/')
-      --depth;
-    else if (xml[i] == '/' && xml[i + 1] == '>')
-      --depth;
-    else if (xml[i] == '<' && xml[i + 1] != '!' && xml[i + 1] != '?' && ++depth > kDeepest)
-      throw std::runtime_error("its elements are nested too deep");
-  }
-}
-
 const rapidxml::xml_node<> *firstPath(const rapidxml::xml_node<> *node) {
   for (; node != nullptr; node = node->next_sibling()) {
     const std::string_view name(node->name(), node->name_size());
@@ -378,7 +367,8 @@ std::string pathDataOf(const std::string &file) {
     refuse("the file is too large");
   std::string data;
   try {
-    checkDepth(xml);
+    if (nestsDeeperThan(kDeepest, xml))
+      throw std::runtime_error("its elements are nested too deep");
     rapidxml::xml_document<> document;
     document.parse<0>(xml.data());
     const rapidxml::xml_node<> *path = firstPath(document.first_node());
