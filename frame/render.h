@@ -105,6 +105,7 @@ public:
       : data_(count > std::numeric_limits<size_t>::max() / sizeof(T)
                   ? nullptr
                   : static_cast<T *>(std::malloc(count == 0 ? 1 : count * sizeof(T)))) {}
+  // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): takes the union within std::optional for a second owner
   ~Scratch() { std::free(data_); }
   Scratch(const Scratch &) = delete;
   Scratch &operator=(const Scratch &) = delete;
