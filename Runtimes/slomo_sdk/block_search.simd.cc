@@ -31,7 +31,7 @@ void squareSums(const Word *row, int words, uint16_t *__restrict out) {
 #endif
 
 /// Box sums of whole frame B, rolled from row to row; `values` makes a row's summands.
-template <class Values> void boxSums(const BlockSearch &s, uint16_t *plane, Values values) {
+template <void (*values)(const Word *, int, uint16_t *)> void boxSums(const BlockSearch &s, uint16_t *plane) {
   const int boxWidth = s.bw / 2, boxRows = s.bh / 2, width = s.words - boxWidth + 1;
   uint16_t *columns = s.rowMemory, *entering = columns + s.planeStep, *leaving = entering + s.planeStep;
   for (size_t x = 0; x < s.planeStep; ++x)
@@ -240,7 +240,7 @@ private:
       return;
     if (s_.squares == nullptr) {
       s_.squares = s_.squaresMemory;
-      boxSums(s_, s_.squares, squareSums);
+      boxSums<squareSums>(s_, s_.squares);
     }
     uint32_t squares = 0;
     for (int y = 0; y < s_.bh; ++y)
@@ -318,7 +318,7 @@ uint32_t rowError(const uint8_t *a, const uint8_t *b, unsigned words) {
   return error;
 }
 
-void prepareSearch(BlockSearch &search) { boxSums(search, search.sums, byteSums); }
+void prepareSearch(BlockSearch &search) { boxSums<byteSums>(search, search.sums); }
 
 bool searchBlock(BlockSearch &search, int bx, int by, unsigned worst, int *vec) {
   Search s(search, bx, by, worst);

@@ -14,8 +14,11 @@ namespace {
 slomo::Place *placesOf(unsigned char *stack) { return reinterpret_cast<slomo::Place *>(stack); }
 
 void fillRows(void *frame, unsigned words, unsigned rows, size_t stride, uint32_t word) {
-  for (size_t y = 0; y < rows; ++y)
-    std::fill_n(rowOf(frame, stride, y), words, word);
+  for (size_t y = 0; y < rows; ++y) {
+    slomo::Word *row = rowOf(frame, stride, y);
+    for (size_t x = 0; x < words; ++x)
+      row[x] = word;
+  }
 }
 
 } // namespace

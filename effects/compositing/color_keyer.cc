@@ -112,8 +112,8 @@ enum Text {
 // pixels nearest to the key colour.
 ZOL_TEXT_TABLE kTexts[] = {
     "COLOR KEYER  on",
-    "&c0000FF&bLinear color keyer.\n&c000000&n\tLays keyground image on the background with transparency, "
-    "defined by key-color.",
+    ("&c0000FF&bLinear color keyer.\n&c000000&n\tLays keyground image on the background with transparency, "
+     "defined by key-color."),
     "Non-Keyed area opacity",
     "Keyed area opacity",
     "Upper threshold",
