@@ -1,5 +1,6 @@
 #include "host/session.h"
 
+#include "host/media/interrupt.h"
 #include "host/resample.h"
 
 #include <algorithm>
@@ -352,7 +353,9 @@ struct ServiceTable {
 
   // ---- The running render ----
 
-  static int isAborted(t_ZoHostInfo *) { return enter(session(), Service::IsAborted) ? 1 : 0; }
+  static int isAborted(t_ZoHostInfo *) {
+    return enter(session(), Service::IsAborted) || interrupted() ? 1 : 0;
+  }
 };
 
 const t_ZoServices &services() {

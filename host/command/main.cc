@@ -2,8 +2,7 @@
 
 #include "host/command/commands.h"
 
-#include "host/error.h"
-#include "host/media/error.h"
+#include "host/media/interrupt.h"
 
 #include <algorithm>
 #include <csignal>
@@ -15,8 +14,13 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
+constexpr int kInterrupted = 130;
 
 int complain(const std::string &line, int status) {
+  if (zol::host::interrupted()) { // whatever failed, this is why
+    std::fputs("zol: interrupted\n", stderr);
+    return kInterrupted;
+  }
   std::fprintf(stderr, "zol: %s\n", line.c_str());
   return status;
 }
@@ -59,6 +63,7 @@ void run(int argc, char **argv) {
 
 int main(int argc, char **argv) {
   std::signal(SIGPIPE, SIG_IGN); // a reader that goes away is a failed write
+  zol::host::heedInterruptions();
   try {
     run(argc, argv);
     if (std::fflush(stdout) != 0)

@@ -3,6 +3,7 @@
 #include "host/command/commands.h"
 
 #include "host/error.h"
+#include "host/media/interrupt.h"
 #include "host/render.h"
 #include "host/text.h"
 
@@ -33,6 +34,11 @@ struct StageWords {
   std::vector<std::string> inputs, settings;
 };
 
+/// Ranges alone would let "nan" pass.
+std::string checkNumber(const std::string &text) {
+  return host::numberIn(text) ? std::string() : '"' + text + "\" is no number";
+}
+
 void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
   app.add_option("effect", stage.effect, "The effect, by its name or a unique ending of it")->required();
   app.add_option("-i", stage.inputs,
@@ -51,9 +57,11 @@ void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
   app.add_option("--size", words.size, "Picture size, by default the first input's, else 720x576")
       ->type_name("WxH");
   app.add_option("--rate", words.rate, "Frames a second, by default the first input's, else 25")
+      ->check(checkNumber)
       ->check(CLI::Range(0.001, 100000.0));
   app.add_option("--duration", words.duration,
                  "Seconds that the effect spans, by default the first input's length")
+      ->check(checkNumber)
       ->check(CLI::Range(1e-6, 1e7));
   app.add_option("--frames", words.frames, "Render these frames of the span only, counted from 0")
       ->type_name("A-B");
@@ -145,7 +153,10 @@ void execute(RenderWords &words) {
     return;
   }
   ProgressLine progress("done", words.quiet);
-  job.run([&](size_t done, size_t all) { progress.show(done, all); });
+  job.run([&](size_t done, size_t all) {
+    host::stopIfInterrupted();
+    progress.show(done, all);
+  });
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "host/media/process.h"
 
+#include "host/media/interrupt.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -7,6 +9,7 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <iterator>
 #include <poll.h>
 #include <pthread.h>
 #include <spawn.h>
@@ -56,7 +59,7 @@ ssize_t writeSome(int fd, const void *data, size_t size) {
   ssize_t n;
   do
     n = ::write(fd, data, size);
-  while (n < 0 && errno == EINTR);
+  while (n < 0 && errno == EINTR && !interrupted());
   return n;
 }
 
@@ -64,7 +67,7 @@ ssize_t readSome(int fd, void *data, size_t size) {
   ssize_t n;
   do
     n = ::read(fd, data, size);
-  while (n < 0 && errno == EINTR);
+  while (n < 0 && errno == EINTR && !interrupted());
   return n;
 }
 
@@ -243,15 +246,15 @@ void Process::feedChild(bool readable) {
 }
 
 /// Waits until one of the wanted streams can go on; what goes on the side is done on the way. False when
-/// `timeout` milliseconds (-1: none) passed without any event.
+/// `timeout` milliseconds (-1: none) passed without any event. Throws Interrupted.
 bool Process::pollOnce(int wanted, int timeout) {
-  pollfd polled[5];
+  pollfd polled[6];
   nfds_t count = 0;
   const auto add = [&](int fd, short events) {
     polled[count] = {fd, events, 0};
     return count++;
   };
-  constexpr nfds_t kNotPolled = 5;
+  constexpr nfds_t kNotPolled = std::size(polled);
   nfds_t errorsAt = kNotPolled, secondAt = kNotPolled, feedAt = kNotPolled, feedInputAt = kNotPolled;
   if (errors_)
     errorsAt = add(errors_.get(), POLLIN);
@@ -267,7 +270,9 @@ bool Process::pollOnce(int wanted, int timeout) {
     else
       feedAt = add(options_.feed, POLLIN);
   }
+  add(interruptionDescriptor(), POLLIN);
   const int ready = poll(polled, count, timeout);
+  stopIfInterrupted();
   if (ready < 0)
     return errno == EINTR || errno == EAGAIN ? true : (failWith("cannot wait for " + name_, errno), false);
   if (ready == 0)
@@ -366,8 +371,8 @@ int Process::wait() {
       if (waitpid(pid_, &status_, WNOHANG) == pid_)
         pid_ = -1;
     } else {
-      while (waitpid(pid_, &status_, 0) < 0 && errno == EINTR) {
-      }
+      while (waitpid(pid_, &status_, 0) < 0 && errno == EINTR)
+        stopIfInterrupted();
       pid_ = -1;
     }
   }
@@ -398,14 +403,12 @@ std::string Process::lastLine() const {
 int writeFully(int fd, const void *data, size_t size) {
   const auto *bytes = static_cast<const uint8_t *>(data);
   while (size > 0) {
+    awaitDescriptor(fd, POLLOUT);
     const ssize_t n = writeSome(fd, bytes, size);
     if (n > 0) {
       bytes += n;
       size -= static_cast<size_t>(n);
-    } else if (n < 0 && errno == EAGAIN) {
-      pollfd polled{fd, POLLOUT, 0};
-      poll(&polled, 1, -1);
-    } else {
+    } else if (n == 0 || errno != EAGAIN) {
       return n < 0 ? errno : EIO;
     }
   }

@@ -1,5 +1,7 @@
 #include "host/media/source.h"
 
+#include "host/media/interrupt.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
@@ -38,15 +40,12 @@ MediaInfo Source::look(const MediaPrograms &programs) {
   head_.resize(kHeadBytes);
   size_t filled = 0;
   while (filled < head_.size()) {
+    awaitDescriptor(fd_, POLLIN);
     const ssize_t n = ::read(fd_, head_.data() + filled, head_.size() - filled);
-    if (n > 0) {
+    if (n > 0)
       filled += static_cast<size_t>(n);
-    } else if (n < 0 && errno == EAGAIN) {
-      pollfd polled{fd_, POLLIN, 0};
-      poll(&polled, 1, -1);
-    } else if (n == 0 || errno != EINTR) {
+    else if (n == 0 || (errno != EINTR && errno != EAGAIN))
       break;
-    }
   }
   head_.resize(filled);
   if (head_.empty())

@@ -70,6 +70,12 @@ protected:
     ASSERT_EQ(shell("ffmpeg -v error -y " + words + " " + file).status, 0) << words;
   }
 
+  /// A fetched photograph, clip or sound; empty where it was not fetched.
+  static std::string media(const std::string &name) {
+    const std::string file = ZOL_SOURCE_DIR "/build/media/" + name;
+    return std::filesystem::exists(file) ? "'" + file + "'" : "";
+  }
+
   /// All frames of a file as raw pixels.
   std::string pixels(const std::string &file, const std::string &format = "bgra") {
     const Outcome outcome = shell("ffmpeg -v error -i " + file + " -f rawvideo -pix_fmt " + format + " -");

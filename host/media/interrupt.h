@@ -1,0 +1,32 @@
+// Requests to stop, as signals bring them.
+#ifndef ZOL_HOST_MEDIA_INTERRUPT_H
+#define ZOL_HOST_MEDIA_INTERRUPT_H
+
+#include <exception>
+
+namespace zol::host {
+
+/// Unwinds whatever goes on, so that no unfinished file and no child stays behind.
+struct Interrupted : std::exception {
+  [[nodiscard]] const char *what() const noexcept override { return "interrupted"; }
+};
+
+/// From now on SIGINT, SIGTERM and SIGHUP ask to stop instead of ending the process at once. One that is
+/// ignored stays so.
+void heedInterruptions();
+
+/// Whether such a signal has come.
+[[nodiscard]] bool interrupted();
+
+/// Throws Interrupted if so.
+void stopIfInterrupted();
+
+/// Waits until the descriptor is ready for the events of poll(); throws Interrupted when asked to stop.
+void awaitDescriptor(int fd, short events);
+
+/// A descriptor that becomes readable with the request and stays so; -1 where signals are not heeded.
+[[nodiscard]] int interruptionDescriptor();
+
+} // namespace zol::host
+
+#endif
