@@ -270,16 +270,16 @@ struct RenderJob::Parts {
 
   void runSound(const Progress &progress) {
     const auto sampleAt = [&](size_t frame) {
-      return static_cast<size_t>(
+      return static_cast<uint64_t>(
           std::floor(static_cast<double>(frame) / timeline.rate * timeline.sampleRate + 0.5));
     };
-    const size_t first = sampleAt(span.first);
-    const size_t end = plan.frames
-                           ? sampleAt(span.first + span.count)
-                           : static_cast<size_t>(std::floor(span.duration * timeline.sampleRate + 0.5));
-    for (size_t at = first; at < end; at += std::min(block, end - at)) {
-      const size_t stop = std::min(at + block, end);
-      const auto sample = [&](size_t index) { return static_cast<double>(index) / timeline.sampleRate; };
+    const uint64_t first = sampleAt(span.first);
+    const uint64_t end = plan.frames
+                             ? sampleAt(span.first + span.count)
+                             : static_cast<uint64_t>(std::floor(span.duration * timeline.sampleRate + 0.5));
+    for (uint64_t at = first; at < end; at += std::min<uint64_t>(block, end - at)) {
+      const uint64_t stop = std::min<uint64_t>(at + block, end);
+      const auto sample = [&](uint64_t index) { return static_cast<double>(index) / timeline.sampleRate; };
       const auto samples = stages.back()->audio(sample(at), sample(stop));
       writer->writeSamples(samples->record()->Samples, samples->record()->Frames);
       release();

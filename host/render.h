@@ -7,6 +7,7 @@
 #include "host/session.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -47,7 +48,7 @@ struct RenderPlan {
 };
 
 /// Told after each frame or block how much of all is done.
-using Progress = std::function<void(size_t done, size_t all)>;
+using Progress = std::function<void(uint64_t done, uint64_t all)>;
 
 class RenderJob {
 public:

@@ -49,7 +49,7 @@ ProgressLine::~ProgressLine() {
     std::fputs("\r\033[K", stderr);
 }
 
-void ProgressLine::show(size_t done, size_t all) {
+void ProgressLine::show(uint64_t done, uint64_t all) {
   using namespace std::chrono_literals;
   if (state_ == nullptr)
     return;
@@ -63,8 +63,9 @@ void ProgressLine::show(size_t done, size_t all) {
   const double left = rate > 0 ? static_cast<double>(all - done) / rate : 0;
   constexpr int kCells = 24;
   const int filled = all == 0 ? kCells : static_cast<int>(kCells * done / all);
-  std::fprintf(stderr, "\r[%.*s%*s] %zu/%zu %s, %.0f a second, %.0f s left \033[K", filled,
-               "########################", kCells - filled, "", done, all, state_->unit, rate, left);
+  std::fprintf(stderr, "\r[%.*s%*s] %llu/%llu %s, %.0f a second, %.0f s left \033[K", filled,
+               "########################", kCells - filled, "", static_cast<unsigned long long>(done),
+               static_cast<unsigned long long>(all), state_->unit, rate, left);
 }
 
 } // namespace zol::command

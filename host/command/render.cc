@@ -153,7 +153,7 @@ void execute(RenderWords &words) {
     return;
   }
   ProgressLine progress("done", words.quiet);
-  job.run([&](size_t done, size_t all) {
+  job.run([&](uint64_t done, uint64_t all) {
     host::stopIfInterrupted();
     progress.show(done, all);
   });

@@ -36,7 +36,7 @@ void addSlowmo(CLI::App &zol) {
   app->footer("Example:\n  zol slowmo clip.mp4 -o slow.mp4 --factor 4 --method vector");
   app->callback([=] {
     ProgressLine progress("frames", *quiet);
-    host::slowMotion(*plan, [&](size_t done, size_t all) { progress.show(done, all); });
+    host::slowMotion(*plan, [&](uint64_t done, uint64_t all) { progress.show(done, all); });
   });
 }
 
