@@ -64,6 +64,17 @@ inline t_ZoAudio *createSound(t_ZoHostInfo *host) {
                                      host->AudioFormat[1]);
 }
 
+/// The frame of an input that the effect cannot do without. Null after `message` where none is assigned, and
+/// silently where its frame cannot be had.
+inline pic *requiredFrame(t_ZoHostInfo *host, int field, const char *message) {
+  void *assigned = input(host, field);
+  if (assigned == nullptr) {
+    showMessage(host, message);
+    return nullptr;
+  }
+  return frameOf(host, assigned);
+}
+
 /// Assigns the clip that the effect is applied to, as init callbacks do.
 inline void setDefaultInput(t_ZoHostInfo *host, int field) {
   host->Services->InputSet(host, field, 0, host->Services->ClipGetDefault(host));

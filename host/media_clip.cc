@@ -27,6 +27,11 @@ pic *VideoClip::frame(double time, int, int) {
   return &held_.back().record;
 }
 
+bool VideoClip::endsBefore(double time) const {
+  const auto count = reader_.frameCount();
+  return count && time * reader_.rate() + kTolerance >= static_cast<double>(*count);
+}
+
 t_ZoAudio *AudioClip::audio(double from, double to) {
   const double rate = reader_.sampleRate();
   auto block =

@@ -22,6 +22,8 @@ public:
   t_ZoAudio *audio(double, double) override { return nullptr; }
 
   [[nodiscard]] const VideoReader &reader() const { return reader_; }
+  /// Whether the end has been met and lies before a time.
+  [[nodiscard]] bool endsBefore(double time) const;
   void release() { held_.clear(); }
 
 private:

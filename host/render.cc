@@ -19,13 +19,16 @@ constexpr double kMostFrames = 1e9;
 struct InputFile {
   std::string file;
   MediaInfo info;
-  bool raw = false; // standard input without a header
+  bool raw = false;                 // standard input without a header
+  std::shared_ptr<VideoClip> video; // standard input that tells its own format: it cannot be looked at twice
+  std::shared_ptr<AudioClip> audio;
 };
 
 /// How long the effects span, and which frames of that are rendered.
 struct Span {
   double duration;
   size_t first, count;
+  bool openEnd = false; // up to the end of standard input, wherever that is
 };
 
 size_t framesIn(double duration, double rate) {
@@ -118,19 +121,30 @@ struct RenderJob::Parts {
       });
   }
 
+  /// Standard input is raw where the words that raw needs are given, else what ffmpeg can tell of it.
   InputFile look(const std::string &file) const {
-    InputFile source{file, {}, false};
+    InputFile source{file, {}, false, nullptr, nullptr};
     if (file != "-") {
       source.info = probe(file, plan.programs);
     } else if (sound ? plan.sampleRate && plan.channels : plan.size.has_value()) {
       source.raw = true;
+      return source;
+    } else if (sound) {
+      source.audio = std::make_shared<AudioClip>(file, AudioReaderOptions{.programs = plan.programs});
+      source.info = source.audio->reader().info();
     } else {
-      throw HostError(sound ? "standard input needs --audio-rate and --channels"
-                            : "standard input needs --size");
+      source.video = std::make_shared<VideoClip>(file, VideoReaderOptions{.programs = plan.programs});
+      source.info = source.video->reader().info();
     }
-    if (file != "-" && !(sound ? source.info.hasAudio : source.info.hasVideo))
+    if (!(sound ? source.info.hasAudio : source.info.hasVideo))
       throw HostError("\"" + file + "\" holds no " + (sound ? "sound" : "pictures"));
     return source;
+  }
+
+  /// What comes through a pipe is rendered to its end, unless the words say how long.
+  bool endIsUnknown(double duration) const {
+    return !sources.empty() && sources.front().file == "-" && !sources.front().info.still && duration <= 0 &&
+           !plan.duration && !plan.frames && !MediaWriter::isStill(plan.output);
   }
 
   void planPictures() {
@@ -158,6 +172,7 @@ struct RenderJob::Parts {
                       std::to_string(timeline.height) + " cannot be made; sides go from 1 to 32767");
     timeline.rate = plan.rate.value_or(timeline.rate);
     span = spanOf(plan, timeline.rate, duration, MediaWriter::isStill(plan.output));
+    span.openEnd = endIsUnknown(duration);
     timeline.duration = span.duration;
   }
 
@@ -172,6 +187,7 @@ struct RenderJob::Parts {
     timeline.channels = plan.channels.value_or(timeline.channels);
     timeline.rate = plan.rate.value_or(timeline.rate);
     span = spanOf(plan, timeline.rate, duration, false);
+    span.openEnd = endIsUnknown(duration);
     timeline.duration = span.duration;
     block =
         plan.block.value_or(std::max<size_t>(1, static_cast<size_t>(timeline.sampleRate / timeline.rate)));
@@ -180,6 +196,8 @@ struct RenderJob::Parts {
   }
 
   Clip *open(const InputFile &source) {
+    if (source.audio != nullptr || source.video != nullptr)
+      return openPiped(source);
     if (sound) {
       AudioReaderOptions options;
       options.sampleRate = static_cast<int>(timeline.sampleRate);
@@ -188,7 +206,7 @@ struct RenderJob::Parts {
       options.rawRate = options.sampleRate;
       options.rawChannels = options.channels;
       options.programs = plan.programs;
-      audioClips.push_back(std::make_unique<AudioClip>(source.file, options));
+      audioClips.push_back(std::make_shared<AudioClip>(source.file, options));
       return audioClips.back().get();
     }
     VideoReaderOptions options;
@@ -199,8 +217,24 @@ struct RenderJob::Parts {
     options.rawHeight = timeline.height;
     options.rawRate = timeline.rate;
     options.programs = plan.programs;
-    videoClips.push_back(std::make_unique<VideoClip>(source.file, options));
+    videoClips.push_back(std::make_shared<VideoClip>(source.file, options));
     return videoClips.back().get();
+  }
+
+  Clip *openPiped(const InputFile &source) {
+    if (sound) {
+      const AudioReader &reader = source.audio->reader();
+      if (reader.sampleRate() != static_cast<int>(timeline.sampleRate) ||
+          reader.channels() != static_cast<int>(timeline.channels))
+        throw HostError("standard input has another rate or other channels than the render");
+      audioClips.push_back(source.audio);
+      return source.audio.get();
+    }
+    if (source.video->reader().width() != timeline.width ||
+        source.video->reader().height() != timeline.height)
+      throw HostError("standard input has another picture size than the render");
+    videoClips.push_back(source.video);
+    return source.video.get();
   }
 
   void buildStages() {
@@ -239,8 +273,9 @@ struct RenderJob::Parts {
       options.height = timeline.height;
       options.rate = timeline.rate;
       options.alpha = plan.keepAlpha;
-      const auto withSound = std::find_if(sources.begin(), sources.end(),
-                                          [](const InputFile &source) { return source.info.hasAudio; });
+      const auto withSound = std::find_if(sources.begin(), sources.end(), [](const InputFile &source) {
+        return source.info.hasAudio && source.file != "-";
+      });
       if (withSound != sources.end()) {
         options.soundFile = withSound->file;
         options.soundStart = static_cast<double>(span.first) / timeline.rate;
@@ -260,11 +295,14 @@ struct RenderJob::Parts {
   }
 
   void runPictures(const Progress &progress) {
-    for (size_t i = 0; i < span.count; ++i) {
-      const auto picture = stages.back()->video(static_cast<double>(span.first + i) / timeline.rate);
+    for (size_t i = 0; span.openEnd || i < span.count; ++i) {
+      const double time = static_cast<double>(span.first + i) / timeline.rate;
+      const auto picture = stages.back()->video(time);
+      if (span.openEnd && videoClips.front()->endsBefore(time))
+        break;
       writer->writeFrame(picture->record()->Pixels);
       release();
-      progress(i + 1, span.count);
+      progress(i + 1, std::max(i + 1, span.openEnd ? 0 : span.count));
     }
   }
 
@@ -277,13 +315,20 @@ struct RenderJob::Parts {
     const uint64_t end = plan.frames
                              ? sampleAt(span.first + span.count)
                              : static_cast<uint64_t>(std::floor(span.duration * timeline.sampleRate + 0.5));
-    for (uint64_t at = first; at < end; at += std::min<uint64_t>(block, end - at)) {
-      const uint64_t stop = std::min<uint64_t>(at + block, end);
+    for (uint64_t at = first; span.openEnd || at < end; at += block) {
+      const uint64_t stop = span.openEnd ? at + block : std::min<uint64_t>(at + block, end);
       const auto sample = [&](uint64_t index) { return static_cast<double>(index) / timeline.sampleRate; };
       const auto samples = stages.back()->audio(sample(at), sample(stop));
-      writer->writeSamples(samples->record()->Samples, samples->record()->Frames);
+      size_t frames = samples->record()->Frames;
+      const auto inPipe = span.openEnd ? audioClips.front()->reader().frameCount() : std::nullopt;
+      if (inPipe)
+        frames = static_cast<size_t>(std::min<uint64_t>(frames, *inPipe - std::min(*inPipe, at)));
+      if (frames > 0)
+        writer->writeSamples(samples->record()->Samples, frames);
       release();
-      progress(stop - first, end - first);
+      progress(stop - first, span.openEnd ? stop - first : end - first);
+      if (inPipe && *inPipe <= stop)
+        break;
     }
   }
 
@@ -302,8 +347,8 @@ struct RenderJob::Parts {
   Timeline timeline;
   Span span{};
   size_t block = 0;
-  std::vector<std::unique_ptr<VideoClip>> videoClips;
-  std::vector<std::unique_ptr<AudioClip>> audioClips;
+  std::vector<std::shared_ptr<VideoClip>> videoClips;
+  std::vector<std::shared_ptr<AudioClip>> audioClips;
   std::vector<std::unique_ptr<StageClip>> stageClips;
   std::vector<std::unique_ptr<Stage>> stages;
   std::unique_ptr<MediaWriter> writer;

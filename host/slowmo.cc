@@ -43,8 +43,7 @@ private:
   static pic *fetch(t_ZoHostInfo *info, void *media, double time) {
     auto &self = *static_cast<ClipEngine *>(media);
     try {
-      const auto count = self.clip_.reader().frameCount();
-      if (count && time * self.engine_.m_dOldFPS + 1e-6 >= static_cast<double>(*count))
+      if (self.clip_.endsBefore(time))
         return nullptr; // behind the clip's end there is no frame to move towards
       return self.clip_.frame(time, info->Width, info->Height);
     } catch (...) {

@@ -25,12 +25,7 @@ int init(t_ZoHostInfo *host) {
 }
 
 pic *render(t_ZoHostInfo *host) {
-  void *input = zol::input(host, kInput);
-  if (input == nullptr) {
-    zol::showMessage(host, "Input not assigned");
-    return nullptr;
-  }
-  pic *frame = zol::frameOf(host, input);
+  pic *frame = zol::requiredFrame(host, kInput, "Input not assigned");
   if (frame == nullptr)
     return nullptr;
   const double blurriness = zol::paramDouble(host, kBlurriness);

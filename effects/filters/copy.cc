@@ -23,12 +23,7 @@ int init(t_ZoHostInfo *host) {
 }
 
 pic *render(t_ZoHostInfo *host) {
-  void *input = zol::input(host, kInput);
-  if (input == nullptr) {
-    zol::showMessage(host, "Input not assigned");
-    return nullptr;
-  }
-  pic *frame = zol::frameOf(host, input);
+  pic *frame = zol::requiredFrame(host, kInput, "Input not assigned");
   return frame != nullptr ? host->Services->PicDuplicate(frame) : nullptr;
 }
 

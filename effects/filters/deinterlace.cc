@@ -46,12 +46,7 @@ void deinterlaceWithParameters(t_ZoHostInfo *host, void *dst, void *src, int wid
 }
 
 pic *render(t_ZoHostInfo *host) {
-  void *input = zol::input(host, paramINPUT);
-  if (input == nullptr) {
-    zol::showMessage(host, "No input");
-    return nullptr;
-  }
-  const pic *frame = zol::frameOf(host, input);
+  const pic *frame = zol::requiredFrame(host, paramINPUT, "No input");
   if (frame == nullptr)
     return nullptr;
   pic *out = host->Services->PicCreate(frame->Width, frame->Height);

@@ -30,12 +30,7 @@ int init(t_ZoHostInfo *host) {
 }
 
 pic *render(t_ZoHostInfo *host) {
-  void *input = zol::input(host, inputField);
-  if (input == nullptr) {
-    zol::showMessage(host, "No input");
-    return nullptr;
-  }
-  const pic *frame = zol::frameOf(host, input);
+  const pic *frame = zol::requiredFrame(host, inputField, "No input");
   if (frame == nullptr)
     return nullptr;
   pic *out = host->Services->PicCreate(frame->Width, frame->Height);

@@ -57,6 +57,21 @@ TEST_F(Zol, ReadsRawFramesFromAPipe) {
   EXPECT_EQ(piped.out, "4800\n") << piped.err;
 }
 
+TEST_F(Zol, RendersAPipeToItsEnd) {
+  make("clip.mkv", "-f lavfi -i testsrc2=s=32x24:r=10:d=0.7 -c:v ffv1 -pix_fmt bgra");
+  const std::string told =
+      "ffmpeg -v error -i clip.mkv -f nut -c:v rawvideo - | " ZOL_BUILD_DIR "/zol render copy -i -";
+  EXPECT_EQ(shell(told + " -o told.nut").err, "");
+  EXPECT_EQ(pixels("told.nut"), pixels("clip.mkv"));
+  EXPECT_EQ(
+      shell("head -c 2000 /dev/zero | " ZOL_BUILD_DIR "/zol render copy -i - --size 10x10 -o - | wc -c").out,
+      "2000\n");
+  EXPECT_EQ(shell("head -c 80000 /dev/zero | " ZOL_BUILD_DIR
+                  "/zol render 'simple audio switcher' -i - --audio-rate 8000 --channels 2 -o - | wc -c")
+                .out,
+            "80000\n");
+}
+
 TEST_F(Zol, PlacesASmallerPictureWithinTheFrame) {
   render("'solid color' --size 8x4 --set Geo='M2 1 H5 V3 H2 Z' --set Color=#102030 --set Alpha=1 -o box.png");
   const std::string image = pixels("box.png");
