@@ -282,5 +282,25 @@ TEST_F(Looking, AGeometryIsFilledWhereItsPathGoes) {
   fails("render 'fill geometry' -i back.png -o none.png", "Geometry not assigned");
 }
 
+// Coordinates without a cubic term, curves that turn between their ends, ends on whole pixels: the area that
+// is covered is the shape's own.
+TEST_F(Looking, CurvesThatTurnAreFilledWhole) {
+  const double pi = std::acos(-1.0);
+  const std::pair<const char *, double> shapes[] = {
+      {"M60 160 Q160 -80 260 160 Z", 2.0 / 3 * 200 * 120},
+      {"M100 90 A60 60 0 1 0 220 90 A60 60 0 1 0 100 90 Z", pi * 3600},
+      {"M117.574 47.574 A60 60 0 0 1 202.426 132.426 A60 60 0 0 1 117.574 47.574 Z", pi * 3600},
+      {"M60 40 H260 V140 H60 Z", 200 * 100},
+  };
+  for (const auto &[path, area] : shapes) {
+    const Frames image =
+        rendered(std::string("'fill geometry' --size 320x180 --set 'Geometry=") + path + "'", "out.png");
+    double covered = 0;
+    for (size_t i = 3; i < image.size(); i += 4)
+      covered += static_cast<uint8_t>(image[i]) / 255.0;
+    EXPECT_NEAR(covered / area, 1, 0.005) << path;
+  }
+}
+
 } // namespace
 } // namespace zol::test
