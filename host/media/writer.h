@@ -25,7 +25,7 @@ struct WriterOptions {
   double soundDuration = 0; ///< ... and at most so long; 0: to its end.
   bool overwrite = false;   ///< Whether an existing file may be replaced.
   bool alpha = true;        ///< Whether to keep alpha where the format has it.
-  std::string filter; ///< ffmpeg filters to run over the pictures; empty: none.
+  std::string filter;       ///< ffmpeg filters to run over the pictures; empty: none.
   MediaPrograms programs;
 };
 
