@@ -275,7 +275,7 @@ TEST_F(Listening, SaysInOneLineWhatIsMissing) {
   fails(switcher + "-i tone.wav --set Master=1.5", "from 0 to 1");
   fails(switcher + "-i tone.wav -i absent.flac", "absent.flac");
   fails(switcher + "-i mute.mp4", "holds no sound");
-  fails(switcher + "-i -", "needs --audio-rate and --channels");
+  fails(switcher + "-i -", "nothing came");
   fails(sine + "--set Frequency=99", "from 100 to 20000");
   fails(sine + "--set Frequency=nan", "from 100 to 20000");
   fails(sine + "--set Volume=-1", "at least 0");

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <set>
 
 namespace zol::test {
 namespace {
@@ -164,6 +165,32 @@ TEST_F(Zol, DryRunPrintsCommandsThatCanBePasted) {
 TEST_F(Zol, DrawsTheIconSheet) {
   EXPECT_EQ(zol("icons -o icons.png").status, 0);
   EXPECT_GT(pixels("icons.png").size(), 1000U * 100 * 4);
+}
+
+TEST_F(Zol, SlowsAClipDown) {
+  make("clip.mkv", "-f lavfi -i smptebars=s=96x64:r=10:d=0.5,scroll=h=0.0834 -c:v ffv1 -pix_fmt bgra");
+  constexpr size_t kFrame = size_t{96} * 64 * 4;
+  const std::string source = pixels("clip.mkv");
+  std::set<std::string> between;
+  for (const char *words :
+       {"mix", "vector", "object", "mix --interlaced top", "vector --interlaced bottom"}) {
+    const Outcome outcome = zol(std::string("slowmo clip.mkv -y -o slow.mkv --factor 2 --method ") + words);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    const std::string slow = pixels("slow.mkv");
+    ASSERT_EQ(slow.size(), 10 * kFrame) << words;
+    for (size_t frame = 0; frame < 5; ++frame) // every other frame is the clip's own
+      EXPECT_EQ(slow.compare(2 * frame * kFrame, kFrame, source, frame * kFrame, kFrame), 0)
+          << words << frame;
+    if (std::string_view(words) != "object") // which follows nothing here, and then mixes
+      between.insert(slow.substr(kFrame, kFrame));
+  }
+  EXPECT_EQ(between.size(), 4U);
+  EXPECT_EQ(between.count(source.substr(0, kFrame)), 0U);
+  make("still.png", "-f lavfi -i testsrc2=s=32x16 -frames:v 1");
+  fails("slowmo still.png -o out.mkv", "no moving pictures");
+  fails("slowmo clip.mkv -o slow.mkv", "slow.mkv");
+  fails("slowmo clip.mkv -o out.mkv --factor 0.5", "--factor", 2);
+  fails("slowmo clip.mkv -o out.mkv --method magic", "--method", 2);
 }
 
 TEST_F(Zol, KeepsTheSoundOfTheFirstInput) {
