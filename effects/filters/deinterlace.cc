@@ -3,9 +3,9 @@
 // threshold, the less is taken for combing, and the higher the edge detection, the fewer real edges.
 
 #include "effects/filters/deinterlace.xpm"
+#include "effects/filters/deinterlacing.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
 #include "kernels/deinterlace.h"
 
 // Ids of the fields.
@@ -37,35 +37,20 @@ int init(t_ZoHostInfo *host) {
   return 1;
 }
 
-void deinterlaceWithParameters(t_ZoHostInfo *host, void *dst, void *src, int width, int height) {
-  const int threshold = zol::paramInt(host, paramTHRESHOLD);
-  const int edge = zol::paramInt(host, paramEDGEDETECT);
-  const bool blend = zol::paramInt(host, paramBLEND) != 0;
-  deinterlace(static_cast<unsigned *>(dst), static_cast<unsigned *>(src), width, height, threshold, edge,
-              blend);
+auto kernelOf(t_ZoHostInfo *host) {
+  return [host](_color_t *dst, _color_t *src, int width, int height) {
+    const int threshold = zol::paramInt(host, paramTHRESHOLD);
+    const int edge = zol::paramInt(host, paramEDGEDETECT);
+    const bool blend = zol::paramInt(host, paramBLEND) != 0;
+    void *to = dst, *from = src;
+    deinterlace(static_cast<unsigned *>(to), static_cast<unsigned *>(from), width, height, threshold, edge,
+                blend);
+  };
 }
 
-pic *render(t_ZoHostInfo *host) {
-  const pic *frame = zol::requiredFrame(host, paramINPUT, "No input");
-  if (frame == nullptr)
-    return nullptr;
-  pic *out = host->Services->PicCreate(frame->Width, frame->Height);
-  if (out == nullptr) {
-    zol::showMessage(host, "No memory");
-    return nullptr;
-  }
-  deinterlaceWithParameters(host, out->Pixels, frame->Pixels, frame->Width, frame->Height);
-  return out;
-}
+pic *render(t_ZoHostInfo *host) { return zol::deinterlacedFrame(host, paramINPUT, kernelOf(host)); }
 
-int renderRT(t_ZoHostInfo *host) {
-  if (host->BitsPerPixel != 32) {
-    zol::showMessage(host, "Unsupported pixel size");
-    return 0;
-  }
-  deinterlaceWithParameters(host, host->OutputBuffer, host->InputBuffers[0], host->Width, host->Height);
-  return 1;
-}
+int renderRT(t_ZoHostInfo *host) { return zol::deinterlacedBuffer(host, kernelOf(host)); }
 
 } // namespace
 

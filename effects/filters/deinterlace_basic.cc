@@ -1,9 +1,9 @@
 // Deinterlace Basic: keeps one of the two fields and has the host stretch it to the full height.
 
 #include "effects/filters/deinterlace_basic.xpm"
+#include "effects/filters/deinterlacing.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
 #include "kernels/deinterlace.h"
 
 namespace {
@@ -29,30 +29,16 @@ int init(t_ZoHostInfo *host) {
   return 1;
 }
 
-pic *render(t_ZoHostInfo *host) {
-  const pic *frame = zol::requiredFrame(host, inputField, "No input");
-  if (frame == nullptr)
-    return nullptr;
-  pic *out = host->Services->PicCreate(frame->Width, frame->Height);
-  if (out == nullptr) {
-    zol::showMessage(host, "No memory");
-    return nullptr;
-  }
-  const int method = zol::paramInt(host, methodField);
-  mydeinterlace(host, out->Pixels, frame->Pixels, frame->Width, frame->Height, method);
-  return out;
+auto kernelOf(t_ZoHostInfo *host) {
+  return [host](_color_t *dst, _color_t *src, int width, int height) {
+    const int method = zol::paramInt(host, methodField);
+    mydeinterlace(host, dst, src, width, height, method);
+  };
 }
 
-int renderRT(t_ZoHostInfo *host) {
-  if (host->BitsPerPixel != 32) {
-    zol::showMessage(host, "Unsupported pixel size");
-    return 0;
-  }
-  const int method = zol::paramInt(host, methodField);
-  mydeinterlace(host, static_cast<_color_t *>(host->OutputBuffer),
-                static_cast<_color_t *>(host->InputBuffers[0]), host->Width, host->Height, method);
-  return 1;
-}
+pic *render(t_ZoHostInfo *host) { return zol::deinterlacedFrame(host, inputField, kernelOf(host)); }
+
+int renderRT(t_ZoHostInfo *host) { return zol::deinterlacedBuffer(host, kernelOf(host)); }
 
 } // namespace
 
