@@ -2,10 +2,10 @@
 // each level, and the mixer beside the bare calls of the host that it has to make.
 
 #include "frame/effects.h"
-#include "kernels/crossfade.h"
-#include "kernels/routing.h"
-#include "kernels/sine.h"
-#include "tests/plain/audio.h"
+#include "kernels/sound/crossfade.h"
+#include "kernels/sound/routing.h"
+#include "kernels/sound/sine.h"
+#include "plain/audio.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,11 +1,11 @@
 // The blur and the erosion of alpha over a 1920 x 1080 picture: the plain form of the blur, and the library
 // at each level.
 
-#include "host/session.h"
-#include "kernels/alpha_shrink.h"
-#include "kernels/blur.h"
-#include "kernels/simd.h"
-#include "tests/plain/blur.h"
+#include "host/services/session.h"
+#include "kernels/exports/alpha_shrink.h"
+#include "kernels/exports/blur.h"
+#include "kernels/simd/levels.h"
+#include "plain/blur.h"
 #include "tests/support/test_clip.h"
 
 #include <benchmark/benchmark.h>

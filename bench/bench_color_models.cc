@@ -1,7 +1,7 @@
 // The colour models, one call a pixel, over as many random pixels as a 1920 x 1080 frame has.
 
-#include "kernels/color_models.h"
-#include "tests/plain/color_models.h"
+#include "kernels/color/color_models.h"
+#include "plain/color_models.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,9 +1,9 @@
 // Deinterlacing of 1920 x 1080 frames: random pixels, of which half are combed, and the strongest edge
 // detection beside the default one.
 
-#include "kernels/deinterlace.h"
-#include "kernels/simd.h"
-#include "tests/plain/deinterlace.h"
+#include "kernels/exports/deinterlace.h"
+#include "kernels/simd/levels.h"
+#include "plain/deinterlace.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,13 +1,13 @@
 // The blue screen and the colour keyer over a 1920 x 1080 background: the plain forms, and the library at
 // each level.
 
-#include "host/session.h"
-#include "kernels/bluescreen.h"
-#include "kernels/color_keyer.h"
-#include "kernels/simd.h"
-#include "tests/plain/bluescreen.h"
-#include "tests/plain/blur.h"
-#include "tests/plain/color_keyer.h"
+#include "host/services/session.h"
+#include "kernels/exports/bluescreen.h"
+#include "kernels/keying/color_keyer.h"
+#include "kernels/simd/levels.h"
+#include "plain/bluescreen.h"
+#include "plain/blur.h"
+#include "plain/color_keyer.h"
 #include "tests/support/test_clip.h"
 
 #include <benchmark/benchmark.h>

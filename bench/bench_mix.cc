@@ -1,8 +1,8 @@
 // The dissolve and its pixel-by-pixel intersection on 1920 x 1080 frames.
 
-#include "kernels/mix.h"
-#include "kernels/simd.h"
-#include "tests/plain/mix.h"
+#include "kernels/exports/mix.h"
+#include "kernels/simd/levels.h"
+#include "plain/mix.h"
 
 #include <benchmark/benchmark.h>
 

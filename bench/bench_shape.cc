@@ -1,8 +1,8 @@
 // Filling shapes into a frame of 1920 x 1080, the plain form against the library at each level; lengths.
 
-#include "kernels/shape.h"
-#include "kernels/simd.h"
-#include "tests/plain/shape.h"
+#include "kernels/exports/shape.h"
+#include "kernels/simd/levels.h"
+#include "plain/shape.h"
 #include "tests/support/outline.h"
 
 #include <benchmark/benchmark.h>

@@ -1,8 +1,8 @@
 // Milliseconds per in-between frame: the plain form and the library at each level on the same scenes.
 // The plain searches take seconds to minutes a frame; they run once, and only where --plain is given.
 
-#include "kernels/simd.h"
-#include "tests/slomo/clip.h"
+#include "kernels/simd/levels.h"
+#include "tests/Runtimes/slomo_sdk/clip.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,6 +1,5 @@
 // Conversions that hosts can drive out of range; none of them is undefined.
-#ifndef ZOL_FRAME_CONVERT_H
-#define ZOL_FRAME_CONVERT_H
+#pragma once
 
 #include <cstdint>
 
@@ -13,5 +12,3 @@ inline int truncate(double value) {
 }
 
 } // namespace zol
-
-#endif

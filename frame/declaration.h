@@ -1,6 +1,5 @@
 // What an effect's declare function says to the host, statement by statement.
-#ifndef ZOL_FRAME_DECLARATION_H
-#define ZOL_FRAME_DECLARATION_H
+#pragma once
 
 #include "frame/export.h"
 #include "frame/zol.h"
@@ -74,5 +73,3 @@ private:
 };
 
 } // namespace zol
-
-#endif

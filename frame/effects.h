@@ -1,7 +1,6 @@
 // The declare function of every effect: each answers 1 when the effect was declared and 0 when the host
 // is not one for which it exists.
-#ifndef ZOL_FRAME_EFFECTS_H
-#define ZOL_FRAME_EFFECTS_H
+#pragma once
 
 #include "frame/export.h"
 #include "frame/zol.h"
@@ -12,5 +11,3 @@
 
 /// Kept for hosts that look it up; declares nothing and answers 0.
 ZOL_EXPORT int ProcessStarGen2Declare();
-
-#endif

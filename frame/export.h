@@ -1,5 +1,4 @@
-#ifndef ZOL_FRAME_EXPORT_H
-#define ZOL_FRAME_EXPORT_H
+#pragma once
 
 /// Marks a function or object that hosts may look up under its plain name. Everything else is hidden;
 /// `frame/exports.map` holds the same list for the linker.
@@ -7,5 +6,3 @@
 
 /// Marks an effect's table of texts: nothing in the library reads it, and it stays in the object.
 #define ZOL_TEXT_TABLE [[gnu::used]] static const char *const
-
-#endif

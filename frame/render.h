@@ -1,7 +1,6 @@
 // What every render callback needs: parameters, inputs, pictures and their ownership, sound, the loop over
 // rows. The helpers make the host calls that they name, each exactly once and in the order given.
-#ifndef ZOL_FRAME_RENDER_H
-#define ZOL_FRAME_RENDER_H
+#pragma once
 
 #include "frame/texts.h"
 #include "frame/zol.h"
@@ -130,5 +129,3 @@ private:
 };
 
 } // namespace zol
-
-#endif

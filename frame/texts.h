@@ -1,6 +1,5 @@
 // Texts that more than one effect shows to the user.
-#ifndef ZOL_FRAME_TEXTS_H
-#define ZOL_FRAME_TEXTS_H
+#pragma once
 
 #include "frame/zol.h"
 
@@ -12,5 +11,3 @@ inline constexpr char kMemoryAllocationError[] = "Memory allocation error";
 enum CommonText { kTextOk, kTextCancel, kTextBackground, kTextMemory, kTextGeometry, kTextSeeCurve };
 
 } // namespace zol
-
-#endif

@@ -3,8 +3,8 @@
 #include "Runtimes/slomo_sdk/SlowMotion.h"
 
 #include "Runtimes/slomo_sdk/assertion.h"
-#include "Runtimes/slomo_sdk/blend.h"
 #include "Runtimes/slomo_sdk/engine.h"
+#include "kernels/motion/blend.h"
 
 #include <cstdint>
 #include <cstring>

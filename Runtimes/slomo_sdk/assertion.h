@@ -1,6 +1,5 @@
 // Assertions that stay in release builds: they name the engine's source, not this file's own lines.
-#ifndef ZOL_SLOMO_ASSERTION_H
-#define ZOL_SLOMO_ASSERTION_H
+#pragma once
 
 #include <cstdio>
 #include <cstdlib>
@@ -17,5 +16,3 @@ namespace zol::slomo {
 
 #define ZOL_SLOMO_ASSERT(condition, expression, line)                                                        \
   ((condition) ? static_cast<void>(0) : ::zol::slomo::failAssertion(expression, line, __PRETTY_FUNCTION__))
-
-#endif

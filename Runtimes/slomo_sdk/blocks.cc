@@ -2,8 +2,8 @@
 // it stands in between.
 
 #include "Runtimes/slomo_sdk/assertion.h"
-#include "Runtimes/slomo_sdk/block_search.h"
 #include "Runtimes/slomo_sdk/engine.h"
+#include "kernels/motion/block_search.h"
 
 #include <cstdint>
 

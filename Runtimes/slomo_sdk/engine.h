@@ -1,6 +1,5 @@
 // What the engine's own sources share beyond its public header.
-#ifndef ZOL_SLOMO_ENGINE_H
-#define ZOL_SLOMO_ENGINE_H
+#pragma once
 
 #include "Runtimes/slomo_sdk/SlowMotion.h"
 #include "Runtimes/slomo_sdk/words.h"
@@ -13,5 +12,3 @@ struct CSlowMotion::SField {
   const unsigned char *a, *b;
   unsigned char *dst;
 };
-
-#endif

@@ -6,10 +6,10 @@
 // the mixed frame needs only the moves. Where a mixed word happens to equal the mark, the scan that looks at
 // every word is made instead, as it is when no memory can be had for the search.
 
-#include "Runtimes/slomo_sdk/blend.h"
-#include "Runtimes/slomo_sdk/components.h"
 #include "Runtimes/slomo_sdk/engine.h"
-#include "Runtimes/slomo_sdk/object_finder.h"
+#include "kernels/motion/blend.h"
+#include "kernels/motion/components.h"
+#include "kernels/motion/object_finder.h"
 
 #include <algorithm>
 #include <optional>

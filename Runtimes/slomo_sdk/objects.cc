@@ -1,7 +1,7 @@
 // The building blocks of object motion: fills over words of one key, and what is done with their masks.
 
-#include "Runtimes/slomo_sdk/blend.h"
 #include "Runtimes/slomo_sdk/engine.h"
+#include "kernels/motion/blend.h"
 
 #include <algorithm>
 

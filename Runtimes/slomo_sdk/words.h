@@ -1,6 +1,5 @@
 // Frames as words, and the walks that the plain routines share.
-#ifndef ZOL_SLOMO_WORDS_H
-#define ZOL_SLOMO_WORDS_H
+#pragma once
 
 #include "Runtimes/slomo_sdk/SlowMotion.h"
 
@@ -90,5 +89,3 @@ void floodFill(Place *stack, size_t capacity, unsigned words, unsigned rows, uns
 }
 
 } // namespace zol::slomo
-
-#endif

@@ -6,7 +6,7 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/render.h"
-#include "kernels/audio_source.h"
+#include "kernels/sound/audio_source.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -5,7 +5,7 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/render.h"
-#include "kernels/crossfade.h"
+#include "kernels/sound/crossfade.h"
 
 [[gnu::visibility("default")]] int PARAM_INPUT1;
 [[gnu::visibility("default")]] int PARAM_INPUT2;

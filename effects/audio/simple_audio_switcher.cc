@@ -5,7 +5,7 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/render.h"
-#include "kernels/routing.h"
+#include "kernels/sound/routing.h"
 
 [[gnu::visibility("default")]] int PARAM_INPUT;
 [[gnu::visibility("default")]] int PARAM_CH1;

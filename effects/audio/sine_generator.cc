@@ -6,7 +6,7 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/render.h"
-#include "kernels/sine.h"
+#include "kernels/sound/sine.h"
 
 #include <algorithm>
 

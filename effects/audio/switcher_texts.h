@@ -1,6 +1,5 @@
 // Texts that the audio effects take over from the picture switcher. Each effect keeps a table of its own.
-#ifndef ZOL_EFFECTS_AUDIO_SWITCHER_TEXTS_H
-#define ZOL_EFFECTS_AUDIO_SWITCHER_TEXTS_H
+#pragma once
 
 #include "frame/export.h"
 
@@ -18,5 +17,3 @@ ZOL_TEXT_TABLE kSwitcherTexts[] = {
 };
 
 } // namespace zol
-
-#endif

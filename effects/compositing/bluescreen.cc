@@ -6,7 +6,7 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/render.h"
-#include "kernels/bluescreen.h"
+#include "kernels/exports/bluescreen.h"
 
 #include <algorithm>
 #include <cstring>

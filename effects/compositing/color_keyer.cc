@@ -2,7 +2,7 @@
 // colour, between a lower and an upper threshold. One real-time filter for every host, and for Halvenor a
 // compositing effect whose opacity at either threshold can be set.
 
-#include "kernels/color_keyer.h"
+#include "kernels/keying/color_keyer.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/render.h"

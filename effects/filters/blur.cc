@@ -5,7 +5,7 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/render.h"
-#include "kernels/blur.h"
+#include "kernels/exports/blur.h"
 
 namespace {
 

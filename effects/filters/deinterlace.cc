@@ -6,7 +6,7 @@
 #include "effects/filters/deinterlacing.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "kernels/deinterlace.h"
+#include "kernels/exports/deinterlace.h"
 
 // Ids of the fields.
 extern "C" {

@@ -4,7 +4,7 @@
 #include "effects/filters/deinterlacing.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "kernels/deinterlace.h"
+#include "kernels/exports/deinterlace.h"
 
 namespace {
 

@@ -1,6 +1,5 @@
 // What both deinterlacers do around their kernels: the same fetching, the same messages.
-#ifndef ZOL_EFFECTS_FILTERS_DEINTERLACING_H
-#define ZOL_EFFECTS_FILTERS_DEINTERLACING_H
+#pragma once
 
 #include "frame/render.h"
 
@@ -33,5 +32,3 @@ template <class Kernel> int deinterlacedBuffer(t_ZoHostInfo *host, Kernel kernel
 }
 
 } // namespace zol
-
-#endif

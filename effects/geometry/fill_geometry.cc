@@ -6,8 +6,8 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/render.h"
-#include "kernels/lay_color.h"
-#include "kernels/shape.h"
+#include "kernels/compositing/lay_color.h"
+#include "kernels/exports/shape.h"
 
 #include <algorithm>
 

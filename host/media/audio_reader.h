@@ -1,6 +1,5 @@
 // Samples of a media file, streamed through an ffmpeg child.
-#ifndef ZOL_HOST_MEDIA_AUDIO_READER_H
-#define ZOL_HOST_MEDIA_AUDIO_READER_H
+#pragma once
 
 #include "host/media/probe.h"
 #include "host/media/process.h"
@@ -67,5 +66,3 @@ private:
 };
 
 } // namespace zol::host
-
-#endif

@@ -1,6 +1,5 @@
 // The one way in which media fail.
-#ifndef ZOL_HOST_MEDIA_ERROR_H
-#define ZOL_HOST_MEDIA_ERROR_H
+#pragma once
 
 #include <stdexcept>
 
@@ -13,5 +12,3 @@ struct MediaError : std::runtime_error {
 };
 
 } // namespace zol::host
-
-#endif

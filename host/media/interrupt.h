@@ -1,6 +1,5 @@
 // Requests to stop, as signals bring them.
-#ifndef ZOL_HOST_MEDIA_INTERRUPT_H
-#define ZOL_HOST_MEDIA_INTERRUPT_H
+#pragma once
 
 #include <exception>
 
@@ -28,5 +27,3 @@ void awaitDescriptor(int fd, short events);
 [[nodiscard]] int interruptionDescriptor();
 
 } // namespace zol::host
-
-#endif

@@ -1,6 +1,5 @@
 // What a media file holds.
-#ifndef ZOL_HOST_MEDIA_PROBE_H
-#define ZOL_HOST_MEDIA_PROBE_H
+#pragma once
 
 #include "host/media/error.h"
 
@@ -54,5 +53,3 @@ class Process;
 std::string reasonOf(const Process &process, const std::string &url);
 
 } // namespace zol::host
-
-#endif

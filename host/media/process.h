@@ -1,6 +1,5 @@
 // A child process with pipes to its standard streams.
-#ifndef ZOL_HOST_MEDIA_PROCESS_H
-#define ZOL_HOST_MEDIA_PROCESS_H
+#pragma once
 
 #include "host/media/error.h"
 
@@ -120,5 +119,3 @@ std::string shellQuoted(const std::vector<std::string> &arguments);
 std::string numberText(double value);
 
 } // namespace zol::host
-
-#endif

@@ -1,6 +1,5 @@
 // Where readers get their bytes: a file that ffmpeg opens by itself, or a stream passed on to it.
-#ifndef ZOL_HOST_MEDIA_SOURCE_H
-#define ZOL_HOST_MEDIA_SOURCE_H
+#pragma once
 
 #include "host/media/probe.h"
 #include "host/media/process.h"
@@ -40,5 +39,3 @@ private:
 };
 
 } // namespace zol::host
-
-#endif

@@ -1,6 +1,5 @@
 // Frames of a video or still file, streamed through an ffmpeg child.
-#ifndef ZOL_HOST_MEDIA_VIDEO_READER_H
-#define ZOL_HOST_MEDIA_VIDEO_READER_H
+#pragma once
 
 #include "host/media/probe.h"
 #include "host/media/process.h"
@@ -83,5 +82,3 @@ private:
 };
 
 } // namespace zol::host
-
-#endif

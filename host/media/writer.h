@@ -1,6 +1,5 @@
 // Frames and samples into a media file, through an ffmpeg child.
-#ifndef ZOL_HOST_MEDIA_WRITER_H
-#define ZOL_HOST_MEDIA_WRITER_H
+#pragma once
 
 #include "host/media/probe.h"
 #include "host/media/process.h"
@@ -87,5 +86,3 @@ private:
 };
 
 } // namespace zol::host
-
-#endif

@@ -1,8 +1,7 @@
 // The kinds and flags of data fields, and what the statements do with fields.
-#ifndef ZOL_HOST_SCRIPT_FIELDS_H
-#define ZOL_HOST_SCRIPT_FIELDS_H
+#pragma once
 
-#include "host/registry.h"
+#include "host/model/registry.h"
 #include "host/script/value.h"
 
 #include <optional>
@@ -23,5 +22,3 @@ Done setHelpByName(Arguments &arguments);
 Done setHelpById(Arguments &arguments);
 
 } // namespace zol::host
-
-#endif

@@ -1,10 +1,10 @@
 #include "host/script/interpreter.h"
 
+#include "host/model/unicode.h"
 #include "host/script/fields.h"
 #include "host/script/parser.h"
 #include "host/script/value.h"
-#include "host/unicode.h"
-#include "host/xpm.h"
+#include "host/script/xpm.h"
 
 #include <algorithm>
 #include <iterator>

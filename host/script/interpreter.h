@@ -1,8 +1,7 @@
 // Runs declaration scripts: statements in, registered effects out.
-#ifndef ZOL_HOST_SCRIPT_INTERPRETER_H
-#define ZOL_HOST_SCRIPT_INTERPRETER_H
+#pragma once
 
-#include "host/registry.h"
+#include "host/model/registry.h"
 #include "host/script/memory.h"
 
 #include <cstddef>
@@ -43,5 +42,3 @@ private:
 };
 
 } // namespace zol::host
-
-#endif

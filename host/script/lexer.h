@@ -1,6 +1,5 @@
 // Splits a declaration script into tokens.
-#ifndef ZOL_HOST_SCRIPT_LEXER_H
-#define ZOL_HOST_SCRIPT_LEXER_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -35,5 +34,3 @@ struct Token {
 std::vector<Token> tokenize(std::string_view script);
 
 } // namespace zol::host
-
-#endif

@@ -1,6 +1,5 @@
 // What a script's addresses mean: the interpreter reads and writes the library's memory through this alone.
-#ifndef ZOL_HOST_SCRIPT_MEMORY_H
-#define ZOL_HOST_SCRIPT_MEMORY_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -58,5 +57,3 @@ private:
 };
 
 } // namespace zol::host
-
-#endif

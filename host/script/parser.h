@@ -9,8 +9,7 @@
 //   operand    = [ '-' ] NUMBER | TEXT | NAME | call | cast | '&' NAME '.' NAME | '(' expression ')'
 //   call       = NAME '(' [ expression { ',' expression } ] ')'
 //   cast       = '(' NAME '*' ')' operand
-#ifndef ZOL_HOST_SCRIPT_PARSER_H
-#define ZOL_HOST_SCRIPT_PARSER_H
+#pragma once
 
 #include "host/script/lexer.h"
 
@@ -107,5 +106,3 @@ private:
 };
 
 } // namespace zol::host
-
-#endif

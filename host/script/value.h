@@ -1,8 +1,7 @@
 // What expressions of a script evaluate to, and the arguments of a call.
-#ifndef ZOL_HOST_SCRIPT_VALUE_H
-#define ZOL_HOST_SCRIPT_VALUE_H
+#pragma once
 
-#include "host/registry.h"
+#include "host/model/registry.h"
 #include "host/script/parser.h"
 
 #include <cstddef>
@@ -97,5 +96,3 @@ private:
 };
 
 } // namespace zol::host
-
-#endif

@@ -1,7 +1,7 @@
 // The audio effects through the host's services: declarations, calls and their order, faults.
 
 #include "frame/effects.h"
-#include "tests/plain/audio.h"
+#include "plain/audio.h"
 #include "tests/support/declared.h"
 #include "tests/support/failing_malloc.h"
 #include "tests/support/sound.h"

@@ -1,6 +1,6 @@
 #include "frame/effects.h"
 #include "frame/texts.h"
-#include "kernels/bluescreen.h"
+#include "kernels/exports/bluescreen.h"
 #include "tests/support/declared.h"
 #include "tests/support/test_clip.h"
 

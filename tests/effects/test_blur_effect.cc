@@ -1,5 +1,5 @@
 #include "frame/effects.h"
-#include "tests/plain/blur.h"
+#include "plain/blur.h"
 #include "tests/support/declared.h"
 #include "tests/support/failing_malloc.h"
 #include "tests/support/test_clip.h"

@@ -1,6 +1,6 @@
 #include "frame/effects.h"
 #include "frame/texts.h"
-#include "tests/plain/color_keyer.h"
+#include "plain/color_keyer.h"
 #include "tests/support/declared.h"
 #include "tests/support/test_clip.h"
 

@@ -1,7 +1,7 @@
 // Deinterlace and Deinterlace Basic.
 
 #include "frame/effects.h"
-#include "tests/plain/deinterlace.h"
+#include "plain/deinterlace.h"
 #include "tests/support/declared.h"
 #include "tests/support/test_clip.h"
 

@@ -1,5 +1,5 @@
 #include "frame/effects.h"
-#include "kernels/shape.h"
+#include "kernels/exports/shape.h"
 #include "tests/support/declared.h"
 #include "tests/support/outline.h"
 #include "tests/support/test_clip.h"

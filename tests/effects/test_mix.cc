@@ -1,7 +1,7 @@
 // Mix and Chain Mix.
 
 #include "frame/effects.h"
-#include "tests/plain/mix.h"
+#include "plain/mix.h"
 #include "tests/support/declared.h"
 #include "tests/support/test_clip.h"
 

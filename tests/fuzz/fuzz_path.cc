@@ -1,5 +1,5 @@
 // Fuzzes path data: whatever it is, an error with a place in it or finite, closed, splittable outlines.
-#include "host/geometry.h"
+#include "host/geometry/geometry.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 // Fuzzes the measure of nesting that keeps the XML parser's stack within bounds: what the parser makes of a
 // text is never deeper than was measured.
-#include "host/xml_depth.h"
+#include "host/geometry/xml_depth.h"
 
 #include <algorithm>
 #include <cstdint>

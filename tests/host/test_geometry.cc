@@ -1,5 +1,5 @@
 // Path data, boxes and monotonic pieces.
-#include "host/geometry.h"
+#include "host/geometry/geometry.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // Finding effects by what users type, and the pictures that they bring.
 
-#include "host/registry.h"
-#include "host/xpm.h"
+#include "host/model/registry.h"
+#include "host/script/xpm.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Declaration scripts: statements in, registered effects and errors out.
 
 #include "host/script/interpreter.h"
-#include "host/session.h"
+#include "host/services/session.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // The reference host's services: values over time, ownership, faults.
 
-#include "host/session.h"
+#include "host/services/session.h"
 
 #include <gtest/gtest.h>
 

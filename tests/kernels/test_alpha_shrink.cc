@@ -1,6 +1,6 @@
-#include "host/session.h"
-#include "kernels/alpha_shrink.h"
-#include "kernels/simd.h"
+#include "host/services/session.h"
+#include "kernels/exports/alpha_shrink.h"
+#include "kernels/simd/levels.h"
 #include "tests/support/failing_malloc.h"
 #include "tests/support/test_clip.h"
 

@@ -1,9 +1,9 @@
 // The sound kernels against their literal forms, bit for bit, at every level.
 
-#include "kernels/crossfade.h"
-#include "kernels/routing.h"
-#include "kernels/sine.h"
-#include "tests/plain/audio.h"
+#include "kernels/sound/crossfade.h"
+#include "kernels/sound/routing.h"
+#include "kernels/sound/sine.h"
+#include "plain/audio.h"
 
 #include <gtest/gtest.h>
 

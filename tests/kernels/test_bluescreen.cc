@@ -1,7 +1,7 @@
-#include "host/session.h"
-#include "kernels/bluescreen.h"
-#include "kernels/simd.h"
-#include "tests/plain/bluescreen.h"
+#include "host/services/session.h"
+#include "kernels/exports/bluescreen.h"
+#include "kernels/simd/levels.h"
+#include "plain/bluescreen.h"
 #include "tests/support/failing_malloc.h"
 #include "tests/support/test_clip.h"
 

@@ -1,8 +1,8 @@
-#include "host/session.h"
-#include "kernels/blur.h"
-#include "kernels/simd.h"
-#include "kernels/tent.h"
-#include "tests/plain/blur.h"
+#include "host/services/session.h"
+#include "kernels/blur/tent.h"
+#include "kernels/exports/blur.h"
+#include "kernels/simd/levels.h"
+#include "plain/blur.h"
 #include "tests/support/failing_malloc.h"
 #include "tests/support/test_clip.h"
 

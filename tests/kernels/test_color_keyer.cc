@@ -1,7 +1,7 @@
-#include "host/session.h"
-#include "kernels/color_keyer.h"
-#include "kernels/simd.h"
-#include "tests/plain/color_keyer.h"
+#include "host/services/session.h"
+#include "kernels/keying/color_keyer.h"
+#include "kernels/simd/levels.h"
+#include "plain/color_keyer.h"
 #include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "kernels/color_models.h"
+#include "kernels/color/color_models.h"
 
-#include "tests/plain/color_models.h"
+#include "plain/color_models.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "kernels/deinterlace.h"
+#include "kernels/exports/deinterlace.h"
 
-#include "host/session.h"
-#include "tests/plain/deinterlace.h"
+#include "host/services/session.h"
+#include "plain/deinterlace.h"
 #include "tests/support/levels.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "kernels/lay_color.h"
+#include "kernels/compositing/lay_color.h"
 
 #include "tests/support/test_clip.h"
 

@@ -1,7 +1,7 @@
-#include "kernels/mix.h"
+#include "kernels/exports/mix.h"
 
-#include "host/session.h"
-#include "tests/plain/mix.h"
+#include "host/services/session.h"
+#include "plain/mix.h"
 #include "tests/support/levels.h"
 #include "tests/support/test_clip.h"
 

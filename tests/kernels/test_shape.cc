@@ -1,8 +1,8 @@
-#include "kernels/shape.h"
+#include "kernels/exports/shape.h"
 
-#include "host/session.h"
-#include "kernels/simd.h"
-#include "tests/plain/shape.h"
+#include "host/services/session.h"
+#include "kernels/simd/levels.h"
+#include "plain/shape.h"
 #include "tests/support/failing_malloc.h"
 #include "tests/support/outline.h"
 #include "tests/support/test_clip.h"

@@ -1,8 +1,7 @@
 // What a declare function sends, as text.
-#ifndef ZOL_TESTS_SUPPORT_DECLARED_H
-#define ZOL_TESTS_SUPPORT_DECLARED_H
+#pragma once
 
-#include "host/session.h"
+#include "host/services/session.h"
 
 #include <regex>
 #include <string>
@@ -79,5 +78,3 @@ private:
 };
 
 } // namespace zol::test
-
-#endif

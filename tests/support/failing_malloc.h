@@ -1,6 +1,5 @@
 // Makes the library's general allocator fail at a chosen call.
-#ifndef ZOL_TESTS_SUPPORT_FAILING_MALLOC_H
-#define ZOL_TESTS_SUPPORT_FAILING_MALLOC_H
+#pragma once
 
 namespace zol::test {
 
@@ -18,5 +17,3 @@ public:
 };
 
 } // namespace zol::test
-
-#endif

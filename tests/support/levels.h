@@ -1,8 +1,7 @@
 // Runs a check at every SIMD level that the machine has.
-#ifndef ZOL_TESTS_SUPPORT_LEVELS_H
-#define ZOL_TESTS_SUPPORT_LEVELS_H
+#pragma once
 
-#include "kernels/simd.h"
+#include "kernels/simd/levels.h"
 
 #include <gtest/gtest.h>
 
@@ -20,5 +19,3 @@ template <class Check> void atEveryLevel(Check check) {
 }
 
 } // namespace zol::test
-
-#endif

@@ -1,6 +1,5 @@
 // Outlines for tests and benchmarks, as a host would hand them over.
-#ifndef ZOL_TESTS_SUPPORT_OUTLINE_H
-#define ZOL_TESTS_SUPPORT_OUTLINE_H
+#pragma once
 
 #include "frame/zol.h"
 
@@ -97,5 +96,3 @@ inline Outline scribble(int count, double size, double reach, bool closed, bool 
 }
 
 } // namespace zol::test
-
-#endif

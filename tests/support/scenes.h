@@ -1,6 +1,5 @@
 // Moving pictures for tests and benchmarks of motion: frames of 32-bit words, the same for the same seed.
-#ifndef ZOL_TESTS_SUPPORT_SCENES_H
-#define ZOL_TESTS_SUPPORT_SCENES_H
+#pragma once
 
 #include <algorithm>
 #include <cstdint>
@@ -96,5 +95,3 @@ private:
 };
 
 } // namespace zol::test
-
-#endif

@@ -1,8 +1,7 @@
 // Audio blocks for tests.
-#ifndef ZOL_TESTS_SUPPORT_SOUND_H
-#define ZOL_TESTS_SUPPORT_SOUND_H
+#pragma once
 
-#include "host/session.h"
+#include "host/services/session.h"
 #include "tests/support/test_clip.h"
 
 #include <utility>
@@ -50,5 +49,3 @@ inline std::vector<float> taken(host::Session &session, t_ZoAudio *block) {
 }
 
 } // namespace zol::test
-
-#endif

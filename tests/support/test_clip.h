@@ -1,9 +1,8 @@
 // Inputs for tests: a fixed picture, a fixed block of sound, or nothing at all.
-#ifndef ZOL_TESTS_SUPPORT_TEST_CLIP_H
-#define ZOL_TESTS_SUPPORT_TEST_CLIP_H
+#pragma once
 
-#include "host/parameters.h"
-#include "host/pools.h"
+#include "host/model/parameters.h"
+#include "host/services/pools.h"
 
 #include <cstdint>
 #include <memory>
@@ -60,5 +59,3 @@ private:
 };
 
 } // namespace zol::test
-
-#endif

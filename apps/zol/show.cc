@@ -1,0 +1,138 @@
+// zol show: one effect, its fields, ranges, defaults, items and help.
+
+#include "apps/zol/commands.h"
+
+#include "host/media/process.h"
+#include "host/model/instance.h"
+#include "host/script/library.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+
+namespace zol::command {
+namespace {
+
+using host::Field;
+using host::FieldType;
+
+std::string limitsText(const Field &field) {
+  const bool least = (field.flags & host::kMinLimit) != 0;
+  const bool most = (field.flags & host::kMaxLimit) != 0;
+  if (!field.min || !field.max)
+    return field.kind == "Alpha" ? "0 to 1" : "";
+  std::string text = host::numberText(*field.min) + " to " + host::numberText(*field.max);
+  if (!least || !most)
+    text += least ? ", or more" : most ? ", or less" : ", or beyond";
+  return text;
+}
+
+std::string takes(const Field &field) {
+  switch (field.type) {
+  case FieldType::input: return "input";
+  case FieldType::inputs: return "list of inputs";
+  case FieldType::number: {
+    const std::string limits = limitsText(field);
+    return field.kind == "time" || field.kind == "Time" ? "seconds " + limits
+           : limits.empty()                             ? "number"
+                                                        : "number " + limits;
+  }
+  case FieldType::integer: return "whole number " + limitsText(field);
+  case FieldType::color: return "colour #rrggbb[aa]";
+  case FieldType::selector: return "one of";
+  case FieldType::toggle: return "on or off";
+  case FieldType::geometry: return "SVG path data or @file.svg";
+  case FieldType::media: return "file";
+  case FieldType::dataset: return "a curve for each input";
+  case FieldType::button: return "button";
+  case FieldType::label: return "text";
+  case FieldType::group: return "group";
+  }
+  return "";
+}
+
+bool isHidden(const Field &field) {
+  return (field.flags & host::kHide) != 0 || field.type == FieldType::button ||
+         field.type == FieldType::label || field.type == FieldType::group;
+}
+
+nlohmann::json fieldJson(const Field &field, const std::string &value) {
+  nlohmann::json json = {{"name", field.name}, {"kind", field.kind}};
+  const auto text = [&](const char *key, const std::string &content) {
+    if (!content.empty())
+      json[key] = content;
+  };
+  text("label", field.label);
+  text("help", field.help);
+  text("default", value);
+  if (field.min)
+    json["min"] = *field.min;
+  if (field.max)
+    json["max"] = *field.max;
+  json["limited"] = {{"below", (field.flags & host::kMinLimit) != 0},
+                     {"above", (field.flags & host::kMaxLimit) != 0}};
+  json["hidden"] = isHidden(field);
+  for (const host::Item &item : field.items)
+    json["items"].push_back({{"text", item.text}, {"value", item.value}});
+  return json;
+}
+
+void show(const HostOptions &options, const std::string &wanted, bool json) {
+  const host::EffectLibrary library(options.libraryFile(), options.host);
+  const host::Effect &effect = library.effect(wanted);
+  host::Instance instance(effect, options.host);
+  instance.openDialog();
+  if (json) {
+    nlohmann::json out = {{"name", effect.name},
+                          {"sign", effect.sign},
+                          {"version", effect.version},
+                          {"description", plainText(effect.description)},
+                          {"video", effect.renderVideo != nullptr},
+                          {"realTime", effect.renderVideoRT != nullptr},
+                          {"audio", effect.renderAudio != nullptr},
+                          {"fields", nlohmann::json::array()}};
+    for (size_t i = 0; i < effect.fields.size(); ++i) {
+      out["fields"].push_back(fieldJson(effect.fields[i], instance.valueText(static_cast<int>(i))));
+      for (const std::string &item : instance.datasetItems(static_cast<int>(i)))
+        out["fields"].back()["set"].push_back(item);
+    }
+    std::printf("%s\n", out.dump(2).c_str());
+    return;
+  }
+  std::printf("%s (%s, version %d)\n", effect.name.c_str(), effect.sign.c_str(), effect.version);
+  if (!effect.description.empty())
+    std::printf("%s\n", plainText(effect.description).c_str());
+  for (size_t i = 0; i < effect.fields.size(); ++i) {
+    const Field &field = effect.fields[i];
+    if (isHidden(field))
+      continue;
+    const std::string value = instance.valueText(static_cast<int>(i));
+    std::printf("\n  %s: %s", field.name.c_str(), takes(field).c_str());
+    for (size_t k = 0; k < field.items.size(); ++k)
+      std::printf("%s \"%s\"", k == 0 ? "" : ",", field.items[k].text.c_str());
+    if (!value.empty())
+      std::printf(" (default %s)", value.c_str());
+    for (const std::string &item : instance.datasetItems(static_cast<int>(i)))
+      std::printf("\n    set as \"%s\"", item.c_str());
+    if (!field.label.empty() && field.label != field.name)
+      std::printf("\n    shown as \"%s\"", field.label.c_str());
+    if (!field.help.empty())
+      std::printf("\n    %s", plainText(field.help).c_str());
+  }
+  std::printf("\n");
+}
+
+} // namespace
+
+void addShow(CLI::App &zol) {
+  CLI::App *app = zol.add_subcommand("show", "One effect: fields, ranges, defaults, items, help");
+  const auto options = std::make_shared<HostOptions>();
+  const auto effect = std::make_shared<std::string>();
+  const auto json = std::make_shared<bool>(false);
+  app->add_option("effect", *effect, "The effect, by its name or a unique ending of it")->required();
+  options->addTo(*app);
+  app->add_flag("--json", *json, "As JSON");
+  app->callback([=] { show(*options, *effect, *json); });
+}
+
+} // namespace zol::command

@@ -1,0 +1,43 @@
+// zol slowmo: a clip, slower, with the frames between made up.
+
+#include "apps/zol/commands.h"
+
+#include "host/render/slowmo.h"
+
+#include <map>
+
+namespace zol::command {
+
+void addSlowmo(CLI::App &zol) {
+  using Plan = host::SlowMotionPlan;
+  CLI::App *app = zol.add_subcommand("slowmo", "Slow a clip down and make the frames between");
+  const auto plan = std::make_shared<Plan>();
+  const auto quiet = std::make_shared<bool>(false);
+  app->add_option("input", plan->input, "The clip")->type_name("FILE")->required();
+  app->add_option("-o", plan->output, "Output file, its format told by its name")
+      ->type_name("FILE")
+      ->required();
+  app->add_option("--factor", plan->factor, "How many times longer it gets")
+      ->check(CLI::Range(1.0, 10000.0))
+      ->capture_default_str();
+  static const std::map<std::string, Plan::Method> methods = {
+      {"mix", Plan::Method::mix}, {"vector", Plan::Method::vector}, {"object", Plan::Method::object}};
+  app->add_option("--method", plan->method,
+                  "mix: cross-fade; vector: follow blocks (default); object: follow areas of one colour")
+      ->transform(CLI::CheckedTransformer(methods).description(""))
+      ->type_name("mix|vector|object");
+  static const std::map<std::string, Plan::Fields> fields = {{"top", Plan::Fields::topFirst},
+                                                             {"bottom", Plan::Fields::bottomFirst}};
+  app->add_option("--interlaced", plan->fields, "The clip consists of fields; the one that comes first")
+      ->transform(CLI::CheckedTransformer(fields).description(""))
+      ->type_name("top|bottom");
+  app->add_flag("-y", plan->overwrite, "Replace the output file if it exists");
+  app->add_flag("--quiet", *quiet, "No progress on stderr");
+  app->footer("Example:\n  zol slowmo clip.mp4 -o slow.mp4 --factor 4 --method vector");
+  app->callback([=] {
+    ProgressLine progress("frames", *quiet);
+    host::slowMotion(*plan, [&](uint64_t done, uint64_t all) { progress.show(done, all); });
+  });
+}
+
+} // namespace zol::command

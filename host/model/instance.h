@@ -1,0 +1,79 @@
+// One use of an effect: its parameters, as its own init callback and then the user set them.
+#pragma once
+
+#include "host/geometry/geometry.h"
+#include "host/model/registry.h"
+#include "host/services/session.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zol::host {
+
+class Instance {
+public:
+  /// Runs the effect's init callback with `defaultClip` as the clip that the effect is applied to.
+  Instance(const Effect &effect, const std::string &identity, Clip *defaultClip = nullptr);
+
+  [[nodiscard]] const Effect &effect() const { return effect_; }
+  Session &session() { return session_; }
+
+  /// Sets a field by its name or label (without regard to case), or an item of a data set by the item's name:
+  ///   numbers, times  0.5, or keys over the effect's span: 0=0.1;1=0.9
+  ///   integers        20
+  ///   toggles         on, off
+  ///   selectors       an item's text or value
+  ///   colours         #rrggbb or #rrggbbaa, or keys of them
+  ///   geometries      SVG path data, or @file.svg
+  /// Throws HostError for what the field does not take.
+  void set(std::string_view name, std::string_view value);
+
+  /// The field of that name or label; -1 where there is none.
+  [[nodiscard]] int fieldNamed(std::string_view name) const;
+
+  /// Input fields in the order of declaration.
+  [[nodiscard]] std::vector<int> inputFields() const;
+
+  /// Assigns clips to the inputs in field order from the `first`th on; a variable list grows, through the
+  /// effect's own dialog, until it has a slot for each. Throws HostError where there are too few inputs.
+  void assignInputs(const std::vector<Clip *> &clips, size_t first = 0);
+  void assignInput(int field, int item, Clip *clip);
+
+  /// The field's values now, as the user would write them; empty where the kind has none.
+  [[nodiscard]] std::string valueText(int field) const;
+
+  /// Names of a data set's items, one an input.
+  [[nodiscard]] std::vector<std::string> datasetItems(int field) const;
+
+  /// Opens the effect's dialog, once: variable lists get their first slot and data sets their items.
+  void openDialog();
+
+private:
+  void setUnset(int field);
+  void setNumber(int field, int item, std::string_view value);
+  void setColor(int field, std::string_view value);
+  void setChoice(int field, std::string_view value);
+  bool setDatasetItem(std::string_view name, std::string_view value);
+  void growList(int field, size_t slots);
+
+  const Effect &effect_;
+  Session session_;
+  bool dialogOpened_ = false;
+  std::vector<std::unique_ptr<Shape>> shapes_;
+};
+
+/// A geometry as effects ask for it: pieces that are monotonic in both coordinates.
+class GeometryShape : public Shape {
+public:
+  explicit GeometryShape(const Geometry &geometry);
+  void box(double out[4], double time) const override;
+  int curves(double time, void *user, t_ZoSegmentFn callback) const override;
+
+private:
+  std::vector<Segment> pieces_;
+  Box box_;
+};
+
+} // namespace zol::host

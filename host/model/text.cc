@@ -1,0 +1,60 @@
+#include "host/model/text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace zol::host {
+namespace {
+
+template <class Number, class... Format>
+std::optional<Number> whole(std::string_view text, Format... format) {
+  if (text.starts_with('+'))
+    text.remove_prefix(1);
+  Number value{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, format...);
+  if (error != std::errc() || end != text.data() + text.size())
+    return std::nullopt;
+  return value;
+}
+
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
+} // namespace
+
+std::optional<double> numberIn(std::string_view text) {
+  const auto value = whole<double>(text);
+  return value && std::isfinite(*value) ? value : std::nullopt;
+}
+
+std::optional<int> integerIn(std::string_view text) { return whole<int>(text, 10); }
+
+bool sameWithoutCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return lower(x) == lower(y); });
+}
+
+std::string_view trimmed(std::string_view text) {
+  const size_t first = text.find_first_not_of(" \t\n");
+  return first == text.npos ? std::string_view()
+                            : text.substr(first, text.find_last_not_of(" \t\n") - first + 1);
+}
+
+std::vector<std::string_view> split(std::string_view text, char separator) {
+  std::vector<std::string_view> parts;
+  for (size_t at; (at = text.find(separator)) != text.npos; text.remove_prefix(at + 1))
+    parts.push_back(text.substr(0, at));
+  parts.push_back(text);
+  return parts;
+}
+
+std::optional<unsigned> colorIn(std::string_view text) {
+  if (!text.starts_with('#') || (text.size() != 7 && text.size() != 9))
+    return std::nullopt;
+  const auto value = whole<unsigned>(text.substr(1), 16);
+  if (!value || text[1] == '+')
+    return std::nullopt;
+  return text.size() == 7 ? 0xFF000000U | *value : *value >> 8 | *value << 24;
+}
+
+} // namespace zol::host

@@ -1,0 +1,23 @@
+// Small readings of text, the same in every locale.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zol::host {
+
+/// The whole text as a finite number; nothing where it is not one.
+std::optional<double> numberIn(std::string_view text);
+/// The whole text as a decimal int.
+std::optional<int> integerIn(std::string_view text);
+
+bool sameWithoutCase(std::string_view a, std::string_view b);
+std::string_view trimmed(std::string_view text);
+std::vector<std::string_view> split(std::string_view text, char separator);
+
+/// "#rrggbb" or "#rrggbbaa" as 0xAARRGGBB.
+std::optional<unsigned> colorIn(std::string_view text);
+
+} // namespace zol::host

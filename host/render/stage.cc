@@ -1,0 +1,147 @@
+#include "host/render/stage.h"
+
+#include "host/media/process.h"
+#include "host/model/error.h"
+#include "host/model/text.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace zol::host {
+namespace {
+
+/// The picture where it stands within a frame of the given size; null when memory runs out.
+std::unique_ptr<PictureBuffer> placed(std::unique_ptr<PictureBuffer> picture, int width, int height) {
+  const pic &from = *picture->record();
+  if (from.X == 0 && from.Y == 0 && from.Width == width && from.Height == height)
+    return picture;
+  auto frame = PictureBuffer::make(width, height);
+  if (frame == nullptr)
+    return nullptr;
+  const int left = std::max<int>(from.X, 0);
+  const int right = std::min<int>(from.X + from.Width, width);
+  for (int y = std::max<int>(from.Y, 0); left < right && y < std::min<int>(from.Y + from.Height, height); ++y)
+    std::memcpy(frame->record()->Pixels + static_cast<ptrdiff_t>(y) * width + left,
+                from.Pixels + static_cast<ptrdiff_t>(y - from.Y) * from.Width + (left - from.X),
+                static_cast<size_t>(right - left) * sizeof(_color_t));
+  return frame;
+}
+
+} // namespace
+
+Stage::Stage(const Effect &effect, const std::string &identity, const Timeline &timeline, bool realTime,
+             Clip *defaultClip)
+    : instance_(effect, identity, defaultClip), timeline_(timeline),
+      realTime_(effect.renderVideoRT != nullptr && (realTime || effect.renderVideo == nullptr)) {
+  checkRenders(effect);
+  t_ZoHostInfo &info = *instance_.session().info();
+  info.FrameRate = timeline.rate;
+  info.Width = timeline.width;
+  info.Height = timeline.height;
+  info.PixelAspect = timeline.pixelAspect;
+  info.AudioFormat[0] = timeline.sampleRate;
+  info.AudioFormat[1] = timeline.channels;
+  info.ClipStart = 0;
+  info.ClipEnd = timeline.duration;
+}
+
+void Stage::checkRenders(const Effect &effect) {
+  if (effect.renderVideo == nullptr && effect.renderVideoRT == nullptr && effect.renderAudio == nullptr)
+    throw HostError("\"" + effect.name + "\" is declared but does not render yet");
+}
+
+void Stage::fail(double time) {
+  Session &session = instance_.session();
+  if (session.inputError)
+    std::rethrow_exception(std::exchange(session.inputError, nullptr));
+  std::string reason = session.faults.aborted() ? "stopped" : "rendered nothing";
+  for (const auto &message : session.messages)
+    if (message)
+      reason = *message;
+  throw HostError("\"" + instance_.effect().name + "\" at " + numberText(time) + " s: " + reason);
+}
+
+std::unique_ptr<PictureBuffer> Stage::video(double time) {
+  Session &session = instance_.session();
+  const Session::Use use(session);
+  t_ZoHostInfo &info = *session.info();
+  info.FrameTime = time;
+  info.Time = time / timeline_.duration;
+  session.messages.clear();
+  std::unique_ptr<PictureBuffer> result;
+  if (realTime_)
+    result = realTimeVideo(time);
+  else if (pic *picture = instance_.effect().renderVideo(&info))
+    result = session.pictures.take(picture);
+  if (result != nullptr)
+    result = placed(std::move(result), timeline_.width, timeline_.height);
+  if (result == nullptr)
+    fail(time);
+  return result;
+}
+
+/// Filters get their own input first and the background second, but under "Halvenor" the inputs come in
+/// the order of their fields.
+std::unique_ptr<PictureBuffer> Stage::realTimeVideo(double time) {
+  Session &session = instance_.session();
+  t_ZoHostInfo &info = *session.info();
+  std::vector<int> fields = instance_.inputFields();
+  if (!sameWithoutCase(info.Identity, "Halvenor"))
+    std::stable_partition(fields.begin(), fields.end(), [&](int field) {
+      return instance_.effect().fields[static_cast<size_t>(field)].name != "Background";
+    });
+  for (size_t i = 0; i < std::size(info.InputBuffers); ++i) {
+    info.InputBuffers[i] = nullptr;
+    if (i >= fields.size())
+      continue;
+    const auto *slots = session.parameters.inputs.find(fields[i], 0);
+    Clip *clip = slots == nullptr || slots->empty() ? nullptr : slots->front();
+    if (clip == nullptr)
+      throw HostError("\"" + instance_.effect().name + "\" needs its input \"" +
+                      instance_.effect().fields[static_cast<size_t>(fields[i])].name + "\"");
+    pic *picture = clip->frame(time, info.Width, info.Height);
+    if (picture == nullptr || picture->Width != info.Width || picture->Height != info.Height)
+      fail(time);
+    info.InputBuffers[i] = picture->Pixels;
+  }
+  auto output = PictureBuffer::make(info.Width, info.Height);
+  if (output == nullptr)
+    fail(time);
+  info.OutputBuffer = output->record()->Pixels;
+  return instance_.effect().renderVideoRT(&info) == 1 ? std::move(output) : nullptr;
+}
+
+std::unique_ptr<AudioBuffer> Stage::audio(double from, double to) {
+  Session &session = instance_.session();
+  const Session::Use use(session);
+  t_ZoHostInfo &info = *session.info();
+  info.BlockStart = from;
+  info.BlockEnd = to;
+  session.messages.clear();
+  t_ZoAudio *block = instance_.effect().renderAudio(&info);
+  auto result = block == nullptr ? nullptr : session.audio.take(block);
+  if (result == nullptr)
+    fail(from);
+  return result;
+}
+
+pic *StageClip::frame(double time, int, int) {
+  for (const Rendered &known : pictures_)
+    if (known.time == time)
+      return known.picture->record();
+  pictures_.push_back({time, stage_.video(time)});
+  return pictures_.back().picture->record();
+}
+
+t_ZoAudio *StageClip::audio(double from, double to) {
+  blocks_.push_back(stage_.audio(from, to));
+  return blocks_.back()->record();
+}
+
+void StageClip::release() {
+  pictures_.clear();
+  blocks_.clear();
+}
+
+} // namespace zol::host

@@ -1,0 +1,69 @@
+// One effect of a chain at work: its instance, its inputs, and what it renders at any time.
+#pragma once
+
+#include "host/model/instance.h"
+#include "host/services/pools.h"
+
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zol::host {
+
+/// What all stages of a render share. The effects span `duration` from time 0.
+struct Timeline {
+  int width = 720, height = 576;
+  double rate = 25;
+  double pixelAspect = 1;
+  double duration = 1;
+  unsigned sampleRate = 48000, channels = 2;
+};
+
+class Stage {
+public:
+  /// `realTime`: use the real-time callback even where there is another.
+  Stage(const Effect &effect, const std::string &identity, const Timeline &timeline, bool realTime,
+        Clip *defaultClip);
+
+  Instance &instance() { return instance_; }
+
+  /// The picture at a time in seconds: frame-sized, what the effect rendered in its place and transparent
+  /// black around it. Throws HostError with the effect's own message where it renders nothing.
+  std::unique_ptr<PictureBuffer> video(double time);
+  /// The sound of a stretch of time, in seconds; likewise.
+  std::unique_ptr<AudioBuffer> audio(double from, double to);
+
+  /// Whether the effect makes sound rather than pictures.
+  static bool isSound(const Effect &effect) { return effect.renderAudio != nullptr; }
+  /// Throws HostError for an effect that is declared without any render callback.
+  static void checkRenders(const Effect &effect);
+
+private:
+  std::unique_ptr<PictureBuffer> realTimeVideo(double time);
+  [[noreturn]] void fail(double time);
+
+  Instance instance_;
+  Timeline timeline_;
+  bool realTime_;
+};
+
+/// A stage as the input of the next.
+class StageClip : public Clip {
+public:
+  explicit StageClip(Stage &stage) : stage_(stage) {}
+  pic *frame(double time, int width, int height) override;
+  t_ZoAudio *audio(double from, double to) override;
+  void release();
+
+private:
+  struct Rendered {
+    double time;
+    std::unique_ptr<PictureBuffer> picture;
+  };
+  Stage &stage_;
+  std::deque<Rendered> pictures_;
+  std::deque<std::unique_ptr<AudioBuffer>> blocks_;
+};
+
+} // namespace zol::host

@@ -1,0 +1,43 @@
+// A loaded effects library and all that it declared.
+#pragma once
+
+#include "host/model/registry.h"
+#include "host/script/interpreter.h"
+#include "host/script/memory.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zol::host {
+
+class EffectLibrary {
+public:
+  /// Loads the file and has it declare itself to a host of the given identity. Throws HostError when it
+  /// cannot be loaded or has no entry; statements in error are kept in errors().
+  EffectLibrary(const std::string &file, const std::string &identity);
+
+  /// The library that stands beside this program.
+  static std::string defaultFile();
+
+  [[nodiscard]] const Registry &registry() const { return registry_; }
+  [[nodiscard]] const std::vector<Interpreter::Error> &errors() const { return interpreter_->errors(); }
+  [[nodiscard]] const std::string &identity() const { return identity_; }
+
+  /// The one effect that the user means. Throws HostError with the candidates where there are several, or the
+  /// nearest names where there is none.
+  [[nodiscard]] const Effect &effect(const std::string &wanted) const;
+
+private:
+  struct Close {
+    void operator()(void *handle) const;
+  };
+
+  std::string identity_;
+  std::unique_ptr<void, Close> handle_;
+  std::unique_ptr<ProcessMemory> memory_;
+  Registry registry_;
+  std::unique_ptr<Interpreter> interpreter_;
+};
+
+} // namespace zol::host

@@ -1,0 +1,204 @@
+// The command as a user meets it: words in, files and lines out.
+
+#include "tests/apps/zol.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <set>
+
+namespace zol::test {
+namespace {
+
+using Zol = InFolder;
+
+TEST_F(Zol, ListsWhatTheHostIsGiven) {
+  const Outcome all = zol("list");
+  EXPECT_EQ(all.status, 0);
+  EXPECT_EQ(std::count(all.out.begin(), all.out.end(), '\n'), 42); // Time Warp, declared twice, is one effect
+  const auto json = nlohmann::json::parse(zol("list --host Quorbel --json").out);
+  EXPECT_EQ(json.size(), 22U);
+  EXPECT_EQ(json[0]["name"], "Sources/Solid Color");
+  EXPECT_EQ(json[0]["video"], true);
+}
+
+TEST_F(Zol, ShowsFieldsWithRangesAndDefaults) {
+  const Outcome text = zol("show 'solid color'");
+  EXPECT_NE(text.out.find("Color: colour #rrggbb[aa] (default #0000ff)"), std::string::npos) << text.out;
+  EXPECT_EQ(text.out.find("<br>"), std::string::npos);
+  const auto json = nlohmann::json::parse(zol("show 'SolidColor Zo2 native' --json").out);
+  EXPECT_EQ(json["fields"][2]["default"], "1");
+}
+
+TEST_F(Zol, DeclarationsHaveNoErrors) {
+  for (const char *host : {"Halvenor", "Quorbel", "other"}) {
+    const Outcome outcome = zol(std::string("declare --host ") + host);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_NE(outcome.out.find("eff.Sign = \"SolidColor Zo2 native\";"), std::string::npos);
+  }
+}
+
+TEST_F(Zol, CopiesAStillAndAClipExactly) {
+  make("still.png", "-f lavfi -i testsrc2=s=65x43 -frames:v 1");
+  render("copy -i still.png -o copy.png");
+  EXPECT_EQ(pixels("copy.png"), pixels("still.png"));
+  make("clip.mkv", "-f lavfi -i testsrc2=s=64x48:r=10:d=1.5 -c:v ffv1 -pix_fmt bgra");
+  render("copy -i clip.mkv -o copy.mkv");
+  EXPECT_EQ(pixels("copy.mkv").size(), 15U * 64 * 48 * 4);
+  render("copy -i clip.mkv -o some.nut --frames 3-5");
+  EXPECT_EQ(pixels("some.nut").size(), 3U * 64 * 48 * 4);
+  const Outcome raw = zol("render copy -i clip.mkv -o - --frames 7-7");
+  EXPECT_EQ(raw.out, pixels("clip.mkv").substr(7U * 64 * 48 * 4, 64U * 48 * 4));
+}
+
+TEST_F(Zol, ReadsRawFramesFromAPipe) {
+  const Outcome piped = shell("head -c 4800 /dev/zero | " ZOL_BUILD_DIR "/zol render copy -i - --size 20x20 "
+                              "--rate 5 --duration 0.6 -o - | wc -c");
+  EXPECT_EQ(piped.out, "4800\n") << piped.err;
+}
+
+TEST_F(Zol, RendersAPipeToItsEnd) {
+  make("clip.mkv", "-f lavfi -i testsrc2=s=32x24:r=10:d=0.7 -c:v ffv1 -pix_fmt bgra");
+  const std::string told =
+      "ffmpeg -v error -i clip.mkv -f nut -c:v rawvideo - | " ZOL_BUILD_DIR "/zol render copy -i -";
+  EXPECT_EQ(shell(told + " -o told.nut").err, "");
+  EXPECT_EQ(pixels("told.nut"), pixels("clip.mkv"));
+  EXPECT_EQ(
+      shell("head -c 2000 /dev/zero | " ZOL_BUILD_DIR "/zol render copy -i - --size 10x10 -o - | wc -c").out,
+      "2000\n");
+  EXPECT_EQ(shell("head -c 80000 /dev/zero | " ZOL_BUILD_DIR
+                  "/zol render 'simple audio switcher' -i - --audio-rate 8000 --channels 2 -o - | wc -c")
+                .out,
+            "80000\n");
+}
+
+TEST_F(Zol, PlacesASmallerPictureWithinTheFrame) {
+  render("'solid color' --size 8x4 --set Geo='M2 1 H5 V3 H2 Z' --set Color=#102030 --set Alpha=1 -o box.png");
+  const std::string image = pixels("box.png");
+  ASSERT_EQ(image.size(), 128U);
+  for (int y = 0; y < 4; ++y)
+    for (int x = 0; x < 8; ++x) {
+      const bool inside = x >= 2 && x < 5 && y >= 1 && y < 3;
+      EXPECT_EQ(image.substr(static_cast<size_t>(y * 8 + x) * 4, 4),
+                inside ? std::string("\x30\x20\x10\xFF") : std::string(4, '\0'))
+          << x << ' ' << y;
+    }
+}
+
+TEST_F(Zol, AnimatesKeysOverTheSpan) {
+  render("'solid color' --size 2x2 --rate 10 --duration 1 --set 'Alpha=0=0;0.5=1' -o fade.nut");
+  const std::string frames = pixels("fade.nut");
+  ASSERT_EQ(frames.size(), 160U);
+  const auto alpha = [&](size_t frame) { return static_cast<uint8_t>(frames[frame * 16 + 3]); };
+  EXPECT_EQ(alpha(0), 0);
+  EXPECT_EQ(alpha(1), 51);
+  EXPECT_EQ(alpha(5), 255);
+  EXPECT_EQ(alpha(9), 255);
+}
+
+TEST_F(Zol, ChainsEffects) {
+  make("still.png", "-f lavfi -i testsrc2=s=32x16 -frames:v 1");
+  render("copy -i still.png ! copy ! copy -o chain.png");
+  EXPECT_EQ(pixels("chain.png"), pixels("still.png"));
+}
+
+TEST_F(Zol, RefusesWhatCannotBeDoneInOneLine) {
+  make("still.png", "-f lavfi -i testsrc2=s=32x16 -frames:v 1");
+  shell("echo no picture > broken.png; mkdir folder");
+  fails("frobnicate", "frobnicate", 2);
+  fails("render", "effect", 2);
+  fails("render copy -i still.png -o out.png --size 10", "--size takes", 2);
+  fails("render copy -i still.png -o out.png --frames 5-x", "--frames takes", 2);
+  fails("render copy -i still.png -o out.png --set Input", "--set takes", 2);
+  fails("render copy -i still.png -o out.png --fault Nothing@1", "--fault takes", 2);
+  fails("render coppy -i still.png -o out.png", "did you mean \"Filters/Copy\"?");
+  fails("render warp -i still.png -o out.png", "does not render yet");
+  fails("render copy -i absent.png -o out.png", "absent.png");
+  fails("render copy -i broken.png -o out.png", "broken.png");
+  fails("render copy -o out.png", "Input not assigned");
+  fails("render copy -i still.png -i still.png -o out.png", "has 1 input");
+  fails("render copy -i still.png -o still.png", "still.png");
+  fails("render copy -i still.png -o absent/out.png", "absent");
+  fails("render copy -i still.png -o folder", "folder");
+  fails("render copy -i still.png -o out.wav", "makes pictures");
+  fails("render copy -i still.png -o out.png --size 0x5", "cannot be made");
+  fails("render copy -i still.png -o out.png --size 40000x5", "cannot be made");
+  fails("render copy -i still.png -o out.png --frames 0-2", "single picture");
+  fails("render 'solid color' -o out.png --set Alpha=1.5", "from 0 to 1");
+  fails("render 'solid color' -o out.png --set Alpha=much", "from 0 to 1");
+  fails("render 'solid color' -o out.png --set Color=red", "#rrggbb");
+  fails("render 'solid color' -o out.png --set Geo=circle", "Geo");
+  fails("render 'solid color' -o out.png --set Colour=#ffffff", "did you mean \"Color\"?");
+  fails("render copy -i still.png -o - > /dev/full", "No space left");
+  fails("list --library absent.so", "absent.so");
+}
+
+TEST_F(Zol, ReplacesAFileOnlyWhenTold) {
+  make("still.png", "-f lavfi -i testsrc2=s=32x16 -frames:v 1");
+  shell("cp still.png out.png");
+  const std::string before = contents(path("out.png"));
+  fails("render 'solid color' --size 4x4 -o out.png", "out.png");
+  EXPECT_EQ(contents(path("out.png")), before);
+  fails("render copy -i still.png -y -o out.png --fault PicDuplicate@1", "rendered nothing");
+  EXPECT_EQ(contents(path("out.png")), before);
+  render("'solid color' --size 4x4 -y -o out.png");
+  EXPECT_EQ(pixels("out.png").size(), 64U);
+}
+
+TEST_F(Zol, FaultsReachTheUserAsTheEffectsOwnMessage) {
+  fails("render 'solid color' --size 4x4 -o out.png --fault PicCreate@1", "Memory allocation error");
+  fails("render 'solid color' --size 4x4 --rate 10 --duration 1 -o out.mp4 --fault PicCreate@4",
+        "at 0.3 s: Memory allocation error");
+}
+
+TEST_F(Zol, DryRunPrintsCommandsThatCanBePasted) {
+  make("still.png", "-f lavfi -i testsrc2=s=32x16 -frames:v 1");
+  const Outcome outcome = zol("render copy -i still.png -o out.mp4 --dry-run");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 2) << outcome.out;
+  EXPECT_FALSE(std::filesystem::exists(path("out.mp4")));
+  const std::string reader = outcome.out.substr(0, outcome.out.find('\n'));
+  EXPECT_EQ(shell(reader + " | head -c 2048 | wc -c").out, "2048\n") << reader;
+}
+
+TEST_F(Zol, DrawsTheIconSheet) {
+  EXPECT_EQ(zol("icons -o icons.png").status, 0);
+  EXPECT_GT(pixels("icons.png").size(), 1000U * 100 * 4);
+}
+
+TEST_F(Zol, SlowsAClipDown) {
+  make("clip.mkv", "-f lavfi -i smptebars=s=96x64:r=10:d=0.5,scroll=h=0.0834 -c:v ffv1 -pix_fmt bgra");
+  constexpr size_t kFrame = size_t{96} * 64 * 4;
+  const std::string source = pixels("clip.mkv");
+  std::set<std::string> between;
+  for (const char *words :
+       {"mix", "vector", "object", "mix --interlaced top", "vector --interlaced bottom"}) {
+    const Outcome outcome = zol(std::string("slowmo clip.mkv -y -o slow.mkv --factor 2 --method ") + words);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    const std::string slow = pixels("slow.mkv");
+    ASSERT_EQ(slow.size(), 10 * kFrame) << words;
+    for (size_t frame = 0; frame < 5; ++frame) // every other frame is the clip's own
+      EXPECT_EQ(slow.compare(2 * frame * kFrame, kFrame, source, frame * kFrame, kFrame), 0)
+          << words << frame;
+    if (std::string_view(words) != "object") // which follows nothing here, and then mixes
+      between.insert(slow.substr(kFrame, kFrame));
+  }
+  EXPECT_EQ(between.size(), 4U);
+  EXPECT_EQ(between.count(source.substr(0, kFrame)), 0U);
+  make("still.png", "-f lavfi -i testsrc2=s=32x16 -frames:v 1");
+  fails("slowmo still.png -o out.mkv", "no moving pictures");
+  fails("slowmo clip.mkv -o slow.mkv", "slow.mkv");
+  fails("slowmo clip.mkv -o out.mkv --factor 0.5", "--factor", 2);
+  fails("slowmo clip.mkv -o out.mkv --method magic", "--method", 2);
+}
+
+TEST_F(Zol, KeepsTheSoundOfTheFirstInput) {
+  make("clip.mkv", "-f lavfi -i testsrc2=s=64x48:r=10:d=1 -f lavfi -i sine=d=1 -c:v ffv1 -c:a flac");
+  render("copy -i clip.mkv -o out.mkv");
+  EXPECT_NE(shell("ffprobe -v error -show_entries stream=codec_type -of csv=p=0 out.mkv").out.find("audio"),
+            std::string::npos);
+}
+
+} // namespace
+} // namespace zol::test

@@ -1,0 +1,256 @@
+// The shared object as hosts meet it: its symbols, its needs, its sending functions, its declarations.
+
+#include "host/services/session.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <clocale>
+#include <cstdio>
+#include <dlfcn.h>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace zol {
+namespace {
+
+using host::Service;
+using host::Session;
+using Texts = std::vector<std::string>;
+
+const std::string kLibrary = ZOL_BUILD_DIR "/libzol.zoeffects.so.1";
+
+Texts lines(std::istream &&stream) {
+  Texts result;
+  for (std::string line; std::getline(stream, line);)
+    result.push_back(line);
+  return result;
+}
+
+Texts output(const std::string &command) {
+  FILE *pipe = popen(command.c_str(), "r");
+  std::string text;
+  char buffer[4096];
+  for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+    text.append(buffer, n);
+  EXPECT_EQ(pclose(pipe), 0) << command;
+  return lines(std::istringstream(text));
+}
+
+TEST(SharedObject, ShowsExactlyTheListedNames) {
+  std::set<std::string> visible;
+  for (const std::string &line : output("nm -DC --defined-only " + kLibrary))
+    visible.insert(line.substr(line.find(' ', line.find(' ') + 1) + 1));
+  const Texts listed = lines(std::ifstream(ZOL_SOURCE_DIR "/tests/frame/exports.txt"));
+  EXPECT_EQ(visible, std::set<std::string>(listed.begin(), listed.end()));
+}
+
+TEST(SharedObject, NeedsTheCLibrariesAlone) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizers need libraries of their own";
+#endif
+  Texts needs;
+  for (const std::string &line : output("readelf -d " + kLibrary)) {
+    const size_t name = line.find('[');
+    if (line.find("NEEDED") != std::string::npos)
+      needs.push_back(line.substr(name));
+    if (line.find("SONAME") != std::string::npos) {
+      EXPECT_EQ(line.substr(name), "[libzol.zoeffects.so.1]");
+    }
+  }
+  std::erase_if(needs,
+                [](const std::string &need) { return need == "[libc.so.6]" || need == "[libm.so.6]"; });
+  EXPECT_EQ(needs, Texts{});
+}
+
+// Of several weak definitions the linker keeps one, for every machine: none may be compiled for AVX2.
+TEST(SharedObject, KeepsWideInstructionsOutOfSharedFunctions) {
+  const Texts symbols =
+      output("find " ZOL_BUILD_DIR "/CMakeFiles/zol_avx2.dir -name '*.o' -exec nm -AP --defined-only {} +");
+  EXPECT_GT(symbols.size(), 0u);
+  for (const std::string &line : symbols) { // "object: name type value size"
+    const size_t type = line.find(' ', line.find(": ") + 2) + 1;
+    EXPECT_EQ(std::string("uVvWw").find(line[type]), std::string::npos) << line;
+  }
+}
+
+TEST(SharedObject, LoadsIntoAPlainCProgram) {
+  EXPECT_EQ(output(ZOL_BUILD_DIR "/plain_host " + kLibrary), Texts{"Memory allocation error"});
+}
+
+/// The library, loaded as a host loads it.
+class Border : public testing::Test {
+protected:
+  void SetUp() override {
+    library_ = dlopen(kLibrary.c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library_, nullptr) << dlerror();
+  }
+  void TearDown() override { dlclose(library_); }
+
+  template <class Function> Function *symbol(const char *name) {
+    return reinterpret_cast<Function *>(dlsym(library_, name));
+  }
+
+  /// The names declared to a host, in order.
+  Texts namesFor(const char *identity) {
+    Session session(identity);
+    Texts names;
+    session.onStatement = [&](const char *text) -> long long {
+      const std::string statement = text;
+      if (const size_t at = statement.find(".Name = \""); at != std::string::npos)
+        names.push_back(statement.substr(at + 9, statement.find('"', at + 9) - at - 9));
+      return 1;
+    };
+    EXPECT_EQ(symbol<int(t_ZoHostInfo *)>("ZoDeclare")(session.info()), 1);
+    return names;
+  }
+
+  void *library_ = nullptr;
+};
+
+TEST_F(Border, DeclaresEveryEffectInOrderToHalvenor) {
+  const Texts expected{"Filters/Copy",
+                       "Sources/Solid Color",
+                       "Filters/Blur",
+                       "Compositing/Shutter",
+                       "Sources/Media Source",
+                       "Sources/Gradient",
+                       "Geometry Shading/Draw Geometry",
+                       "Geometry Shading/Fill Geometry",
+                       "Compositing/Bluescreen",
+                       "Compositing/Paster tool",
+                       "Complex Filters/Aureole",
+                       "Compositing/Mix",
+                       "Geometry Shading/Star Generator",
+                       "Compositing/Mapper",
+                       "Compositing/Switcher",
+                       "Filters/Motion Blur",
+                       "Complex Filters/Bump",
+                       "Sources/Clouds Generator",
+                       "Filters/Color/Recolor",
+                       "Compositing/Audio Switcher",
+                       "Particle System/ScatterEx",
+                       "Sources/Sine Audio Generator",
+                       "Complex Filters/Drop Shadow",
+                       "Compositing/Crop",
+                       "Time/Time Warp",
+                       "Compositing/Perspective",
+                       "Geometry Shading/Dotted Shape",
+                       "Filters/Overlay",
+                       "Compositing/Crumble",
+                       "Filters/Standard/Color Keyer",
+                       "Compositing/Color Keyer",
+                       "Geometry Shading/Lightning",
+                       "Filters/AlphaEx",
+                       "Filters/Spread",
+                       "Time/Time Warp",
+                       "Geometry Shading/Wiper",
+                       "Compositing/Keyer",
+                       "Compositing/Chain Mix",
+                       "Filters/Deinterlace",
+                       "Filters/Deinterlace Basic",
+                       "Sources/Test Pattern Generator",
+                       "Audio/Filter/Simple Audio Switcher",
+                       "Audio/Transitions/Audio Transition"};
+  EXPECT_EQ(namesFor("Halvenor"), expected);
+  EXPECT_EQ(namesFor("hAlVeNoR"), expected);
+}
+
+TEST_F(Border, DeclaresToOtherHostsWhatTheyCanUse) {
+  EXPECT_EQ(namesFor("Quorbel"), (Texts{"Sources/Solid Color",
+                                        "Filters/Standard/Blur",
+                                        "Sources/Video Source",
+                                        "Sources/Audio Source",
+                                        "Sources/Gradient",
+                                        "Filters/Standard/Bluescreen",
+                                        "Transitions/Dissolve/Mix",
+                                        "Filters/Special/Star Generator",
+                                        "Sources/Clouds Generator",
+                                        "Filters/Color/Recolor",
+                                        "Sources/Sine Audio Generator",
+                                        "Filters/Standard/Drop Shadow",
+                                        "Filters/Standard/Crop",
+                                        "Filters/Special/Perspective",
+                                        "Filters/Standard/Overlay",
+                                        "Filters/Standard/Color Keyer",
+                                        "Filters/Special/Spread",
+                                        "Filters/Standard/Deinterlace",
+                                        "Filters/Standard/Deinterlace Basic",
+                                        "Sources/Test Pattern Generator",
+                                        "Audio/Filter/Simple Audio Switcher",
+                                        "Audio/Transitions/Audio Transition"}));
+  EXPECT_EQ(namesFor("some other"), (Texts{"Sources/Solid Color",
+                                           "Filters/Blur",
+                                           "Sources/Media Source",
+                                           "Sources/Gradient",
+                                           "Compositing/Bluescreen",
+                                           "Compositing/Mix",
+                                           "Filters/Special/Star Generator",
+                                           "Sources/Clouds Generator",
+                                           "Filters/Color/Recolor",
+                                           "Sources/Sine Audio Generator",
+                                           "Filters/Standard/Drop Shadow",
+                                           "Filters/Standard/Crop",
+                                           "Filters/Special/Perspective",
+                                           "Filters/Overlay",
+                                           "Filters/Standard/Color Keyer",
+                                           "Filters/Spread",
+                                           "Filters/Deinterlace",
+                                           "Filters/Deinterlace Basic",
+                                           "Sources/Test Pattern Generator",
+                                           "Audio/Filter/Simple Audio Switcher",
+                                           "Audio/Transitions/Audio Transition"}));
+}
+
+TEST_F(Border, FillsTheCommonTextsAtEveryCall) {
+  const char **texts = symbol<const char *>("COMMON_STR");
+  for (int round = 0; round < 2; ++round) {
+    texts[2] = "spoilt";
+    namesFor("Quorbel");
+    EXPECT_STREQ(texts[0], "O&K");
+    EXPECT_STREQ(texts[1], "&Cancel");
+    EXPECT_STREQ(texts[2], "Background");
+    EXPECT_STREQ(texts[4], "Geometry");
+    EXPECT_STREQ(texts[5], "see curve");
+    EXPECT_EQ(texts[6], nullptr);
+  }
+}
+
+TEST_F(Border, SendsFormattedStatementsThatFit) {
+  const auto send = symbol<long long(t_ZoHostInfo *, const char *, ...)>("ZoScriptExecuteHi");
+  const auto sendLow = symbol<int(t_ZoHostInfo *, const char *, ...)>("ZoScriptExecute");
+  Session session("Halvenor");
+  std::string received;
+  session.onStatement = [&](const char *text) -> long long {
+    received = text;
+    return 0x123456789ALL;
+  };
+  EXPECT_EQ(send(session.info(), "a = %d; b = \"%s\"; c = 0x%X", -3, "x", 0xABCU), 0x123456789ALL);
+  EXPECT_EQ(received, "a = -3; b = \"x\"; c = 0xABC");
+  EXPECT_EQ(sendLow(session.info(), "%f,%f", 0.0, 180.0), 0x3456789A);
+  EXPECT_EQ(received, "0.000000,180.000000");
+
+  const std::string longest(65535, 'x');
+  EXPECT_NE(send(session.info(), "%s", longest.c_str()), 0);
+  EXPECT_EQ(received, longest);
+  const int sent = session.faults.calls(Service::ScriptExecuteHi);
+  EXPECT_EQ(send(session.info(), "%s;", longest.c_str()), 0);
+  EXPECT_EQ(sendLow(session.info(), "%s;", longest.c_str()), 0);
+  EXPECT_EQ(session.faults.calls(Service::ScriptExecuteHi), sent);
+}
+
+TEST_F(Border, NamesLanguages) {
+  const auto name = symbol<const char *(int)>("LangSubstring");
+  EXPECT_STREQ(name(1), "RU");
+  EXPECT_STREQ(name(2), "DE");
+  for (const int other : {0, 3, 7, -1})
+    EXPECT_STREQ(name(other), "EN");
+  symbol<void(...)>("debug")("%d", 1);
+  symbol<void(...)>("message")("%d", 1);
+}
+
+} // namespace
+} // namespace zol
