@@ -5,7 +5,8 @@
 #include "effects/audio/switcher_texts.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
+#include "frame/host.h"
+#include "kernels/simd/scratch.h"
 #include "kernels/sound/audio_source.h"
 
 #include <algorithm>

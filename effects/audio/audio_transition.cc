@@ -4,7 +4,7 @@
 #include "effects/audio/audio_transition.xpm"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
+#include "frame/host.h"
 #include "kernels/sound/crossfade.h"
 
 [[gnu::visibility("default")]] int PARAM_INPUT1;

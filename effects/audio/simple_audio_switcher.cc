@@ -4,7 +4,7 @@
 #include "effects/audio/simple_audio_switcher.xpm"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
+#include "frame/host.h"
 #include "kernels/sound/routing.h"
 
 [[gnu::visibility("default")]] int PARAM_INPUT;

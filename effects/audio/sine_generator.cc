@@ -5,7 +5,7 @@
 #include "effects/audio/switcher_texts.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
+#include "frame/host.h"
 #include "kernels/sound/sine.h"
 
 #include <algorithm>

@@ -5,7 +5,8 @@
 #include "effects/compositing/bluescreen.xpm"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
+#include "frame/host.h"
+#include "frame/picture.h"
 #include "kernels/exports/bluescreen.h"
 
 #include <algorithm>

@@ -5,7 +5,8 @@
 #include "kernels/keying/color_keyer.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
+#include "frame/host.h"
+#include "frame/picture.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -4,7 +4,7 @@
 #include "effects/compositing/mix.xpm"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
+#include "frame/host.h"
 #include "kernels/exports/mix.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include "effects/filters/blur.xpm"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
+#include "frame/host.h"
 #include "kernels/exports/blur.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include "effects/filters/copy.xpm"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
+#include "frame/host.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // What both deinterlacers do around their kernels: the same fetching, the same messages.
 #pragma once
 
-#include "frame/render.h"
+#include "frame/host.h"
 
 namespace zol {
 

@@ -5,7 +5,8 @@
 #include "frame/convert.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
+#include "frame/host.h"
+#include "frame/picture.h"
 #include "kernels/compositing/lay_color.h"
 #include "kernels/exports/shape.h"
 

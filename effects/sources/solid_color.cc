@@ -5,7 +5,7 @@
 #include "frame/convert.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
-#include "frame/render.h"
+#include "frame/host.h"
 
 #include <algorithm>
 

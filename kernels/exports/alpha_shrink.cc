@@ -3,9 +3,10 @@
 
 #include "kernels/exports/alpha_shrink.h"
 
-#include "frame/render.h"
+#include "frame/host.h"
 #include "kernels/matte/erode_lines.h"
 #include "kernels/simd/alpha_plane.h"
+#include "kernels/simd/scratch.h"
 #include "kernels/simd/transpose.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "kernels/exports/bluescreen.h"
 
 #include "frame/convert.h"
-#include "frame/render.h"
+#include "frame/picture.h"
 #include "kernels/compositing/overlap.h"
 #include "kernels/exports/alpha_shrink.h"
 #include "kernels/exports/blur.h"

@@ -4,10 +4,12 @@
 
 #include "kernels/exports/blur.h"
 
-#include "frame/render.h"
+#include "frame/host.h"
+#include "frame/picture.h"
 #include "kernels/blur/tent.h"
 #include "kernels/blur/tent_lines.h"
 #include "kernels/simd/alpha_plane.h"
+#include "kernels/simd/scratch.h"
 #include "kernels/simd/transpose.h"
 
 #include <algorithm>

@@ -1,7 +1,8 @@
 #include "kernels/exports/mix.h"
 
 #include "frame/convert.h"
-#include "frame/render.h"
+#include "frame/host.h"
+#include "frame/picture.h"
 #include "kernels/compositing/mix_rows.h"
 
 #include <algorithm>
@@ -9,34 +10,6 @@
 
 namespace zol {
 namespace {
-
-/// The frame's columns and rows that a picture covers, ends exclusive.
-struct Area {
-  explicit Area(const pic *p) : left(p->X), top(p->Y), right(p->X + p->Width), bottom(p->Y + p->Height) {}
-  Area(int l, int t, int r, int b) : left(l), top(t), right(r), bottom(b) {}
-
-  [[nodiscard]] int width() const { return right - left; }
-  [[nodiscard]] int height() const { return bottom - top; }
-  [[nodiscard]] bool hasColumn(int x) const { return x >= left && x < right; }
-  [[nodiscard]] bool hasRow(int y) const { return y >= top && y < bottom; }
-
-  int left, top, right, bottom;
-};
-
-Area unionOf(const Area &a, const Area &b) {
-  return {std::min(a.left, b.left), std::min(a.top, b.top), std::max(a.right, b.right),
-          std::max(a.bottom, b.bottom)};
-}
-
-Area intersectionOf(const Area &a, const Area &b) {
-  return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
-          std::min(a.bottom, b.bottom)};
-}
-
-/// Where the pixel (x, y) of the frame lies in a picture whose area begins at (left, top).
-template <class Pixel> Pixel *pixelAt(Pixel *pixels, const Area &area, int x, int y) {
-  return pixels + ptrdiff_t{y - area.top} * area.width() + (x - area.left);
-}
 
 /// The weight of B, 4096 = 1.0.
 int weightOf(float ratio) { return truncate(ratio * kMixOne); }
@@ -103,16 +76,15 @@ void blendRowWrapped(const _color_t *a, const _color_t *b, _color_t *out, int wi
 using namespace zol;
 
 ZOL_EXPORT pic *mix_pics_union(pic *a, pic *b, float ratio, t_ZoHostInfo *host) {
-  const Area areaA(a);
-  const Area areaB(b);
+  const Area areaA = Area::of(*a);
+  const Area areaB = Area::of(*b);
   const Area area = unionOf(areaA, areaB);
   OwnedPic out(host, host->Services->PicCreate(area.width(), area.height()));
   if (!out) {
     showMemoryError(host);
     return nullptr;
   }
-  out->X = static_cast<int16_t>(area.left);
-  out->Y = static_cast<int16_t>(area.top);
+  placeAt(*out, area);
 
   const int weightB = weightOf(ratio);
   const auto mixRowsOfLevel = ZOL_SELECT(mixRows);
@@ -127,14 +99,14 @@ ZOL_EXPORT pic *mix_pics_union(pic *a, pic *b, float ratio, t_ZoHostInfo *host) 
                                     LimitedMix(weightB)};
     for (int x = area.left; x < area.right;) {
       const int edge = nextEdge(x, area.right, {areaA.left, areaA.right, areaB.left, areaB.right});
-      _color_t *to = pixelAt(out->Pixels, area, x, y);
+      _color_t *to = out->Pixels + area.index(x, y);
       MixStretch stretch{to, area.width(), to, area.width(), nullptr, 0, edge - x};
       if (rowsInA && areaA.hasColumn(x)) {
-        stretch.a = pixelAt(a->Pixels, areaA, x, y);
+        stretch.a = pixelAt(*a, x, y);
         stretch.aStep = areaA.width();
       }
       if (rowsInB && areaB.hasColumn(x)) {
-        stretch.b = pixelAt(b->Pixels, areaB, x, y);
+        stretch.b = pixelAt(*b, x, y);
         stretch.bStep = areaB.width();
       }
       if (withinOne(weightB))
@@ -152,14 +124,13 @@ ZOL_EXPORT pic *mix_pics_union(pic *a, pic *b, float ratio, t_ZoHostInfo *host) 
 }
 
 ZOL_EXPORT pic *mix_pics_intersect(pic *a, pic *b, float ratio, t_ZoHostInfo *host) {
-  const Area areaA(a);
-  const Area areaB(b);
+  const Area areaA = Area::of(*a);
+  const Area areaB = Area::of(*b);
   const Area area = intersectionOf(areaA, areaB);
   OwnedPic out(host, host->Services->PicCreate(area.width(), area.height()));
   if (!out)
     return nullptr;
-  out->X = static_cast<int16_t>(area.left);
-  out->Y = static_cast<int16_t>(area.top);
+  placeAt(*out, area);
 
   const int weightB = weightOf(ratio);
   const auto row = withinOne(weightB) ? ZOL_SELECT(blendRow) : blendRowWrapped;
@@ -167,8 +138,8 @@ ZOL_EXPORT pic *mix_pics_intersect(pic *a, pic *b, float ratio, t_ZoHostInfo *ho
     if (area.width() <= 0)
       return;
     const int frameY = area.top + y;
-    row(pixelAt(a->Pixels, areaA, area.left, frameY), pixelAt(b->Pixels, areaB, area.left, frameY),
-        pixelAt(out->Pixels, area, area.left, frameY), area.width(), weightB);
+    row(pixelAt(*a, area.left, frameY), pixelAt(*b, area.left, frameY),
+        out->Pixels + area.index(area.left, frameY), area.width(), weightB);
   });
   return finished ? out.release() : nullptr;
 }

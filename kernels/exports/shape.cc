@@ -1,7 +1,8 @@
 #include "kernels/exports/shape.h"
 
 #include "frame/convert.h"
-#include "frame/render.h"
+#include "frame/host.h"
+#include "frame/picture.h"
 #include "kernels/shape/shape_crossings.h"
 #include "kernels/shape/shape_rows.h"
 #include "kernels/shape/shape_segments.h"

@@ -1,7 +1,7 @@
 #include "kernels/keying/color_keyer.h"
 
 #include "frame/convert.h"
-#include "frame/render.h"
+#include "frame/host.h"
 #include "kernels/compositing/overlap.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // Where the segments of a geometry cross scanlines or column lines.
 #pragma once
 
-#include "frame/render.h"
 #include "kernels/shape/shape_segments.h"
+#include "kernels/simd/scratch.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,14 +1,9 @@
-// What every render callback needs: parameters, inputs, pictures and their ownership, sound, the loop over
-// rows. The helpers make the host calls that they name, each exactly once and in the order given.
+// The border: the calls of the host that renders make. Each helper makes the calls that it names, each
+// exactly once and in the order given.
 #pragma once
 
 #include "frame/texts.h"
 #include "frame/zol.h"
-
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <limits>
 
 namespace zol {
 
@@ -78,54 +73,5 @@ inline pic *requiredFrame(t_ZoHostInfo *host, int field, const char *message) {
 inline void setDefaultInput(t_ZoHostInfo *host, int field) {
   host->Services->InputSet(host, field, 0, host->Services->ClipGetDefault(host));
 }
-
-/// A picture that the library created: freed through the host on every early return, until release()
-/// hands it out.
-class OwnedPic {
-public:
-  OwnedPic(t_ZoHostInfo *host, pic *picture) : host_(host), picture_(picture) {}
-  ~OwnedPic() { reset(); }
-  OwnedPic(const OwnedPic &) = delete;
-  OwnedPic &operator=(const OwnedPic &) = delete;
-
-  explicit operator bool() const { return picture_ != nullptr; }
-  pic *operator->() const { return picture_; }
-  [[nodiscard]] pic *get() const { return picture_; }
-  [[nodiscard]] pic *release() {
-    pic *picture = picture_;
-    picture_ = nullptr;
-    return picture;
-  }
-  void reset() {
-    if (picture_ != nullptr)
-      host_->Services->PicFree(picture_);
-    picture_ = nullptr;
-  }
-
-private:
-  t_ZoHostInfo *host_;
-  pic *picture_;
-};
-
-/// `count` uninitialised elements from the general allocator, freed with the object. Tests as false
-/// when they could not be had (a count of 0 is always had).
-template <class T> class Scratch {
-public:
-  explicit Scratch(size_t count)
-      : data_(count > std::numeric_limits<size_t>::max() / sizeof(T)
-                  ? nullptr
-                  : static_cast<T *>(std::malloc(count == 0 ? 1 : count * sizeof(T)))) {}
-  // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): takes the union within std::optional for a second owner
-  ~Scratch() { std::free(data_); }
-  Scratch(const Scratch &) = delete;
-  Scratch &operator=(const Scratch &) = delete;
-
-  explicit operator bool() const { return data_ != nullptr; }
-  [[nodiscard]] T *data() const { return data_; }
-  T &operator[](size_t index) const { return data_[index]; }
-
-private:
-  T *data_;
-};
 
 } // namespace zol
