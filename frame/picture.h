@@ -21,6 +21,7 @@ struct Area {
 
   [[nodiscard]] int width() const { return right - left; }
   [[nodiscard]] int height() const { return bottom - top; }
+  [[nodiscard]] Area moved(int dx, int dy) const { return {left + dx, top + dy, right + dx, bottom + dy}; }
   [[nodiscard]] bool isEmpty() const { return right <= left || bottom <= top; }
   [[nodiscard]] bool hasColumn(int x) const { return x >= left && x < right; }
   [[nodiscard]] bool hasRow(int y) const { return y >= top && y < bottom; }
@@ -43,6 +44,18 @@ inline Area intersectionOf(const Area &a, const Area &b) {
           std::min(a.bottom, b.bottom)};
 }
 
+/// The part of `whole` that `cover` lies on. Where they do not meet it is empty and still within `whole`, so
+/// that its sides always divide the rows and columns of `whole` into before, covered and behind.
+inline Area coveredPart(const Area &whole, const Area &cover) {
+  const int right = std::max(whole.left, whole.right), bottom = std::max(whole.top, whole.bottom);
+  Area part;
+  part.left = std::clamp(cover.left, whole.left, right);
+  part.top = std::clamp(cover.top, whole.top, bottom);
+  part.right = std::clamp(cover.right, part.left, right);
+  part.bottom = std::clamp(cover.bottom, part.top, bottom);
+  return part.isEmpty() ? Area{part.left, part.top, part.left, part.top} : part;
+}
+
 /// Where the frame's pixel (x, y) stands in the picture's pixels.
 inline _color_t *pixelAt(const pic &picture, int x, int y) {
   return picture.Pixels + Area::of(picture).index(x, y);
@@ -51,6 +64,19 @@ inline _color_t *pixelAt(const pic &picture, int x, int y) {
 inline void placeAt(pic &picture, const Area &area) {
   picture.X = static_cast<int16_t>(area.left);
   picture.Y = static_cast<int16_t>(area.top);
+}
+
+/// Calls row(to, from, width) with the pixels of every row that both pictures have, from the top on.
+template <class Row> void forEachSharedRow(const pic &to, const pic &from, Row row) {
+  const Area shared = coveredPart(Area::of(to), Area::of(from));
+  for (int y = shared.top; y < shared.bottom; ++y)
+    row(pixelAt(to, shared.left, y), pixelAt(from, shared.left, y), shared.width());
+}
+
+/// Copies what two pictures of the frame share; the rest of `to` stays.
+inline void copyShared(const pic &to, const pic &from) {
+  forEachSharedRow(to, from,
+                   [](_color_t *out, const _color_t *in, int width) { std::copy_n(in, width, out); });
 }
 
 /// A picture that the library created: freed through the host on every early return, until release()
