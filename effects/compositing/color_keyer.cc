@@ -175,7 +175,8 @@ pic *render(t_ZoHostInfo *host) {
   }
   out->X = extent.X;
   out->Y = extent.Y;
-  if (!zol::layOver(host, key, *foreground, background, *out.get())) {
+  const zol::KeyedRows rows(key, *foreground, background, *out);
+  if (!zol::forEachRow(host, rows.count(), [&](int row) { rows.lay(row); })) {
     out.reset();
     zol::showMessage(host, nullptr);
     return nullptr;

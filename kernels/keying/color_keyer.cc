@@ -1,8 +1,6 @@
 #include "kernels/keying/color_keyer.h"
 
 #include "frame/convert.h"
-#include "frame/host.h"
-#include "kernels/compositing/overlap.h"
 
 #include <algorithm>
 
@@ -38,28 +36,29 @@ void underlay(const _color_t *background, _color_t *out, int width) {
   ZOL_SELECT(underlayRow)(background, out, width);
 }
 
-bool layOver(t_ZoHostInfo *host, const ColorKey &key, const pic &foreground, const pic *background,
-             pic &out) {
-  const auto pixels = [width = static_cast<size_t>(out.Width)](int rows) {
-    return static_cast<size_t>(rows) * width;
+KeyedRows::KeyedRows(const ColorKey &key, const pic &foreground, const pic *background, const pic &out)
+    : key_(key), foreground_(foreground), ground_(background != nullptr ? background->Pixels : out.Pixels),
+      out_(out), covered_(coveredPart(Area::of(out), Area::of(foreground))) {
+  const Area whole = Area::of(out);
+  const auto rows = [&](int first, int last) {
+    const ptrdiff_t at = whole.index(whole.left, first), pixels = ptrdiff_t{last - first} * whole.width();
+    underlay(ground_ + at, out.Pixels + at, static_cast<int>(pixels));
   };
   if (background == nullptr)
-    std::fill_n(out.Pixels, pixels(out.Height), _color_t{});
-  const _color_t *ground = background != nullptr ? background->Pixels : out.Pixels;
+    std::fill_n(out.Pixels, whole.index(whole.left, whole.bottom), _color_t{});
+  rows(whole.top, covered_.top);
+  rows(covered_.bottom, whole.bottom);
+}
 
-  const Overlap covered(out, foreground);
-  underlay(ground, out.Pixels, covered.top * out.Width);
-  underlay(ground + pixels(covered.bottom), out.Pixels + pixels(covered.bottom),
-           (out.Height - covered.bottom) * out.Width);
-  return forEachRow(host, covered.bottom - covered.top, [&](int rowOfOverlap) {
-    const int y = covered.top + rowOfOverlap;
-    const _color_t *under = ground + pixels(y);
-    _color_t *row = out.Pixels + pixels(y);
-    underlay(under, row, covered.left);
-    key.layRow(foreground.Pixels + coverIndex(out, foreground, covered.left, y), under + covered.left,
-               row + covered.left, covered.right - covered.left);
-    underlay(under + covered.right, row + covered.right, out.Width - covered.right);
-  });
+void KeyedRows::lay(int row) const {
+  const Area whole = Area::of(out_);
+  const int y = covered_.top + row, before = covered_.left - whole.left, width = covered_.width();
+  const ptrdiff_t at = whole.index(whole.left, y);
+  const _color_t *under = ground_ + at;
+  _color_t *out = out_.Pixels + at;
+  underlay(under, out, before);
+  key_.layRow(pixelAt(foreground_, covered_.left, y), under + before, out + before, width);
+  underlay(under + before + width, out + before + width, whole.right - covered_.right);
 }
 
 } // namespace zol

@@ -1,7 +1,7 @@
 // The colour keyer: opacity by the distance from a colour.
 #pragma once
 
-#include "frame/zol.h"
+#include "frame/picture.h"
 #include "kernels/keying/color_keyer_rows.h"
 
 namespace zol {
@@ -24,12 +24,27 @@ private:
   Laying byDistanceSum_[kDistanceSums];
 };
 
-/// Lays the foreground on the background, or on blank pixels where there is none, in `out`, which has the
-/// place and size of the background, else of the foreground. Polls the host after each row that the
-/// foreground covers; false when it wants to stop.
-bool layOver(t_ZoHostInfo *host, const ColorKey &key, const pic &foreground, const pic *background, pic &out);
-
 /// The background with alpha 0, as it shows where there is no foreground; `out` may be the background.
 void underlay(const _color_t *background, _color_t *out, int width);
+
+/// A foreground laid on a background, or on blank pixels where there is none, anywhere in the frame.
+class KeyedRows {
+public:
+  /// `out` has the place and size of the background, else of the foreground. All that is above and below the
+  /// foreground is written at once.
+  KeyedRows(const ColorKey &key, const pic &foreground, const pic *background, const pic &out);
+
+  /// The number of rows that the foreground covers.
+  [[nodiscard]] int count() const { return covered_.height(); }
+  /// Writes one of them, 0 to count() - 1, in its whole width.
+  void lay(int row) const;
+
+private:
+  const ColorKey &key_;
+  const pic &foreground_;
+  const _color_t *ground_; ///< pixels of the place and size of `out`
+  const pic &out_;
+  Area covered_;
+};
 
 } // namespace zol
