@@ -16,6 +16,7 @@ struct ErodeReach {
   int whole; ///< below the count of lines
   int part;  ///< 0 to 256
 
+  [[nodiscard]] bool reaches() const { return whole != 0 || part != 0; }
   /// Lines of kErodeMaxLanes bytes that the erosion needs to work in.
   [[nodiscard]] size_t workLines() const { return 2 * static_cast<size_t>(whole) + 1; }
 };

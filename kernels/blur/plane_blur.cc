@@ -1,0 +1,90 @@
+// Both passes are one filter that runs over lines: down the picture, and, on a transposed band, along it.
+// A band of rows is blurred at a time, so that what the first pass leaves is still in the cache when the
+// second takes it up, and the running sums of the first wait in the row buffer for the next band.
+
+#include "kernels/blur/plane_blur.h"
+
+#include "frame/zol.h"
+#include "kernels/simd/transpose.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zol {
+namespace {
+
+constexpr int kLanes = kTentMaxLanes;
+constexpr int kLaneGroup = kTentLaneGroup;
+
+constexpr int roundUp(int value, int unit) { return (value + unit - 1) / unit * unit; }
+
+} // namespace
+
+template <class Pixel>
+PlaneBlur<Pixel>::PlaneBlur(const Tent &tent, const Pixel *src, size_t width, size_t height,
+                            int32_t *rowBuffer)
+    : tent_(tent), src_(reinterpret_cast<const uint8_t *>(src)), width_(static_cast<int>(width)),
+      height_(static_cast<int>(height)), wholeBytes_(rowBytes() / kLaneGroup * kLaneGroup),
+      rowBuffer_(rowBuffer), slopes_(width * kPixelBytes), columns_(width * kLanes),
+      window_(static_cast<size_t>(kBandRows + 2 * tent.reach + 2) * kLaneGroup) {
+  if (!*this)
+    return;
+  std::fill_n(rowBuffer_, wholeBytes_, 0);
+  std::fill_n(slopes_.data(), wholeBytes_, int16_t{0});
+  std::memset(columns_.data(), 0, width * kLanes);
+}
+
+template <class Pixel> void PlaneBlur<Pixel>::band(int top, Pixel *dst) {
+  const int rows = std::min(kBandRows, height_ - top);
+  for (int at = 0; at < wholeBytes_; at += kLanes)
+    blurColumns(top, rows, at, std::min(kLanes, wholeBytes_ - at), {rowBuffer_ + at, slopes_.data() + at});
+  if (wholeBytes_ < rowBytes())
+    blurColumns(top, rows, wholeBytes_, kLaneGroup, {restWeighted_, restSlopes_});
+  blurRows(rows, dst);
+}
+
+/// The first pass for the columns of the band that begin `at` bytes into the row, which it leaves transposed
+/// in columns_.
+template <class Pixel>
+void PlaneBlur<Pixel>::blurColumns(int top, int rows, int at, int lanes, const TentSums &sums) {
+  alignas(32) uint8_t block[kBandRows * kLanes];
+  const int bytes = std::min(lanes, rowBytes() - at);
+  const TentSource source =
+      bytes < lanes ? gather(top, rows, at, bytes) : TentSource{src_ + at, rowBytes(), 0, height_};
+  lines_(tent_, source, top == 0 ? -tent_.reach : top, top + rows, lanes, sums, block, kLanes);
+  transpose(reinterpret_cast<const Pixel *>(block), kBandRows, rows, bytes / kPixelBytes,
+            reinterpret_cast<Pixel *>(columns_.data() + ptrdiff_t{at / kPixelBytes} * kLanes), kBandRows);
+}
+
+/// The last bytes of every row that the band needs, where they do not fill a group of lanes: beside zeros, so
+/// that nothing is read beyond the picture.
+template <class Pixel> TentSource PlaneBlur<Pixel>::gather(int top, int rows, int at, int bytes) {
+  const int begin = std::max(0, top - 2 - tent_.reach);
+  const int end = std::min(height_, top + rows + tent_.reach);
+  uint8_t *to = window_.data();
+  for (int y = begin; y < end; ++y, to += kLaneGroup) {
+    std::memcpy(to, src_ + ptrdiff_t{y} * rowBytes() + at, static_cast<size_t>(bytes));
+    std::memset(to + bytes, 0, static_cast<size_t>(kLaneGroup - bytes));
+  }
+  return {window_.data(), kLaneGroup, begin, height_};
+}
+
+/// The second pass: lines are the band's columns, lanes its rows.
+template <class Pixel> void PlaneBlur<Pixel>::blurRows(int rows, Pixel *dst) {
+  constexpr int kBlockColumns = 16;
+  alignas(32) uint8_t block[kBlockColumns * kLanes];
+  int32_t weighted[kLanes] = {};
+  int16_t slopes[kLanes] = {};
+  const int lanes = roundUp(rows * kPixelBytes, kLaneGroup);
+  const TentSource source{columns_.data(), kLanes, 0, width_};
+  for (int x = 0; x < width_; x += kBlockColumns) {
+    const int columns = std::min(kBlockColumns, width_ - x);
+    lines_(tent_, source, x == 0 ? -tent_.reach : x, x + columns, lanes, {weighted, slopes}, block, kLanes);
+    transpose(reinterpret_cast<const Pixel *>(block), kBandRows, columns, rows, dst + x, width_);
+  }
+}
+
+template class PlaneBlur<_color_t>;
+template class PlaneBlur<uint8_t>;
+
+} // namespace zol
