@@ -1,6 +1,6 @@
 // The colour models, one call a pixel, over as many random pixels as a 1920 x 1080 frame has.
 
-#include "kernels/color/color_models.h"
+#include "kernels/exports/color_models.h"
 #include "plain/color_models.h"
 
 #include <benchmark/benchmark.h>

@@ -1,4 +1,4 @@
-#include "kernels/color/color_models.h"
+#include "kernels/exports/color_models.h"
 
 #include "plain/color_models.h"
 
