@@ -1,5 +1,7 @@
 #include "kernels/shape/crossing_search.h"
 
+#include "kernels/shape/hermite.h"
+
 #include <immintrin.h>
 
 namespace zol::ZOL_LEVEL {
@@ -74,14 +76,8 @@ void bisect(const CrossingSearch &search, int first, Reals *middle) {
 }
 
 Reals otherCoordinate(const CrossingSearch &search, int lane, Reals t) {
-  const Reals t2 = t * t;
-  const Reals t3 = t2 * t;
-  const Reals h00 = 2.0 * t3 - 3.0 * t2 + 1.0;
-  const Reals h01 = -2.0 * t3 + 3.0 * t2;
-  const Reals h10 = t3 - 2.0 * t2 + t;
-  const Reals h11 = t3 - t2;
-  return h00 * load(search.q0 + lane) + h01 * load(search.q1 + lane) + h10 * load(search.t0 + lane) +
-         h11 * load(search.t1 + lane);
+  return hermite(t, load(search.q0 + lane), load(search.q1 + lane), load(search.t0 + lane),
+                 load(search.t1 + lane));
 }
 
 } // namespace

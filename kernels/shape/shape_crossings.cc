@@ -131,7 +131,7 @@ uint64_t countCrossings(const Piece *pieces, size_t pieceCount, int first, Cross
 
 } // namespace
 
-CrossingLines::CrossingLines(const ShapeFillContext &segments, LineKind kind, int first, int count)
+CrossingLines::CrossingLines(const ShapeSegments &segments, LineKind kind, int first, int count)
     : lines_(static_cast<size_t>(std::max(count, 0)) + 1) {
   if (!lines_)
     return;
@@ -202,6 +202,17 @@ void makeSpans(CrossingLine &line, int first, int length) {
                                     static_cast<uint8_t>((end - lastPixel) * 255.0),
                                     end - lastPixel > 0.0};
   }
+}
+
+bool isInside(const CrossingLine &line, double place) {
+  for (uint32_t i = 0; i < line.count; ++i) {
+    const bool inside = i % 2 == 0;
+    if (i + 1 == line.count || (line.crossings[i] <= place && place <= line.crossings[i + 1]))
+      return inside;
+    if (line.crossings[i] >= place)
+      return false;
+  }
+  return false;
 }
 
 } // namespace zol

@@ -33,7 +33,7 @@ enum class LineKind { rows, columns };
 class CrossingLines {
 public:
   /// Tests as false afterwards when memory ran out.
-  CrossingLines(const ShapeFillContext &segments, LineKind kind, int first, int count);
+  CrossingLines(const ShapeSegments &segments, LineKind kind, int first, int count);
 
   explicit operator bool() const { return complete_; }
   CrossingLine &operator[](int index) const { return lines_[static_cast<size_t>(index)]; }
@@ -51,5 +51,8 @@ void sortCrossings(CrossingLine &line);
 /// Makes spans of the ordered crossings by the even-odd rule, clipped to [first, first + length] and counted
 /// from the pixel `first` on.
 void makeSpans(CrossingLine &line, int first, int length);
+
+/// Whether the place lies between two of the ordered crossings by the even-odd rule, ends included.
+bool isInside(const CrossingLine &line, double place);
 
 } // namespace zol

@@ -1,9 +1,11 @@
-// Lengths along segments, measured by chords.
+#include "kernels/shape/shape_length.h"
 
-#include "kernels/exports/shape.h"
+#include "kernels/shape/hermite.h"
 
 #include <cmath>
+#include <cstddef>
 
+namespace zol {
 namespace {
 
 struct Point {
@@ -15,14 +17,8 @@ public:
   explicit MeasuredCurve(const float *segment) : s_(segment) {}
 
   [[nodiscard]] Point at(double t) const {
-    const double t2 = t * t;
-    const double t3 = t2 * t;
-    const double h00 = 2.0 * t3 - 3.0 * t2 + 1.0;
-    const double h01 = -2.0 * t3 + 3.0 * t2;
-    const double h10 = t3 - 2.0 * t2 + t;
-    const double h11 = t3 - t2;
-    return {h00 * s_[2] + h01 * s_[3] + h10 * (3.0 * s_[4]) + h11 * (-3.0 * s_[5]),
-            h00 * s_[0] + h01 * s_[1] + h10 * (3.0 * s_[6]) + h11 * (-3.0 * s_[7])};
+    return {hermite(t, double{s_[2]}, double{s_[3]}, 3.0 * s_[4], -3.0 * s_[5]),
+            hermite(t, double{s_[0]}, double{s_[1]}, 3.0 * s_[6], -3.0 * s_[7])};
   }
 
   /// Length between two parameters whose points are known. At most `levels` halvings deep.
@@ -51,21 +47,20 @@ private:
 
 } // namespace
 
-ZOL_EXPORT double SegmentLength(const float *segment, double t0, double t1) {
+double segmentLength(const float *segment, double t0, double t1) {
   const MeasuredCurve curve(segment);
   return curve.length(t0, curve.at(t0), t1, curve.at(t1), MeasuredCurve::kAnyLevels);
 }
 
-ZOL_EXPORT double CurveByDistant(const float *segments, int count, double distance, int *index) {
+ChainPlace placeAlong(const float *segments, int count, double distance) {
   double total = 0.0;
   for (int i = 0; i < count; ++i) {
-    const double length = SegmentLength(segments + 8 * static_cast<size_t>(i), 0.0, 1.0);
-    if (total + length > distance) {
-      *index = i;
-      return length <= 0.0 ? 0.0 : (distance - total) / length;
-    }
+    const double length = segmentLength(segments + 8 * static_cast<size_t>(i), 0.0, 1.0);
+    if (total + length > distance)
+      return {i, length <= 0.0 ? 0.0 : (distance - total) / length};
     total += length;
   }
-  *index = count - 1;
-  return 1.0;
+  return {count - 1, 1.0};
 }
+
+} // namespace zol
