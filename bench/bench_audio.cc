@@ -2,9 +2,9 @@
 // each level, and the mixer beside the bare calls of the host that it has to make.
 
 #include "frame/effects.h"
+#include "kernels/sound/channel_routes.h"
 #include "kernels/sound/crossfade.h"
-#include "kernels/sound/routing.h"
-#include "kernels/sound/sine.h"
+#include "kernels/sound/tone.h"
 #include "plain/audio.h"
 
 #include <benchmark/benchmark.h>

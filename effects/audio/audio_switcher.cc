@@ -7,7 +7,7 @@
 #include "frame/effects.h"
 #include "frame/host.h"
 #include "kernels/simd/scratch.h"
-#include "kernels/sound/audio_source.h"
+#include "kernels/sound/samples.h"
 
 #include <algorithm>
 #include <cstdio>

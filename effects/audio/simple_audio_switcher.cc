@@ -5,7 +5,7 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/host.h"
-#include "kernels/sound/routing.h"
+#include "kernels/sound/channel_routes.h"
 
 [[gnu::visibility("default")]] int PARAM_INPUT;
 [[gnu::visibility("default")]] int PARAM_CH1;

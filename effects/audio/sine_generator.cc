@@ -6,7 +6,7 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/host.h"
-#include "kernels/sound/sine.h"
+#include "kernels/sound/tone.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "kernels/simd/levels.h"
-#include "kernels/sound/audio_source.h"
+#include "kernels/sound/samples.h"
 
 #include <cstddef>
 

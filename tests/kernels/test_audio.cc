@@ -1,8 +1,8 @@
 // The sound kernels against their literal forms, bit for bit, at every level.
 
+#include "kernels/sound/channel_routes.h"
 #include "kernels/sound/crossfade.h"
-#include "kernels/sound/routing.h"
-#include "kernels/sound/sine.h"
+#include "kernels/sound/tone.h"
 #include "plain/audio.h"
 
 #include <gtest/gtest.h>

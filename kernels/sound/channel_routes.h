@@ -1,7 +1,7 @@
 // Routing of the two channels of a stereo sound.
 #pragma once
 
-#include "kernels/sound/audio_source.h"
+#include "kernels/sound/samples.h"
 
 #include <cstddef>
 

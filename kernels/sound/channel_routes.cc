@@ -1,4 +1,4 @@
-#include "kernels/sound/routing.h"
+#include "kernels/sound/channel_routes.h"
 
 #include <algorithm>
 #include <cfloat>

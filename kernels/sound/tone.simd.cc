@@ -1,4 +1,4 @@
-#include "kernels/sound/sine.h"
+#include "kernels/sound/tone.h"
 
 namespace zol::ZOL_LEVEL {
 
