@@ -4,7 +4,7 @@
 
 #include "Runtimes/slomo_sdk/assertion.h"
 #include "Runtimes/slomo_sdk/engine.h"
-#include "kernels/motion/blend.h"
+#include "kernels/motion/words.h"
 
 #include <cstdint>
 #include <cstring>
@@ -183,31 +183,21 @@ void CSlowMotion::Close() {
 }
 
 void CSlowMotion::Interpol(void *dst, const void *frameA, const void *frameB, unsigned w, unsigned field) {
-  if ((m_nCPUFlags & 1) == 0)
-    Mix(FieldOf(dst, frameA, frameB, field), w);
+  if ((m_nCPUFlags & 1) != 0)
+    return;
+  const SField f = FieldOf(dst, frameA, frameB, field);
+  slomo::mixField(f, w, f.dst);
 }
 
 void CSlowMotion::StaticSel(void *dst, const void *frameA, const void *frameB, unsigned w, unsigned field) {
   const SField f = FieldOf(dst, frameA, frameB, field);
-  const auto mark = ZOL_SELECT(markChanged);
-  Mix(f, w);
-  for (size_t y = 0; y < f.rows; ++y)
-    mark(f.dst + y * f.stride, f.a + y * f.stride, f.b + y * f.stride, f.words);
+  slomo::mixField(f, w, f.dst);
+  slomo::markField(f, f.dst);
 }
 
 void CSlowMotion::CopyFrame(const void *src, void *dst, unsigned words, unsigned rows, unsigned stride) {
-  for (size_t y = 0; y < rows; ++y)
-    std::memcpy(slomo::rowOf(dst, stride, y), slomo::rowOf(src, stride, y), size_t{words} * 4);
-}
-
-void CSlowMotion::Mix(const SField &f, unsigned w) {
-  const auto blend = ZOL_SELECT(blendWords);
-  if (f.stride == f.words * 4) {
-    blend(f.dst, f.a, f.b, size_t{f.words} * f.rows, w);
-    return;
-  }
-  for (size_t y = 0; y < f.rows; ++y)
-    blend(f.dst + y * f.stride, f.a + y * f.stride, f.b + y * f.stride, f.words, w);
+  slomo::copyRows(static_cast<const unsigned char *>(src), static_cast<unsigned char *>(dst), words, rows,
+                  stride);
 }
 
 /// The field (or frame) that a method works on: of an interlaced frame every second row.
@@ -215,13 +205,10 @@ CSlowMotion::SField CSlowMotion::FieldOf(void *dst, const void *frameA, const vo
                                          unsigned field) const {
   const unsigned words = (m_nWidth * m_nBytesPerPixel + 3) / 4;
   const bool interlaced = m_bInterlaced != 0;
-  const size_t offset = interlaced && field != 0 ? words * 4 : 0;
-  return {words,
-          interlaced ? m_nHeight / 2 : m_nHeight,
-          words * (interlaced ? 8 : 4),
-          offset,
-          static_cast<const unsigned char *>(frameA) + offset,
-          static_cast<const unsigned char *>(frameB) + offset,
+  const size_t offset = interlaced && field != 0 ? size_t{words} * 4 : 0;
+  return {{static_cast<const unsigned char *>(frameA) + offset,
+           static_cast<const unsigned char *>(frameB) + offset, words, interlaced ? m_nHeight / 2 : m_nHeight,
+           size_t{words} * (interlaced ? 8 : 4)},
           static_cast<unsigned char *>(dst) + offset};
 }
 

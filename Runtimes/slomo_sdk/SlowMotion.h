@@ -103,12 +103,10 @@ public:
 
 private:
   struct ZOL_SLOW_MOTION_OWN SField;
-  class ZOL_SLOW_MOTION_OWN SObjectMotion;
 
   ZOL_SLOW_MOTION_OWN SField FieldOf(void *dst, const void *frameA, const void *frameB, unsigned field) const;
   bool HasBuffers() const { return m_pFillStack != nullptr; } // the last one that SetSequence allocates
   size_t StackPlaces() const { return HasBuffers() ? m_nArea / 2 : 0; }
-  ZOL_SLOW_MOTION_OWN void Mix(const SField &, unsigned w);
   ZOL_SLOW_MOTION_OWN void *Scratch(unsigned long long bytes);
   ZOL_SLOW_MOTION_OWN void FreeWork();
 

@@ -2,13 +2,9 @@
 #pragma once
 
 #include "Runtimes/slomo_sdk/SlowMotion.h"
-#include "Runtimes/slomo_sdk/words.h"
+#include "kernels/motion/field.h"
 
-/// One field of the frames, or the whole of progressive ones.
-struct CSlowMotion::SField {
-  unsigned words, rows;
-  unsigned stride; // bytes
-  size_t offset;   // bytes from a frame's start to the field's
-  const unsigned char *a, *b;
+/// One field of the frames, or the whole of progressive ones, and where it is made.
+struct CSlowMotion::SField : zol::slomo::FieldPair {
   unsigned char *dst;
 };

@@ -1,7 +1,7 @@
 #include "kernels/motion/block_search.h"
 
-#include "Runtimes/slomo_sdk/words.h"
 #include "kernels/motion/vectors.h"
+#include "kernels/motion/words.h"
 
 namespace zol::ZOL_LEVEL {
 namespace {

@@ -1,7 +1,7 @@
 // Connected words of one key: all of a frame's, found in two passes over its rows.
 #pragma once
 
-#include "Runtimes/slomo_sdk/SlowMotion.h"
+#include "kernels/motion/objects.h"
 #include "kernels/simd/levels.h"
 
 #include <cstdint>
@@ -19,7 +19,7 @@ namespace slomo {
 struct Component {
   uint32_t key;
   unsigned firstX, firstY; // the first word, row by row
-  SObjectData data;        // topX is left open
+  ObjectBox data;          // topX is left open
 };
 
 /// The components that have at least `least` words, in the order of their first words, and for each word of

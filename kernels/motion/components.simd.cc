@@ -1,5 +1,5 @@
 #include "kernels/motion/components.h"
-#include "Runtimes/slomo_sdk/words.h"
+#include "kernels/motion/words.h"
 
 namespace zol::ZOL_LEVEL {
 

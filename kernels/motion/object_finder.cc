@@ -37,7 +37,7 @@ ObjectFinder::ObjectFinder(const Components &components, unsigned words, unsigne
   });
 }
 
-bool ObjectFinder::find(uint32_t key, const SObjectData &sought, unsigned x, unsigned y, int *vec,
+bool ObjectFinder::find(uint32_t key, const ObjectBox &sought, unsigned x, unsigned y, int *vec,
                         Stamps &stamps, Place *stack, size_t capacity) {
   const int64_t ring = accept(key, sought, x, y);
   Place met;
@@ -51,7 +51,7 @@ bool ObjectFinder::find(uint32_t key, const SObjectData &sought, unsigned x, uns
 }
 
 /// Notes the components that suit and answers the first ring that can meet one of them, -1 without any.
-int64_t ObjectFinder::accept(uint32_t key, const SObjectData &sought, unsigned x, unsigned y) {
+int64_t ObjectFinder::accept(uint32_t key, const ObjectBox &sought, unsigned x, unsigned y) {
   ++query_;
   const uint32_t *end = order_ + components_.size();
   const unsigned most = sought.count + sought.count / 16;
@@ -61,7 +61,7 @@ int64_t ObjectFinder::accept(uint32_t key, const SObjectData &sought, unsigned x
   });
   int64_t ring = -1;
   for (; i != end && components_[*i].key == (key | 1) && components_[*i].data.count <= most; ++i) {
-    const SObjectData &box = components_[*i].data;
+    const ObjectBox &box = components_[*i].data;
     if (!isSameObject(box, sought))
       continue;
     accepted_[*i] = query_;
@@ -109,7 +109,7 @@ bool ObjectFinder::walk(int x, int y, int64_t ring, Place &met) const {
   return false;
 }
 
-/// What GetObjectData's topX is for a fill that starts at `start`: its order matters, so it is the same fill,
+/// What topX is for a fill that starts at `start`: its order matters, so it is the same fill,
 /// ended where nothing more can change.
 unsigned ObjectFinder::topX(Place start, const Component &found, Stamps &stamps, Place *stack,
                             size_t capacity) const {

@@ -1,8 +1,8 @@
 // The search for an object of one frame in the other, over that frame's components.
 #pragma once
 
-#include "Runtimes/slomo_sdk/words.h"
 #include "kernels/motion/components.h"
+#include "kernels/motion/words.h"
 
 namespace zol::slomo {
 
@@ -43,11 +43,11 @@ public:
   ObjectFinder(const Components &components, unsigned words, unsigned rows, void *memory);
 
   /// The displacement of an object of `key` at (x, y) that has at least kLeastTracked words; false without.
-  bool find(uint32_t key, const SObjectData &sought, unsigned x, unsigned y, int *vec, Stamps &stamps,
+  bool find(uint32_t key, const ObjectBox &sought, unsigned x, unsigned y, int *vec, Stamps &stamps,
             Place *stack, size_t capacity);
 
 private:
-  int64_t accept(uint32_t key, const SObjectData &sought, unsigned x, unsigned y);
+  int64_t accept(uint32_t key, const ObjectBox &sought, unsigned x, unsigned y);
   bool accepted(unsigned x, unsigned y) const;
   bool walk(int x, int y, int64_t ring, Place &met) const;
   unsigned topX(Place start, const Component &found, Stamps &stamps, Place *stack, size_t capacity) const;

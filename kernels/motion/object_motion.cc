@@ -1,80 +1,73 @@
-// Object motion: changed areas are taken for objects, searched in the frame before the time and pasted where
-// they stand in between; what is small or cannot be found is mixed in place.
-//
 // Two scans give the same bytes. The quick one rests on this: a word that was mixed is no longer marked as
 // changed, so an object that is mixed in place takes all other changed words of its component with it, and
 // the mixed frame needs only the moves. Where a mixed word happens to equal the mark, the scan that looks at
 // every word is made instead, as it is when no memory can be had for the search.
 
-#include "Runtimes/slomo_sdk/engine.h"
+#include "kernels/motion/object_motion.h"
+
 #include "kernels/motion/blend.h"
 #include "kernels/motion/components.h"
 #include "kernels/motion/object_finder.h"
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
-using namespace zol;
-using slomo::Component;
-using slomo::Components;
-using slomo::keyOf;
-using slomo::Place;
-using slomo::rowOf;
+namespace zol::slomo {
+namespace {
+
+/// Bytes of the tables: components of A, of B and of the changed words of B, and what the scan keeps of B's.
+struct Tables {
+  explicit Tables(const FieldPair &field) {
+    const uint64_t words = uint64_t{field.words} * field.rows;
+    a = Components::bytesFor(words, ObjectFinder::kLeast);
+    finder = ObjectFinder::bytesFor(words);
+    b = Components::bytesFor(words, kLeastTracked);
+    mixed = (words / kLeastTracked + 1) * sizeof(uint32_t);
+    work = Components::workBytesFor(words, field.words);
+  }
+  [[nodiscard]] uint64_t all() const { return a + finder + 2 * b + mixed + work; }
+
+  uint64_t a, finder, b, mixed, work;
+};
 
 /// One run of the method over one field.
-class CSlowMotion::SObjectMotion {
+class ObjectMotion {
 public:
-  SObjectMotion(CSlowMotion &engine, const SField &field, unsigned w)
-      : engine_(engine), f_(field), w_(w), area_(uint64_t{field.words} * field.rows),
-        stamps_(reinterpret_cast<uint32_t *>(engine.m_pMask), field.words, field.rows),
-        stack_(reinterpret_cast<Place *>(engine.m_pFillStack)),
-        list_(reinterpret_cast<Listed *>(engine.m_pObjectList)) {}
+  ObjectMotion(const FieldPair &field, unsigned w, const ObjectMemory &memory, uint8_t *dst)
+      : f_(field), w_(w), memory_(memory), dst_(dst),
+        stamps_(reinterpret_cast<uint32_t *>(memory.marks), field.words, field.rows), stack_(memory.places) {
+    if (memory.tables != nullptr)
+      makeTables();
+  }
 
   void run() {
-    const bool canSearch = reserve();
-    engine_.Mix(f_, w_);
-    if (canSearch && !mixedHasMark()) {
+    mixField(f_, w_, dst_);
+    if (finder_ && !mixedHasMark()) {
       scanComponents();
     } else {
-      for (size_t y = 0; y < f_.rows; ++y)
-        ZOL_SELECT(markChanged)(f_.dst + y * f_.stride, f_.a + y * f_.stride, f_.b + y * f_.stride, f_.words);
+      markField(f_, dst_);
       scanWords();
     }
     while (listed_ != 0)
-      move(list_[--listed_]);
+      move(memory_.list[--listed_]);
   }
 
 private:
-  struct Listed {
-    int16_t x, y, dx, dy;
-  };
+  // ---- Tables ----
 
-  // ---- Memory: components of A, of B and of the changed words of B, and what the scan keeps of B's ----
-
-  bool reserve() {
-    const unsigned least = slomo::kLeastTracked;
-    const uint64_t bytesA = Components::bytesFor(area_, slomo::ObjectFinder::kLeast);
-    const uint64_t bytesFinder = slomo::ObjectFinder::bytesFor(area_),
-                   bytesB = Components::bytesFor(area_, least);
-    const uint64_t bytesMixed = (area_ / least + 1) * sizeof(uint32_t);
-    auto *memory = static_cast<unsigned char *>(engine_.Scratch(
-        bytesA + bytesFinder + 2 * bytesB + bytesMixed + Components::workBytesFor(area_, f_.words)));
-    if (memory == nullptr)
-      return false;
-    const auto part = [&](uint64_t bytes) {
-      void *start = memory;
-      memory += bytes;
-      return start;
-    };
-    a_.emplace(f_.words, f_.rows, slomo::ObjectFinder::kLeast, part(bytesA));
-    void *finder = part(bytesFinder);
-    b_.emplace(f_.words, f_.rows, least, part(bytesB));
-    changed_.emplace(f_.words, f_.rows, least, part(bytesB));
-    mixedFrom_ = static_cast<uint32_t *>(part(bytesMixed));
-    work_ = memory;
+  void makeTables() {
+    const Tables size(f_);
+    auto *at = static_cast<unsigned char *>(memory_.tables);
+    const auto part = [&](uint64_t bytes) { return std::exchange(at, at + bytes); };
+    a_.emplace(f_.words, f_.rows, ObjectFinder::kLeast, part(size.a));
+    void *finder = part(size.finder);
+    b_.emplace(f_.words, f_.rows, kLeastTracked, part(size.b));
+    changed_.emplace(f_.words, f_.rows, kLeastTracked, part(size.b));
+    mixedFrom_ = reinterpret_cast<uint32_t *>(part(size.mixed));
+    work_ = at;
     labelAll(*a_, f_.a);
     finder_.emplace(*a_, f_.words, f_.rows, finder);
-    return true;
   }
 
   void labelAll(Components &components, const unsigned char *frame) {
@@ -87,7 +80,7 @@ private:
   bool mixedHasMark() const {
     const auto has = ZOL_SELECT(hasMark);
     for (size_t y = 0; y < f_.rows; ++y)
-      if (has(f_.dst + y * f_.stride, f_.words))
+      if (has(dst_ + y * f_.stride, f_.words))
         return true;
     return false;
   }
@@ -124,7 +117,7 @@ private:
   void mixWord(uint32_t key, unsigned x, unsigned y, bool first) {
     if (key == 0) {
       if (!first)
-        rowOf(f_.dst, f_.stride, y)[x] = slomo::kTaken;
+        rowOf(dst_, f_.stride, y)[x] = kTaken;
     } else if (const uint32_t component = b_->label(x, y); component != 0) {
       uint32_t &from = mixedFrom_[component - 1];
       from = std::min(from, positionOf(x, y));
@@ -147,12 +140,11 @@ private:
   void scanWords() {
     for (unsigned y = 0; y < f_.rows; ++y)
       for (unsigned x = 0; x < f_.words; ++x) {
-        if (rowOf(f_.dst, f_.stride, y)[x] != slomo::kChanged)
+        if (rowOf(dst_, f_.stride, y)[x] != kChanged)
           continue;
-        SObjectData data;
         const uint32_t key = keyAt(x, y);
-        const unsigned count = engine_.GetObjectData(f_.b, f_.dst, f_.words, f_.rows, f_.stride, x, y, &data);
-        if (count < slomo::kLeastTracked || !list(key, data, x, y))
+        const ObjectBox box = takeObject(plane(), f_.b, dst_, x, y, fillStack());
+        if (box.count < kLeastTracked || !list(key, box, x, y))
           mixInPlace(key, x, y);
       }
   }
@@ -163,9 +155,9 @@ private:
       stack_[0] = {static_cast<int16_t>(x), static_cast<int16_t>(y)};
     for (size_t i = 0; i < count; ++i) {
       const auto [px, py] = stack_[i];
-      rowOf(f_.dst, f_.stride, static_cast<size_t>(py))[px] =
-          slomo::blendWord(rowOf(f_.a, f_.stride, static_cast<size_t>(py))[px],
-                           rowOf(f_.b, f_.stride, static_cast<size_t>(py))[px], w_);
+      rowOf(dst_, f_.stride, static_cast<size_t>(py))[px] =
+          blendWord(rowOf(f_.a, f_.stride, static_cast<size_t>(py))[px],
+                    rowOf(f_.b, f_.stride, static_cast<size_t>(py))[px], w_);
     }
   }
 
@@ -191,27 +183,25 @@ private:
 
   /// How far an object is still from its place in B, truncated toward zero.
   int remaining(int distance) const {
-    const int64_t one = slomo::kWeightOne;
+    const int64_t one = kWeightOne;
     return static_cast<int>((one - w_) * distance / one);
   }
 
   /// Searches an object and lists it; false when it is not found or does not move. Where the same words
   /// become marked again and again the list can run full; what it cannot hold is mixed in place.
-  bool list(uint32_t key, const SObjectData &data, unsigned x, unsigned y) {
+  bool list(uint32_t key, const ObjectBox &box, unsigned x, unsigned y) {
     int vec[2] = {0, 0};
-    const bool found = finder_ ? finder_->find(key, data, x, y, vec, stamps_, stack_, engine_.StackPlaces())
-                               : engine_.FindObject(f_.a, f_.words, f_.rows, f_.stride, key, &data, x, y, vec,
-                                                    engine_.m_pMask + f_.offset) != 0;
-    if (!found || (remaining(vec[0]) == 0 && remaining(vec[1]) == 0) ||
-        listed_ >= engine_.m_nArea / sizeof(Listed))
+    const bool found = finder_ ? finder_->find(key, box, x, y, vec, stamps_, stack_, memory_.fillable)
+                               : walkToObject(plane(), f_.a, key, box, x, y, vec, memory_.marks, fillStack());
+    if (!found || (remaining(vec[0]) == 0 && remaining(vec[1]) == 0) || listed_ >= memory_.listed)
       return false;
-    list_[listed_++] = {static_cast<int16_t>(x), static_cast<int16_t>(y), static_cast<int16_t>(vec[0]),
-                        static_cast<int16_t>(vec[1])};
+    memory_.list[listed_++] = {static_cast<int16_t>(x), static_cast<int16_t>(y), static_cast<int16_t>(vec[0]),
+                               static_cast<int16_t>(vec[1])};
     return true;
   }
 
   /// Shows what was behind the object: A where it stands in B, B where it stood in A. Then pastes it.
-  void move(Listed object) {
+  void move(MovedObject object) {
     const size_t count = gatherFrom(static_cast<unsigned>(object.x), static_cast<unsigned>(object.y));
     copyWords(count, f_.a, 0, 0, 0, 0);
     copyWords(count, f_.b, object.dx, object.dy, object.dx, object.dy);
@@ -229,7 +219,7 @@ private:
       return count;
     }
     const uint32_t label = b_->label(x, y);
-    const SObjectData &box = (*b_)[label - 1].data;
+    const ObjectBox &box = (*b_)[label - 1].data;
     for (unsigned py = y; py <= box.maxY; ++py) {
       const uint32_t *labels = b_->labels(py);
       for (unsigned px = box.minX; px <= box.maxX; ++px)
@@ -246,26 +236,32 @@ private:
       const auto sx = static_cast<unsigned>(x + fromX), sy = static_cast<unsigned>(y + fromY);
       const auto tx = static_cast<unsigned>(x + toX), ty = static_cast<unsigned>(y + toY);
       if (sx < f_.words && sy < f_.rows && tx < f_.words && ty < f_.rows)
-        rowOf(f_.dst, f_.stride, ty)[tx] = rowOf(source, f_.stride, sy)[sx];
+        rowOf(dst_, f_.stride, ty)[tx] = rowOf(source, f_.stride, sy)[sx];
     }
   }
 
-  CSlowMotion &engine_;
-  const SField &f_;
+  [[nodiscard]] Plane plane() const { return {f_.words, f_.rows, f_.stride}; }
+  [[nodiscard]] FillStack fillStack() const { return {memory_.places, memory_.fillable}; }
+
+  const FieldPair &f_;
   unsigned w_;
-  uint64_t area_; // words
-  slomo::Stamps stamps_;
+  const ObjectMemory &memory_;
+  uint8_t *dst_;
+  Stamps stamps_;
   Place *stack_; // holds every word of the field
-  Listed *list_;
   size_t listed_ = 0;
   std::optional<Components> a_, b_, changed_;
-  std::optional<slomo::ObjectFinder> finder_;
+  std::optional<ObjectFinder> finder_;
   uint32_t *mixedFrom_ = nullptr; // of B's components: the position in the scan from which it is mixed
   void *work_ = nullptr;
 };
 
-void CSlowMotion::Object(void *dst, const void *frameA, const void *frameB, unsigned w, unsigned field) {
-  const SField f = FieldOf(dst, frameA, frameB, field);
-  if (HasBuffers() && f.words != 0 && f.rows != 0)
-    SObjectMotion(*this, f, w).run();
+} // namespace
+
+uint64_t objectTableBytes(const FieldPair &field) { return Tables(field).all(); }
+
+void moveObjects(const FieldPair &field, unsigned w, const ObjectMemory &memory, uint8_t *dst) {
+  ObjectMotion(field, w, memory, dst).run();
 }
+
+} // namespace zol::slomo

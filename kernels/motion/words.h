@@ -1,7 +1,5 @@
-// Frames as words, and the walks that the plain routines share.
+// Frames as words, and the walks over them.
 #pragma once
-
-#include "Runtimes/slomo_sdk/SlowMotion.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -28,18 +26,6 @@ inline uint32_t blendWord(uint32_t a, uint32_t b, uint32_t w) {
   for (int shift = 0; shift < 32; shift += 8)
     out |= (((a >> shift & 255) * (kWeightOne - w) + (b >> shift & 255) * w) >> 15 & 255) << shift;
   return out;
-}
-
-/// Whether a candidate's size is near enough to the sought object's. Heights are differences of rows,
-/// widths numbers of words.
-inline bool isSameObject(const SObjectData &candidate, const SObjectData &sought) {
-  const unsigned tolerance = sought.count / 16;
-  const int width = static_cast<int>(candidate.maxX - candidate.minX + 1);
-  const int height = static_cast<int>(candidate.maxY - candidate.minY);
-  const int wider = width - static_cast<int>(sought.maxX - sought.minX + 1);
-  const int higher = height - static_cast<int>(sought.maxY - sought.minY);
-  return candidate.count >= sought.count - tolerance && candidate.count <= sought.count + tolerance &&
-         wider <= width >> 3 && -wider <= width >> 3 && higher <= height >> 3 && -higher <= height >> 3;
 }
 
 /// Visits the square rings 0..last around (cx, cy), each from its upper left corner to the right and round,
