@@ -35,12 +35,12 @@ int weightOf(float opacity, int matte) { return truncate(double{opacity} * 4096 
 
 /// What both passes need of a pixel, by the difference of its channels and by its matte.
 struct Tables {
-  Laying byDifference[kDifferences];
-  Laying byMatte[256];
+  WeightAndAlpha byDifference[kDifferences];
+  WeightAndAlpha byMatte[256];
 
   Tables(const Bounds &bounds, float opacity) {
     for (int matte = 0; matte < 256; ++matte)
-      byMatte[matte] = laying(weightOf(opacity, matte), matte);
+      byMatte[matte] = weightAndAlpha(weightOf(opacity, matte), matte);
     for (int i = 0; i < kDifferences; ++i) {
       const int difference = i - kDifferences / 2;
       byDifference[i] = byMatte[matteOf(std::max(difference, 0), std::max(-difference, 0), bounds)];

@@ -21,7 +21,7 @@ public:
 
 private:
   _color_t color_;
-  Laying byDistanceSum_[kDistanceSums];
+  WeightAndAlpha byDistanceSum_[kDistanceSums];
 };
 
 /// Lays the foreground on the background, or on blank pixels where there is none, in `out`, which has the
