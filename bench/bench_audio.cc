@@ -136,16 +136,17 @@ void mixerCallsAlone(benchmark::State &state) {
   });
 }
 
-constexpr int kSse2 = static_cast<int>(zol::SimdLevel::sse2), kAvx2 = static_cast<int>(zol::SimdLevel::avx2);
+constexpr int kSse2 = static_cast<int>(zol::SimdLevel::sse2), kAvx2 = static_cast<int>(zol::SimdLevel::avx2),
+              kAvx512 = static_cast<int>(zol::SimdLevel::avx512);
 constexpr auto kMillisecond = benchmark::kMillisecond;
 
 BENCHMARK(sine)
     ->ArgNames({"level", "hertz"})
-    ->ArgsProduct({{kPlain, kSse2, kAvx2}, {440, 1000}})
+    ->ArgsProduct({{kPlain, kSse2, kAvx2, kAvx512}, {440, 1000}})
     ->Unit(kMillisecond);
 BENCHMARK(crossfade)
     ->ArgNames({"level", "fades"})
-    ->ArgsProduct({{kPlain, kSse2, kAvx2}, {1, 0}})
+    ->ArgsProduct({{kPlain, kSse2, kAvx2, kAvx512}, {1, 0}})
     ->Unit(kMillisecond);
 BENCHMARK(route)
     ->ArgNames({"level", "routes"})

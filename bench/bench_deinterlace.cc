@@ -47,12 +47,15 @@ void library(benchmark::State &state, int edge, bool blend, zol::SimdLevel cap) 
 ZOL_BENCH(plain, mean, 20, false);
 ZOL_BENCH(library, mean_sse2, 20, false, zol::SimdLevel::sse2);
 ZOL_BENCH(library, mean_avx2, 20, false, zol::SimdLevel::avx2);
+ZOL_BENCH(library, mean_avx512, 20, false, zol::SimdLevel::avx512);
 ZOL_BENCH(plain, blend, 20, true);
 ZOL_BENCH(library, blend_sse2, 20, true, zol::SimdLevel::sse2);
 ZOL_BENCH(library, blend_avx2, 20, true, zol::SimdLevel::avx2);
+ZOL_BENCH(library, blend_avx512, 20, true, zol::SimdLevel::avx512);
 ZOL_BENCH(plain, mean_edge_180, 180, false);
 ZOL_BENCH(library, mean_edge_180_sse2, 180, false, zol::SimdLevel::sse2);
 ZOL_BENCH(library, mean_edge_180_avx2, 180, false, zol::SimdLevel::avx2);
+ZOL_BENCH(library, mean_edge_180_avx512, 180, false, zol::SimdLevel::avx512);
 
 } // namespace
 

@@ -5,74 +5,36 @@
 
 #include "kernels/blur/tent_lines.h"
 
-#include <immintrin.h>
+#include "kernels/simd/vectors.h"
 
 namespace zol::ZOL_LEVEL {
 namespace {
 
-#ifdef __AVX2__
-constexpr int kBytes = 32;
-#else
-constexpr int kBytes = 16;
-#endif
-using Words [[gnu::vector_size(kBytes)]] = uint16_t;
-using Sums [[gnu::vector_size(kBytes)]] = int32_t;
-using Floats [[gnu::vector_size(kBytes)]] = float;
-using WordsAnywhere [[gnu::vector_size(kBytes), gnu::aligned(1), gnu::may_alias]] = uint16_t;
-using SumsAnywhere [[gnu::vector_size(kBytes), gnu::aligned(1), gnu::may_alias]] = int32_t;
-
-/// The pairs (a, b) in the lower and in the upper half of each 128 bits, weighted by the pairs of `factors`.
-struct Products {
-  Sums low, high;
-};
-
-#ifdef __AVX2__
-inline Products weighPairs(Words a, Words b, Words factors) {
-  const auto x = reinterpret_cast<__m256i>(a);
-  const auto y = reinterpret_cast<__m256i>(b);
-  const auto f = reinterpret_cast<__m256i>(factors);
-  return {reinterpret_cast<Sums>(_mm256_madd_epi16(_mm256_unpacklo_epi16(x, y), f)),
-          reinterpret_cast<Sums>(_mm256_madd_epi16(_mm256_unpackhi_epi16(x, y), f))};
-}
-inline Words narrow(Sums low, Sums high) {
-  return reinterpret_cast<Words>(
-      _mm256_packs_epi32(reinterpret_cast<__m256i>(low), reinterpret_cast<__m256i>(high)));
-}
-#else
-inline Products weighPairs(Words a, Words b, Words factors) {
-  const auto x = reinterpret_cast<__m128i>(a);
-  const auto y = reinterpret_cast<__m128i>(b);
-  const auto f = reinterpret_cast<__m128i>(factors);
-  return {reinterpret_cast<Sums>(_mm_madd_epi16(_mm_unpacklo_epi16(x, y), f)),
-          reinterpret_cast<Sums>(_mm_madd_epi16(_mm_unpackhi_epi16(x, y), f))};
-}
-inline Words narrow(Sums low, Sums high) {
-  return reinterpret_cast<Words>(
-      _mm_packs_epi32(reinterpret_cast<__m128i>(low), reinterpret_cast<__m128i>(high)));
-}
-#endif
-
-inline Words load(const void *at) { return *static_cast<const WordsAnywhere *>(at); }
-inline void store(void *at, Words value) { *static_cast<WordsAnywhere *>(at) = value; }
-
 /// Sums of bytes that were never taken apart; signed, as 16 bits wrap.
 struct ByteSums {
-  Words whole{}, odd{};
+  U16xN whole{}, odd{};
 
-  void add(Words bytes) {
+  void add(U16xN bytes) {
     whole += bytes;
     odd += bytes >> 8;
   }
-  void subtract(Words bytes) {
+  void subtract(U16xN bytes) {
     whole -= bytes;
     odd -= bytes >> 8;
   }
-  [[nodiscard]] Words even() const { return whole - (odd << 8); }
+  [[nodiscard]] U16xN even() const { return whole - (odd << 8); }
 };
 
 /// The factors a and b in every pair of words.
-inline Words pairs(int a, int b) {
-  return reinterpret_cast<Words>(Sums{} + static_cast<int32_t>((a & 0xFFFF) | b * 0x10000));
+inline I16xN pairs(int a, int b) { return as<I16xN>(splat<I32xN>((a & 0xFFFF) | b * 0x10000)); }
+
+/// The pairs (a, b) in the lower and in the upper half of each block, weighted by the pairs of `factors`.
+struct Products {
+  I32xN low, high;
+};
+inline Products weighPairs(U16xN a, U16xN b, I16xN factors) {
+  return {mulAddPairs(as<I16xN>(interleaveLow(a, b)), factors),
+          mulAddPairs(as<I16xN>(interleaveHigh(a, b)), factors)};
 }
 
 /// Divides weighted sums by the weights and truncates, exactly.
@@ -89,9 +51,9 @@ public:
       reciprocal_ = __builtin_bit_cast(float, __builtin_bit_cast(int32_t, reciprocal_) + 1);
   }
 
-  [[nodiscard]] Sums of(Sums n) const {
-    const Floats sums = __builtin_convertvector(n, Floats);
-    return __builtin_convertvector(byReciprocal_ ? sums * reciprocal_ : sums / weights_, Sums);
+  [[nodiscard]] I32xN of(I32xN n) const {
+    const auto sums = convert<F32xN>(n);
+    return convert<I32xN>(byReciprocal_ ? sums * reciprocal_ : sums / weights_);
   }
 
 private:
@@ -100,15 +62,15 @@ private:
   float reciprocal_;
 };
 
-alignas(kBytes) constexpr uint8_t kAbsent[kTentMaxLanes] = {};
+alignas(kVectorBytes) constexpr uint8_t kAbsent[kTentMaxLanes] = {};
 
 } // namespace
 
 void tentLines(const Tent &tent, const TentSource &source, int from, int to, int lanes, const TentSums &sums,
                uint8_t *dst, ptrdiff_t dstStride) {
-  constexpr int kAtOnce = 2;     // vectors
-  constexpr int kLinesAhead = 8; // that are fetched before they are needed
-  static_assert(kTentLaneGroup % (kAtOnce * kBytes) == 0);
+  constexpr int kAtOnce = kVectorBytes < kTentLaneGroup ? 2 : 1; // vectors
+  constexpr int kLinesAhead = 8;                                 // that are fetched before they are needed
+  static_assert(kTentLaneGroup % (kAtOnce * kVectorBytes) == 0);
 
   ptrdiff_t stepOffset[Tent::kMaxSteps];
   for (int i = 0; i < tent.stepCount; ++i)
@@ -116,8 +78,8 @@ void tentLines(const Tent &tent, const TentSource &source, int from, int to, int
   const auto line = [&](int k) {
     return k >= 0 && k < source.count ? source.lines + (k - source.begin) * source.stride : kAbsent;
   };
-  const Words rampFactors = pairs(tent.slope, tent.stepFall);
-  const Words edgeFactors = pairs(tent.edgeFall, 0);
+  const I16xN rampFactors = pairs(tent.slope, tent.stepFall);
+  const I16xN edgeFactors = pairs(tent.edgeFall, 0);
 
   // Steps present ahead of the line, stepsFrom to stepsTo, and behind it, the first stepsBehind.
   int stepsFrom = tent.stepCount;
@@ -143,51 +105,52 @@ void tentLines(const Tent &tent, const TentSource &source, int from, int to, int
       quotient = Quotient(weights);
     }
 
-    for (int x = 0; x < lanes; x += kAtOnce * kBytes) {
+    for (int x = 0; x < lanes; x += kAtOnce * kVectorBytes) {
       __builtin_prefetch(source.lines + (here + (tent.ramp + kLinesAhead) * source.stride + x));
       ByteSums steps[kAtOnce];
       const uint8_t *const start = source.lines + x;
       for (int i = stepsFrom; i < stepsTo; ++i)
         for (int v = 0; v < kAtOnce; ++v)
-          steps[v].add(load(start + (here + stepOffset[i]) + v * kBytes));
+          steps[v].add(load<U16xN>(start + (here + stepOffset[i]) + v * kVectorBytes));
       for (int i = 0; i < stepsBehind; ++i)
         for (int v = 0; v < kAtOnce; ++v)
-          steps[v].subtract(load(start + (here - source.stride - stepOffset[i]) + v * kBytes));
+          steps[v].subtract(load<U16xN>(start + (here - source.stride - stepOffset[i]) + v * kVectorBytes));
 
       for (int v = 0; v < kAtOnce; ++v) {
-        const int at = x + v * kBytes;
+        const int at = x + v * kVectorBytes;
         // The ramp: its ends move on, and its middle changes sides.
         int16_t *const slopes = sums.slopes + at;
-        ByteSums ramp{load(slopes), load(slopes + kBytes / 2)};
-        const Words middle = load(before + at);
-        ramp.add(load(rampAhead + at));
-        ramp.add(load(rampBehind + at));
+        ByteSums ramp{load<U16xN>(slopes), load<U16xN>(slopes + kVectorBytes / 2)};
+        const U16xN middle = load<U16xN>(before + at);
+        ramp.add(load<U16xN>(rampAhead + at));
+        ramp.add(load<U16xN>(rampBehind + at));
         ramp.whole -= middle + middle;
         ramp.odd -= (middle >> 8) + (middle >> 8);
         store(slopes, ramp.whole);
-        store(slopes + kBytes / 2, ramp.odd);
+        store(slopes + kVectorBytes / 2, ramp.odd);
 
-        SumsAnywhere *const weighted = reinterpret_cast<SumsAnywhere *>(sums.weighted + at);
+        int32_t *const weighted = sums.weighted + at;
         const Products even = weighPairs(ramp.even(), steps[v].even(), rampFactors);
         const Products odd = weighPairs(ramp.odd, steps[v].odd, rampFactors);
-        Sums sum[4] = {weighted[0] + even.low, weighted[1] + even.high, weighted[2] + odd.low,
-                       weighted[3] + odd.high};
+        I32xN sum[4] = {even.low, even.high, odd.low, odd.high};
+        for (int i = 0; i < 4; ++i)
+          sum[i] += load<I32xN>(weighted + i * kLanes<I32xN>);
         if (tent.edgeFall != 0) {
           ByteSums edge;
-          edge.add(load(edgeAhead + at));
-          edge.subtract(load(edgeBehind + at));
-          const Products evenEdge = weighPairs(edge.even(), Words{}, edgeFactors);
-          const Products oddEdge = weighPairs(edge.odd, Words{}, edgeFactors);
+          edge.add(load<U16xN>(edgeAhead + at));
+          edge.subtract(load<U16xN>(edgeBehind + at));
+          const Products evenEdge = weighPairs(edge.even(), U16xN{}, edgeFactors);
+          const Products oddEdge = weighPairs(edge.odd, U16xN{}, edgeFactors);
           sum[0] += evenEdge.low;
           sum[1] += evenEdge.high;
           sum[2] += oddEdge.low;
           sum[3] += oddEdge.high;
         }
         for (int i = 0; i < 4; ++i)
-          weighted[i] = sum[i];
+          store(weighted + i * kLanes<I32xN>, sum[i]);
         if (y >= 0) {
-          const Words evenBytes = narrow(quotient.of(sum[0]), quotient.of(sum[1]));
-          const Words oddBytes = narrow(quotient.of(sum[2]), quotient.of(sum[3]));
+          const auto evenBytes = as<U16xN>(packI16(quotient.of(sum[0]), quotient.of(sum[1])));
+          const auto oddBytes = as<U16xN>(packI16(quotient.of(sum[2]), quotient.of(sum[3])));
           store(dst + at, evenBytes | oddBytes << 8);
         }
       }

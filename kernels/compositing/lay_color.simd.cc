@@ -1,77 +1,43 @@
 #include "kernels/compositing/lay_color.h"
 
-#include <cstdint>
+#include "kernels/simd/vectors.h"
 
 namespace zol::ZOL_LEVEL {
 namespace {
 
-#ifdef __AVX2__
-constexpr int kBytes = 32;
-#else
-constexpr int kBytes = 16;
-#endif
-
-constexpr int kPixels = kBytes / 4;
-
-using Words = int32_t __attribute__((vector_size(kBytes)));
-using Reals = float __attribute__((vector_size(kBytes)));
-
-Words load(const _color_t *pixels) {
-  Words words;
-  __builtin_memcpy(&words, pixels, sizeof words);
-  return words;
-}
-
 /// A channel of every pixel, from bit `shift` on.
-Words channel(Words words, int shift) { return words >> shift & 255; }
-Reals real(Words words) { return __builtin_convertvector(words, Reals); }
-Words truncated(Reals reals) { return __builtin_convertvector(reals, Words); }
-
-bool allEqual(Words words, int value) {
-  bool all = true;
-  for (int i = 0; i < kPixels; ++i)
-    all &= words[i] == value;
-  return all;
-}
+F32xN channel(U32xN pixels, int shift) { return convert<F32xN>(as<I32xN>(pixels >> shift & 0xFF)); }
+U32xN truncated(F32xN v) { return as<U32xN>(convert<I32xN>(v)); }
 
 /// Floats are exact here: every sum is an integer below 2^24, and a quotient below 256 of such numbers, if
 /// it is not whole, is further from the next integer than rounding can take it.
-Words over(Words pixels, Words mask, int colour) {
-  const Reals m = real(mask);
-  const Reals colourWeight = m * 255.0F;
-  const Reals pixelWeight = real(channel(pixels, 24)) * (255.0F - m);
-  const Reals total = colourWeight + pixelWeight;
-  const Words nothing = mask == 0;
-  const Reals divisor = total + real(nothing & 1); // at least 1
-  Words result = truncated(total / 255.0F) << 24;
+U32xN over(U32xN pixels, F32xN m, uint32_t colour) {
+  const F32xN colourWeight = m * 255.0F;
+  const F32xN pixelWeight = channel(pixels, 24) * (255.0F - m);
+  const F32xN total = colourWeight + pixelWeight;
+  const auto none = m == 0.0F;
+  const F32xN divisor = none ? splat<F32xN>(1) : total;
+  U32xN result = truncated(total / 255.0F) << 24;
   for (int shift = 0; shift < 24; shift += 8) {
     const auto value = static_cast<float>(colour >> shift & 255);
-    result |= truncated((colourWeight * value + pixelWeight * real(channel(pixels, shift))) / divisor)
-              << shift;
+    result |= truncated((colourWeight * value + pixelWeight * channel(pixels, shift)) / divisor) << shift;
   }
-  return (nothing & pixels) | (~nothing & result);
+  return none ? pixels : result;
 }
 
 } // namespace
 
 void layColor(_color_t *pixels, const _color_t *mask, int count, unsigned colour) {
-  const int opaque = static_cast<int>(colour | 0xff000000U);
-  for (int i = 0; i < count; i += kPixels) {
-    const int rest = count - i;
-    _color_t edge[2][kPixels] = {};
-    const bool partial = rest < kPixels;
-    const size_t size = static_cast<size_t>(partial ? rest : kPixels) * sizeof(_color_t);
-    if (partial) {
-      __builtin_memcpy(edge[0], pixels + i, size);
-      __builtin_memcpy(edge[1], mask + i, size);
-    }
-    const Words alphas = channel(load(partial ? edge[1] : mask + i), 24);
-    if (allEqual(alphas, 0))
-      continue;
-    const Words result =
-        allEqual(alphas, 255) ? Words{} + opaque : over(load(partial ? edge[0] : pixels + i), alphas, opaque);
-    __builtin_memcpy(pixels + i, &result, size);
-  }
+  const uint32_t opaque = colour | 0xff000000U;
+  forEachVector<U32xN>(count, [=](int i, int n) {
+    const U32xN alphas = load<U32xN>(mask + i, n) >> 24;
+    if (allSet(alphas == 0))
+      return;
+    store(pixels + i,
+          allSet(alphas == 255) ? splat<U32xN>(opaque)
+                                : over(load<U32xN>(pixels + i, n), channel(alphas, 0), opaque),
+          n);
+  });
 }
 
 } // namespace zol::ZOL_LEVEL

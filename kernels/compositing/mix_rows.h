@@ -33,7 +33,8 @@ struct MixRemainders {
   uint16_t lanes[kMixRows * 4];
 };
 
-ZOL_LEVELS(
+ZOL_LEVELS_TO(
+    avx2,
     /// Mixes 1 to kMixRows rows: out = (a * (4096 - weightB) + b * weightB + remainder) / 4096 in every
     /// channel, what the division leaves going on to the next pixel of the row. weightB is within 0 to
     /// 4096, so that the quotient is a byte and the remainder below 4096.

@@ -13,7 +13,7 @@ struct DeinterlaceLines {
 };
 
 /// Measures are written and read in whole vectors: room for this many elements past the last pixel.
-inline constexpr int kCombingPadding = 8;
+inline constexpr int kCombingPadding = 16;
 
 ZOL_LEVELS(
     /// How combed each pixel is; edgeSquared scales how much a difference between the lines around it

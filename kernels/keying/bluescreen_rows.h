@@ -2,7 +2,7 @@
 #pragma once
 
 #include "frame/zol.h"
-#include "kernels/keying/laying.h"
+#include "kernels/keying/weight_and_alpha.h"
 #include "kernels/simd/levels.h"
 
 namespace zol {
@@ -13,16 +13,15 @@ enum class KeyChannel { blue, green };
 /// over them begin at -255.
 constexpr int kDifferences = 511;
 
-// matteRow    writes the alpha of byDifference's layings, by the difference in `source`, into out's.
-// composeRow  lays `key` on `out` by the layings of the matte in its alpha, the key channel held down to the
-// larger of
-//             the other two.
-// keyRow      both at once: lays `key` on `out` by the layings of the difference in `source`.
+// matteRow    writes byDifference's alpha of the difference in `source` into out's.
+// composeRow  lays `key` on `out` by byMatte's weight and alpha of the matte in its alpha, the key channel
+//             held down to the larger of the other two.
+// keyRow      both at once: lays `key` on `out` by those of the difference in `source`.
 ZOL_LEVELS(void matteRow(KeyChannel channel, const _color_t *source, _color_t *out, int width,
-                         const Laying *byDifference);
+                         const WeightAndAlpha *byDifference);
            void composeRow(KeyChannel channel, const _color_t *key, _color_t *out, int width,
-                           const Laying *byMatte);
+                           const WeightAndAlpha *byMatte);
            void keyRow(KeyChannel channel, const _color_t *source, const _color_t *key, _color_t *out,
-                       int width, const Laying *byDifference);)
+                       int width, const WeightAndAlpha *byDifference);)
 
 } // namespace zol

@@ -1,6 +1,6 @@
 #include "kernels/keying/bluescreen_rows.h"
 
-#include "kernels/keying/laying_vectors.h"
+#include "kernels/keying/composite_pixels.h"
 
 namespace zol::ZOL_LEVEL {
 namespace {
@@ -10,18 +10,19 @@ template <KeyChannel channel> struct Screen {
   static constexpr uint32_t kOtherColors = 0x00FFFFFF & ~(0xFFu << kKeyShift);
 
   /// The larger of the two channels beside the key channel.
-  static Words larger(Words pixels) {
-    return maxBytes(channel == KeyChannel::blue ? pixels >> 8 : pixels, pixels >> 16) & 0xFF;
+  static U32xN larger(U32xN pixels) {
+    const U32xN other = channel == KeyChannel::blue ? pixels >> 8 : pixels;
+    return as<U32xN>(max(as<U8xN>(other), as<U8xN>(pixels >> 16))) & 0xFF;
   }
 
   /// The place of a pixel in a table by differences.
-  static Words difference(Words pixels) {
+  static U32xN difference(U32xN pixels) {
     return (pixels >> kKeyShift & 0xFF) - larger(pixels) + kDifferences / 2;
   }
 
   /// The colours without the key colour's spill, alpha 0.
-  static Words suppressed(Words pixels) {
-    return minBytes(pixels, larger(pixels) << kKeyShift | kOtherColors);
+  static U32xN suppressed(U32xN pixels) {
+    return as<U32xN>(min(as<U8xN>(pixels), as<U8xN>(larger(pixels) << kKeyShift | kOtherColors)));
   }
 };
 
@@ -36,31 +37,33 @@ template <class Work> void withScreen(KeyChannel channel, Work work) {
 } // namespace
 
 void matteRow(KeyChannel channel, const _color_t *source, _color_t *out, int width,
-              const Laying *byDifference) {
+              const WeightAndAlpha *byDifference) {
   withScreen(channel, [=](auto screen) {
-    forEachVector(width, [=](int i, int n) {
-      const Words layings = lookUp(byDifference, screen.difference(load(source + i, n)));
-      store(out + i, (load(out + i, n) & 0x00FFFFFF) | (layings & 0xFF000000), n);
+    forEachVector<U32xN>(width, [=](int i, int n) {
+      const U32xN entries = gather(byDifference, screen.difference(load<U32xN>(source + i, n)));
+      store(out + i, (load<U32xN>(out + i, n) & 0x00FFFFFF) | (entries & 0xFF000000), n);
     });
   });
 }
 
-void composeRow(KeyChannel channel, const _color_t *key, _color_t *out, int width, const Laying *byMatte) {
+void composeRow(KeyChannel channel, const _color_t *key, _color_t *out, int width,
+                const WeightAndAlpha *byMatte) {
   withScreen(channel, [=](auto screen) {
-    forEachVector(width, [=](int i, int n) {
-      const Words lower = load(out + i, n);
-      const Words layings = lookUp(byMatte, lower >> 24);
-      store(out + i, layOn(lower, screen.suppressed(load(key + i, n)), layings), n);
+    forEachVector<U32xN>(width, [=](int i, int n) {
+      const U32xN lower = load<U32xN>(out + i, n);
+      const U32xN entries = gather(byMatte, lower >> 24);
+      store(out + i, composite(lower, screen.suppressed(load<U32xN>(key + i, n)), entries), n);
     });
   });
 }
 
 void keyRow(KeyChannel channel, const _color_t *source, const _color_t *key, _color_t *out, int width,
-            const Laying *byDifference) {
+            const WeightAndAlpha *byDifference) {
   withScreen(channel, [=](auto screen) {
-    forEachVector(width, [=](int i, int n) {
-      const Words layings = lookUp(byDifference, screen.difference(load(source + i, n)));
-      store(out + i, layOn(load(out + i, n), screen.suppressed(load(key + i, n)), layings), n);
+    forEachVector<U32xN>(width, [=](int i, int n) {
+      const U32xN entries = gather(byDifference, screen.difference(load<U32xN>(source + i, n)));
+      store(out + i, composite(load<U32xN>(out + i, n), screen.suppressed(load<U32xN>(key + i, n)), entries),
+            n);
     });
   });
 }

@@ -23,7 +23,7 @@ ColorKey::ColorKey(_color_t color, double lower, double upper, double near, doub
     const auto opacity = static_cast<int>(
         std::clamp<int64_t>(ramp, std::min(nearOpacity, farOpacity), std::max(nearOpacity, farOpacity)));
     for (int sum = 3 * distance; sum < std::min(3 * distance + 3, kDistanceSums); ++sum)
-      byDistanceSum_[sum] = laying(opacity * 4096 / 255, opacity);
+      byDistanceSum_[sum] = weightAndAlpha(opacity * 4096 / 255, opacity);
   }
 }
 

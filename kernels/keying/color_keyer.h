@@ -21,7 +21,7 @@ public:
 
 private:
   _color_t color_;
-  Laying byDistanceSum_[kDistanceSums];
+  WeightAndAlpha byDistanceSum_[kDistanceSums];
 };
 
 /// The background with alpha 0, as it shows where there is no foreground; `out` may be the background.

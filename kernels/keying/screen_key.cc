@@ -44,7 +44,7 @@ ScreenKey::ScreenKey(KeyChannel channel, float delta1, float delta2, float opaci
   const auto lost = [](double bound) { return bound > 0 && bound < 0x1p-44; };
   tabled_ = !lost(bounds_.backdrop) && !lost(bounds_.foreground) && opacity >= 0 && opacity <= 1;
   for (int matte = 0; matte < 256; ++matte)
-    byMatte_[matte] = laying(weightOf(matte), matte);
+    byMatte_[matte] = weightAndAlpha(weightOf(matte), matte);
   for (int i = 0; i < kDifferences; ++i) {
     const int difference = i - kDifferences / 2;
     byDifference_[i] = byMatte_[matteOf(std::max(difference, 0), std::max(-difference, 0), bounds_)];

@@ -39,8 +39,8 @@ private:
   Bounds bounds_;
   float opacity_;
   bool tabled_; ///< whether the tables hold; else pixel by pixel
-  Laying byDifference_[kDifferences];
-  Laying byMatte_[256];
+  WeightAndAlpha byDifference_[kDifferences];
+  WeightAndAlpha byMatte_[256];
 };
 
 } // namespace zol

@@ -1,7 +1,7 @@
 #include "kernels/motion/blend.h"
 
-#include "kernels/motion/vectors.h"
 #include "kernels/motion/words.h"
+#include "kernels/simd/vectors.h"
 
 namespace zol::ZOL_LEVEL {
 namespace {
@@ -10,7 +10,7 @@ using slomo::Word;
 
 // a * (32768 - w) + b * w = a * 32768 + (b - a) * w, so the shift by 15 leaves a plus the floor of
 // 2 * (b - a) * w / 65536: the high half of a product of signed 16-bit factors, exact for w below 32768.
-inline V blendHalf(V a, V b, V w) { return add16(a, mulHigh16(add16(sub16(b, a), sub16(b, a)), w)); }
+I16xN blend(I16xN a, I16xN b, I16xN w) { return a + mulHigh((b - a) * 2, w); }
 
 } // namespace
 
@@ -18,11 +18,11 @@ void blendWords(uint8_t *dst, const uint8_t *a, const uint8_t *b, size_t words, 
   size_t i = 0;
   const size_t bytes = words * 4;
   if (w < slomo::kWeightOne) {
-    const V weight = set16(static_cast<int16_t>(w));
+    const auto weight = splat<I16xN>(static_cast<int16_t>(w));
     for (; i + kVectorBytes <= bytes; i += kVectorBytes) {
-      const V p = load(a + i), q = load(b + i);
-      store(dst + i, packBytes(blendHalf(lowBytes(p), lowBytes(q), weight),
-                               blendHalf(highBytes(p), highBytes(q), weight)));
+      const auto p = load<U8xN>(a + i), q = load<U8xN>(b + i);
+      store(dst + i, packU8(blend(widenLow<I16xN>(p), widenLow<I16xN>(q), weight),
+                            blend(widenHigh<I16xN>(p), widenHigh<I16xN>(q), weight)));
     }
   }
   for (; i < bytes; ++i)

@@ -34,7 +34,8 @@ struct BlockSearch {
 /// Entries of one row of a plane: the vectors read past its end.
 inline size_t planeStepFor(int words) { return (static_cast<size_t>(words) + 63) & ~size_t{31}; }
 
-ZOL_LEVELS(
+ZOL_LEVELS_TO(
+    avx2,
     /// Sum of the squared differences of the bytes of `words` words, modulo 2^32.
     uint32_t rowError(const uint8_t *a, const uint8_t *b, unsigned words);
     /// Fills `sums`.

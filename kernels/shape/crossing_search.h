@@ -12,7 +12,7 @@ inline constexpr int kSearchLanes = 16;
 /// a, b, c, d reaches `line`; then the other coordinate's value there, from its ends and Hermite tangents.
 /// A decreasing cubic is searched with coefficients and line negated, which negates every intermediate.
 struct CrossingSearch {
-  alignas(32) double a[kSearchLanes], b[kSearchLanes], c[kSearchLanes], d[kSearchLanes];
+  alignas(64) double a[kSearchLanes], b[kSearchLanes], c[kSearchLanes], d[kSearchLanes];
   double line[kSearchLanes];
   double low[kSearchLanes], high[kSearchLanes];
   double q0[kSearchLanes], q1[kSearchLanes], t0[kSearchLanes], t1[kSearchLanes];

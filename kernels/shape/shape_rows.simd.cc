@@ -1,61 +1,39 @@
 #include "kernels/shape/shape_rows.h"
 
+#include "kernels/simd/vectors.h"
+
 #include <cstring>
-#include <immintrin.h>
 
 namespace zol::ZOL_LEVEL {
 namespace {
 
-#ifdef __AVX2__
-constexpr int kBytes = 32;
-#else
-constexpr int kBytes = 16;
-#endif
-
-constexpr int kPixels = kBytes / 4; // of a vector
-constexpr int kBlock = 16;          // pixels whose edges are looked at together
+constexpr int kBlock = 16; // pixels whose edges are looked at together
 constexpr unsigned kAllOfBlock = 0xffff;
+constexpr int kPixels = kLanes<U32xN>;
 
-using Words = uint32_t __attribute__((vector_size(kBytes)));
-using Halves = uint16_t __attribute__((vector_size(kBytes)));
-using Bytes = uint8_t __attribute__((vector_size(kPixels)));
-using Edges = __m128i;
+using Coverages = Vector<uint8_t, kPixels>;
 
-template <class T> T load(const void *from) {
-  T value;
-  __builtin_memcpy(&value, from, sizeof value);
-  return value;
+/// A bit for every byte of a mask.
+unsigned bits(Vector<int8_t, kBlock> mask) {
+  return static_cast<unsigned>(_mm_movemask_epi8(as<__m128i>(mask)));
 }
-
-template <class T> void store(void *to, T value) { __builtin_memcpy(to, &value, sizeof value); }
-
-/// A bit for every byte that is equal.
-unsigned equal(Edges a, Edges b) { return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(a, b))); }
-
-/// Floor of value / 255, exact up to 65534.
-Halves div255(Halves value) { return (value + 1 + (value >> 8)) >> 8; }
 
 /// `colour` over pixels with an alpha of its own, 0 to 255 in every word; the alpha becomes the pixel's.
 /// All products stay below 65026.
-Words blend(Words pixels, Words colour, Words alpha) {
-  const Words kEven = Words{} + 0x00ff00ffU;
-  const Halves a = reinterpret_cast<Halves>(alpha | alpha << 16);
-  const Halves rest = 255 - a;
-  const auto mix = [&](Words under, Words over) {
-    return reinterpret_cast<Words>(
-        div255(reinterpret_cast<Halves>(under & kEven) * rest + reinterpret_cast<Halves>(over & kEven) * a));
+U32xN blend(U32xN pixels, U32xN colour, U32xN alpha) {
+  const auto a = as<U16xN>(alpha | alpha << 16);
+  const U16xN rest = 255 - a;
+  const auto mix = [&](U32xN under, U32xN over) {
+    return as<U32xN>(div255(as<U16xN>(under & 0x00ff00ff) * rest + as<U16xN>(over & 0x00ff00ff) * a));
   };
-  const Words redBlue = mix(pixels, colour);
-  const Words green = mix(pixels >> 8, colour >> 8) & 0x000000ffU;
+  const U32xN redBlue = mix(pixels, colour);
+  const U32xN green = mix(pixels >> 8, colour >> 8) & 0x000000ff;
   return redBlue | green << 8 | alpha << 24;
 }
 
 void clearAlpha(_color_t *pixels, int count) {
-  int i = 0;
-  for (; i + kPixels <= count; i += kPixels)
-    store(pixels + i, load<Words>(pixels + i) & 0x00ffffffU);
-  for (; i < count; ++i)
-    pixels[i].a = 0;
+  forEachVector<U32xN>(count,
+                       [=](int i, int n) { store(pixels + i, load<U32xN>(pixels + i, n) & 0x00ffffff, n); });
 }
 
 /// The coverage that a column line's spans leave at a pixel: where several meet, the last one's.
@@ -94,15 +72,13 @@ int coverageOf(int top, int bottom, CrossingLine *columns, int column, int row) 
 }
 
 struct Colour {
-  Words words, opacity;
+  U32xN words, opacity;
 
   /// A block of pixels with coverages of their own.
   void blendBlock(_color_t *pixels, const uint8_t *coverage) const {
     for (int i = 0; i < kBlock; i += kPixels) {
-      const Words alpha = __builtin_convertvector(load<Bytes>(coverage + i), Words);
-      store(pixels + i, blend(load<Words>(pixels + i), words,
-                              reinterpret_cast<Words>(div255(reinterpret_cast<Halves>(alpha) *
-                                                             reinterpret_cast<Halves>(opacity)))));
+      const auto alpha = as<U16xN>(convert<U32xN>(load<Coverages>(coverage + i)));
+      store(pixels + i, blend(load<U32xN>(pixels + i), words, as<U32xN>(div255(alpha * as<U16xN>(opacity)))));
     }
   }
 
@@ -113,7 +89,7 @@ struct Colour {
         store(pixels + i, words);
     else
       for (int i = 0; i < kBlock; i += kPixels)
-        store(pixels + i, blend(load<Words>(pixels + i), words, opacity));
+        store(pixels + i, blend(load<U32xN>(pixels + i), words, opacity));
   }
 };
 
@@ -121,9 +97,7 @@ struct Colour {
 
 void blendShapeRow(_color_t *pixels, int width, int row, const RowEdges *edges, CrossingLine *columns,
                    unsigned colour) {
-  const Colour fill = {Words{} + colour, Words{} + (colour >> 24)};
-  const Edges zero = _mm_setzero_si128();
-  const Edges whole = _mm_set1_epi8(-1);
+  const Colour fill = {splat<U32xN>(colour), splat<U32xN>(colour >> 24)};
   clearAlpha(pixels, edges->begin);
   for (int x = edges->begin; x < edges->end; x += kBlock) {
     const int count = edges->end - x < kBlock ? edges->end - x : kBlock;
@@ -133,11 +107,11 @@ void blendShapeRow(_color_t *pixels, int width, int row, const RowEdges *edges, 
       std::memcpy(top, edges->top + x, static_cast<size_t>(count));
       std::memcpy(bottom, edges->bottom + x, static_cast<size_t>(count));
     }
-    const auto tops = load<Edges>(partial ? top : edges->top + x);
-    const auto bottoms = load<Edges>(partial ? bottom : edges->bottom + x);
-    const Edges both = _mm_and_si128(tops, bottoms);
-    const unsigned outside = equal(_mm_or_si128(tops, bottoms), zero);
-    const unsigned inside = equal(both, whole);
+    const auto tops = load<U8x16>(partial ? top : edges->top + x);
+    const auto bottoms = load<U8x16>(partial ? bottom : edges->bottom + x);
+    const U8x16 both = tops & bottoms;
+    const unsigned outside = bits((tops | bottoms) == 0);
+    const unsigned inside = bits(both == 255);
     if (outside == kAllOfBlock) {
       clearAlpha(pixels + x, count);
       continue;

@@ -1,6 +1,7 @@
 // The shared object as hosts meet it: its symbols, its needs, its sending functions, its declarations.
 
 #include "host/services/session.h"
+#include "kernels/simd/levels.h"
 
 #include <gtest/gtest.h>
 
@@ -66,14 +67,18 @@ TEST(SharedObject, NeedsTheCLibrariesAlone) {
   EXPECT_EQ(needs, Texts{});
 }
 
-// Of several weak definitions the linker keeps one, for every machine: none may be compiled for AVX2.
+// Of several weak definitions the linker keeps one, for every machine: none may be compiled for more than the
+// narrowest level.
 TEST(SharedObject, KeepsWideInstructionsOutOfSharedFunctions) {
-  const Texts symbols =
-      output("find " ZOL_BUILD_DIR "/CMakeFiles/zol_avx2.dir -name '*.o' -exec nm -AP --defined-only {} +");
-  EXPECT_GT(symbols.size(), 0u);
-  for (const std::string &line : symbols) { // "object: name type value size"
-    const size_t type = line.find(' ', line.find(": ") + 2) + 1;
-    EXPECT_EQ(std::string("uVvWw").find(line[type]), std::string::npos) << line;
+  for (int level = 1; level < kSimdLevels; ++level) {
+    const std::string objects =
+        ZOL_BUILD_DIR "/CMakeFiles/zol_" + std::string(levelName(static_cast<SimdLevel>(level))) + ".dir";
+    const Texts symbols = output("find " + objects + " -name '*.o' -exec nm -AP --defined-only {} +");
+    EXPECT_GT(symbols.size(), 0u) << objects;
+    for (const std::string &line : symbols) { // "object: name type value size"
+      const size_t type = line.find(' ', line.find(": ") + 2) + 1;
+      EXPECT_EQ(std::string("uVvWw").find(line[type]), std::string::npos) << line;
+    }
   }
 }
 

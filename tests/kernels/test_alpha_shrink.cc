@@ -2,6 +2,7 @@
 #include "kernels/exports/alpha_shrink.h"
 #include "kernels/simd/levels.h"
 #include "tests/support/failing_malloc.h"
+#include "tests/support/levels.h"
 #include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
@@ -67,7 +68,7 @@ TEST(AlphaShrink, IsTheLeastAlphaWithinTheRadii) {
   for (const auto &[width, height] : {std::pair{1, 1}, {1, 40}, {40, 1}, {17, 5}, {131, 150}, {300, 29}})
     for (const float horizontal : {0.0F, 0.3F, 1.0F, 2.5F, 7.998F, 30.0F, 129.25F, 1e30F})
       for (const float vertical : {-1.0F, kNaN, 0.999F, 3.0F, 14.5F, kInfinity})
-        for (const SimdLevel level : {SimdLevel::sse2, SimdLevel::avx2}) {
+        for (const SimdLevel level : test::levels()) {
           capSimdLevel(level);
           const auto picture = sparsePicture(width, height, ++seed);
           const auto before = sparsePicture(width, height, seed);

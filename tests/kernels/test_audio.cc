@@ -4,6 +4,7 @@
 #include "kernels/sound/crossfade.h"
 #include "kernels/sound/tone.h"
 #include "plain/audio.h"
+#include "tests/support/levels.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +17,7 @@
 namespace zol {
 namespace {
 
-constexpr SimdLevel kLevels[] = {SimdLevel::sse2, SimdLevel::avx2};
+const std::vector<SimdLevel> kLevels = test::levels();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kLeast = std::numeric_limits<float>::denorm_min();

@@ -3,6 +3,7 @@
 #include "kernels/simd/levels.h"
 #include "plain/bluescreen.h"
 #include "tests/support/failing_malloc.h"
+#include "tests/support/levels.h"
 #include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
@@ -35,7 +36,7 @@ struct Settings {
 class Screens : public testing::TestWithParam<std::tuple<SimdLevel, int>> {
 protected:
   Screens() { capSimdLevel(std::get<0>(GetParam())); }
-  ~Screens() override { capSimdLevel(SimdLevel::avx2); }
+  ~Screens() override { capSimdLevel(kWidestLevel); }
 
   int kernel(pic *out, pic *key, const Settings &s) {
     return (channel_ == 0 ? Bluescreen : Greenscreen)(session_.info(), out, key, s.delta1, s.delta2,
@@ -64,8 +65,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Levels, Screens,
-                         testing::Combine(testing::Values(SimdLevel::sse2, SimdLevel::avx2),
-                                          testing::Values(0, 1)));
+                         testing::Combine(testing::ValuesIn(test::levels()), testing::Values(0, 1)));
 
 TEST_P(Screens, EveryPairOfChannelsGetsTheFormulasBytes) {
   const auto key = test::randomPicture(256, 256, 1);

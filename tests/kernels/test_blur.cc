@@ -4,6 +4,7 @@
 #include "kernels/simd/levels.h"
 #include "plain/blur.h"
 #include "tests/support/failing_malloc.h"
+#include "tests/support/levels.h"
 #include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
@@ -35,7 +36,7 @@ void expectPlain(pic *src, double radius) {
   std::vector<_color_t> expected(static_cast<size_t>(src->Width) * src->Height);
   for (const Form &form : kForms) {
     form.plain(src->Pixels, src->Width, src->Height, radius, expected.data());
-    for (const SimdLevel level : {SimdLevel::sse2, SimdLevel::avx2}) {
+    for (const SimdLevel level : test::levels()) {
       capSimdLevel(level);
       Session session("Halvenor");
       const pic *out = form.kernel(session.info(), src, radius);

@@ -1,6 +1,7 @@
 #include "kernels/keying/color_keyer.h"
 #include "kernels/simd/levels.h"
 #include "plain/color_keyer.h"
+#include "tests/support/levels.h"
 #include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
@@ -18,10 +19,10 @@ constexpr double kInfinite = std::numeric_limits<double>::infinity();
 class ColorKeys : public testing::TestWithParam<SimdLevel> {
 protected:
   ColorKeys() { capSimdLevel(GetParam()); }
-  ~ColorKeys() override { capSimdLevel(SimdLevel::avx2); }
+  ~ColorKeys() override { capSimdLevel(kWidestLevel); }
 };
 
-INSTANTIATE_TEST_SUITE_P(Levels, ColorKeys, testing::Values(SimdLevel::sse2, SimdLevel::avx2));
+INSTANTIATE_TEST_SUITE_P(Levels, ColorKeys, testing::ValuesIn(test::levels()));
 
 TEST_P(ColorKeys, EveryDistanceGetsTheRulesBytes) {
   // From the black key colour every sum of distances, three times over, in random shares.

@@ -1,5 +1,6 @@
 #include "kernels/compositing/lay_color.h"
 
+#include "tests/support/levels.h"
 #include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
@@ -22,8 +23,9 @@ TEST(LayColor, IsExactForEveryMaskAndAlpha) {
     mask->record()->Pixels[i].a = static_cast<uint8_t>(i >> 8);
   }
   for (const unsigned colour : {0x00ff0080U, 0x7f010203U}) {
-    for (const auto lay :
-         {sse2::layColor, simdLevel() == SimdLevel::avx2 ? avx2::layColor : sse2::layColor}) {
+    for (const SimdLevel level : test::levels()) {
+      capSimdLevel(level);
+      const auto lay = ZOL_SELECT(layColor);
       std::vector<_color_t> out(before->record()->Pixels, before->record()->Pixels + kCount);
       lay(out.data(), mask->record()->Pixels, kCount, colour);
       int wrong = 0;

@@ -4,6 +4,7 @@
 #include "kernels/simd/levels.h"
 #include "plain/shape.h"
 #include "tests/support/failing_malloc.h"
+#include "tests/support/levels.h"
 #include "tests/support/outline.h"
 #include "tests/support/test_clip.h"
 
@@ -57,7 +58,7 @@ struct Work {
   double xOffset, yOffset;
 };
 
-Filled fill(const Work &work, decltype(FillShapeXYOffset) *function, SimdLevel level = SimdLevel::avx2) {
+Filled fill(const Work &work, decltype(FillShapeXYOffset) *function, SimdLevel level = kWidestLevel) {
   capSimdLevel(level);
   Session session("Halvenor");
   session.tracing = true;
@@ -73,14 +74,14 @@ Filled fill(const Work &work, decltype(FillShapeXYOffset) *function, SimdLevel l
   filled.error = error;
   EXPECT_EQ(session.pictures.live(), 0U);
   EXPECT_TRUE(session.complaints.empty());
-  capSimdLevel(SimdLevel::avx2);
+  capSimdLevel(kWidestLevel);
   return filled;
 }
 
 void expectPlain(const Work &work, const std::string &what) {
   const Filled plain = fill(work, plain::fillShapeXYOffset);
-  EXPECT_TRUE(fill(work, FillShapeXYOffset, SimdLevel::sse2) == plain) << what;
-  EXPECT_TRUE(fill(work, FillShapeXYOffset, SimdLevel::avx2) == plain) << what;
+  for (const SimdLevel level : test::levels())
+    EXPECT_TRUE(fill(work, FillShapeXYOffset, level) == plain) << what;
 }
 
 TEST(FillShape, GivesThePlainFormsBytesAndCallsOnRandomOutlines) {

@@ -5,17 +5,29 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace zol::test {
 
-template <class Check> void atEveryLevel(Check check) {
-  for (const SimdLevel level : {SimdLevel::sse2, SimdLevel::avx2}) {
+inline std::vector<SimdLevel> levels() {
+  std::vector<SimdLevel> runs;
+  for (int i = 0; i < kSimdLevels; ++i) {
+    const auto level = static_cast<SimdLevel>(i);
     capSimdLevel(level);
-    if (simdLevel() == level) {
-      SCOPED_TRACE(level == SimdLevel::avx2 ? "avx2" : "sse2");
-      check();
-    }
+    if (simdLevel() == level)
+      runs.push_back(level);
   }
-  capSimdLevel(SimdLevel::avx2);
+  capSimdLevel(kWidestLevel);
+  return runs;
+}
+
+template <class Check> void atEveryLevel(Check check) {
+  for (const SimdLevel level : levels()) {
+    capSimdLevel(level);
+    SCOPED_TRACE(levelName(level));
+    check();
+  }
+  capSimdLevel(kWidestLevel);
 }
 
 } // namespace zol::test

@@ -3,6 +3,7 @@
 #include "kernels/simd/levels.h"
 #include "tests/Runtimes/slomo_sdk/clip.h"
 #include "tests/Runtimes/slomo_sdk/failing_new.h"
+#include "tests/support/levels.h"
 
 #include <gtest/gtest.h>
 
@@ -22,9 +23,9 @@ std::ostream &operator<<(std::ostream &out, const Sequence &s) {
 class EveryLevel : public testing::TestWithParam<SimdLevel> {
 protected:
   void SetUp() override { capSimdLevel(GetParam()); }
-  void TearDown() override { capSimdLevel(SimdLevel::avx2); }
+  void TearDown() override { capSimdLevel(kWidestLevel); }
 };
-INSTANTIATE_TEST_SUITE_P(Levels, EveryLevel, testing::Values(SimdLevel::sse2, SimdLevel::avx2));
+INSTANTIATE_TEST_SUITE_P(Levels, EveryLevel, testing::ValuesIn(test::levels()));
 
 /// A pair of one of all kinds: unrelated, moving, flat, dark, and such whose mixtures look like marks.
 FramePair anyPair(unsigned words, unsigned rows, unsigned seed) {

@@ -1,7 +1,7 @@
 #include "kernels/motion/block_search.h"
 
-#include "kernels/motion/vectors.h"
 #include "kernels/motion/words.h"
+#include "kernels/simd/vectors.h"
 
 namespace zol::ZOL_LEVEL {
 namespace {
@@ -60,22 +60,23 @@ template <void (*values)(const Word *, int, uint16_t *)> void boxSums(const Bloc
 
 // ---- Errors ----
 
-inline V squaredError(const uint8_t *a, const uint8_t *b) {
-  const V d = difference8(load(a), load(b));
-  return add32(squarePairs(lowBytes(d)), squarePairs(highBytes(d)));
+inline U32xN squaredError(const uint8_t *a, const uint8_t *b) {
+  const U8xN d = absoluteDifference(load<U8xN>(a), load<U8xN>(b));
+  const auto low = widenLow<I16xN>(d), high = widenHigh<I16xN>(d);
+  return as<U32xN>(mulAddPairs(low, low) + mulAddPairs(high, high));
 }
 
 /// The error of two blocks whose rows are a multiple of 32 bytes; any number above `limit` when it is above.
 uint32_t blockError(const uint8_t *a, const uint8_t *b, size_t stride, int rowBytes, int rows,
                     uint32_t limit) {
-  V sum = zero();
+  U32xN sum{};
   for (int y = 0; y < rows; y += 4) {
     for (int row = y; row < y + 4; ++row)
       for (int i = 0; i < rowBytes; i += kVectorBytes) {
         const size_t at = static_cast<size_t>(row) * stride + static_cast<size_t>(i);
-        sum = add32(sum, squaredError(a + at, b + at));
+        sum += squaredError(a + at, b + at);
       }
-    if (const uint32_t partial = sum32(sum); partial > limit || y + 4 >= rows)
+    if (const uint32_t partial = zol::ZOL_LEVEL::sum(sum); partial > limit || y + 4 >= rows)
       return partial;
   }
   return 0;
@@ -158,7 +159,7 @@ private:
     shift_ = 0;
     while (full >> (2 * shift_) >= 127 * 127)
       ++shift_;
-    sumLimit_ = set16(static_cast<int16_t>(full >> (2 * shift_)));
+    sumLimit_ = splat<I16xN>(static_cast<int16_t>(full >> (2 * shift_)));
   }
 
   void tryPosition(int x, int y) {
@@ -178,33 +179,35 @@ private:
     setLimit();
   }
 
-  /// Lanes whose quarters' sums allow an error within the limit, for positions from (x, y) to the right.
-  [[nodiscard]] uint32_t mayMatch(const uint16_t *sums) const {
+  /// Masks of lanes whose quarters' sums allow an error within the limit, for positions from (x, y) to the
+  /// right.
+  [[nodiscard]] ByteMask mayMatch(const uint16_t *sums) const {
     const size_t down = static_cast<size_t>(s_.bh / 2) * s_.planeStep;
     const int right = s_.bw / 2;
-    const V total = addSaturated16(addSaturated16(quarter(sums, 0), quarter(sums + right, 1)),
-                                   addSaturated16(quarter(sums + down, 2), quarter(sums + down + right, 3)));
-    return ~laneMask(greater16(total, sumLimit_));
+    const I16xN total = addSaturated(addSaturated(quarter(sums, 0), quarter(sums + right, 1)),
+                                     addSaturated(quarter(sums + down, 2), quarter(sums + down + right, 3)));
+    return byteMask(total <= sumLimit_);
   }
-  [[nodiscard]] V quarter(const uint16_t *sums, int index) const {
-    const V d = difference16(load(sums), set16(static_cast<int16_t>(quarters_[index])));
-    return square16(min16(shiftRight16(d, shift_), set16(127)));
+  [[nodiscard]] I16xN quarter(const uint16_t *sums, int index) const {
+    const U16xN d = absoluteDifference(load<U16xN>(sums), splat<U16xN>(quarters_[index]));
+    const I16xN capped = min(as<I16xN>(shiftRight(d, shift_)), splat<I16xN>(127));
+    return capped * capped;
   }
 
   void searchSpan(int y, int fromDx, int toDx) {
     const int from = bx_ + fromDx < 0 ? 0 : bx_ + fromDx;
     const int to = bx_ + toDx > s_.words - s_.bw ? s_.words - s_.bw : bx_ + toDx;
     const uint16_t *sums = s_.sums + static_cast<size_t>(y) * s_.planeStep;
-    for (int x = from; x <= to; x += kLanes) {
-      uint32_t lanes = mayMatch(sums + x) & kAllLanes;
-      if (const int count = to - x + 1; count < kLanes)
-        lanes &= (1u << (2 * count)) - 1;
+    for (int x = from; x <= to; x += kPositions) {
+      ByteMask lanes = mayMatch(sums + x);
+      if (const int count = to - x + 1; count < kPositions)
+        lanes &= (ByteMask{1} << (2 * count)) - 1;
 #ifdef __AVX2__
-      if (__builtin_popcount(lanes) >= kLanes && x + kLanes - 1 <= s_.words - s_.bw && canCorrelate())
+      if (countBits(lanes) >= kPositions && x + kPositions - 1 <= s_.words - s_.bw && canCorrelate())
         lanes &= mayMatchExactly(x, y);
 #endif
       while (lanes != 0) {
-        const int lane = __builtin_ctz(lanes) / 2;
+        const int lane = lowestBit(lanes) / 2;
         lanes &= lanes - 1; // both bits of the lane
         lanes &= lanes - 1;
         tryPosition(x + lane, y);
@@ -249,45 +252,43 @@ private:
         squares += static_cast<uint32_t>(value * value);
         centred_[y * rowBytes + i] = static_cast<int8_t>(value - middle_);
       }
-    blockSquares_ = static_cast<int16_t>(squares);
+    blockSquares_ = static_cast<uint16_t>(squares);
   }
 
-  V boxesAt(const uint16_t *plane, int x, int y) const {
+  U16xN boxesAt(const uint16_t *plane, int x, int y) const {
     const uint16_t *p = plane + static_cast<size_t>(y) * s_.planeStep + x;
     const size_t down = static_cast<size_t>(s_.bh / 2) * s_.planeStep;
     const int right = s_.bw / 2;
-    return add16(add16(load(p), load(p + right)), add16(load(p + down), load(p + down + right)));
+    return load<U16xN>(p) + load<U16xN>(p + right) + load<U16xN>(p + down) + load<U16xN>(p + down + right);
   }
 
-  uint32_t mayMatchExactly(int x, int y) const {
-    V low = zero(), high = zero();
+  [[nodiscard]] ByteMask mayMatchExactly(int x, int y) const {
+    I16xN low{}, high{};
     const int8_t *a = centred_;
     for (int row = 0; row < s_.bh; ++row) {
       const uint8_t *b = s_.b + static_cast<size_t>(y + row) * s_.stride + static_cast<size_t>(x) * 4;
       for (int i = 0; i < s_.bw; ++i, a += 4, b += 4) {
-        const V word = _mm256_set1_epi32(*reinterpret_cast<const int __attribute__((may_alias)) *>(a));
-        low = add16(low, _mm256_maddubs_epi16(load(b), word));
-        high = add16(high, _mm256_maddubs_epi16(load(b + kVectorBytes), word));
+        int32_t word;
+        __builtin_memcpy(&word, a, sizeof word);
+        const auto factors = as<I8xN>(splat<I32xN>(word));
+        low += mulAddPairs(load<U8xN>(b), factors);
+        high += mulAddPairs(load<U8xN>(b + kVectorBytes), factors);
       }
     }
-    const V mask = _mm256_set1_epi32(0xFFFF);
-    const auto pairs = [&](V v) { return _mm256_and_si256(add16(v, _mm256_srli_epi32(v, 16)), mask); };
-    const V centredProducts = _mm256_permute4x64_epi64(_mm256_packus_epi32(pairs(low), pairs(high)), 0xD8);
-    const V products = add16(
-        centredProducts, _mm256_mullo_epi16(boxesAt(s_.sums, x, y), set16(static_cast<int16_t>(middle_))));
-    const V squares = add16(boxesAt(s_.squares, x, y), set16(blockSquares_));
-    const V error = sub16(squares, add16(products, products));
-    return laneMask(
-        _mm256_cmpeq_epi16(_mm256_subs_epu16(error, set16(static_cast<int16_t>(limit_))), zero()));
+    const auto pairs = [](I16xN v) { return as<U32xN>(v) + (as<U32xN>(v) >> 16); };
+    const U16xN products = narrow(pairs(low), pairs(high)) +
+                           boxesAt(s_.sums, x, y) * splat<U16xN>(static_cast<uint16_t>(middle_));
+    const U16xN error = boxesAt(s_.squares, x, y) + splat<U16xN>(blockSquares_) - products * 2;
+    return byteMask(error <= splat<U16xN>(static_cast<uint16_t>(limit_)));
   }
 
   bool prepared_ = false, correlates_ = false;
   int middle_ = 0;
-  int16_t blockSquares_ = 0;
+  uint16_t blockSquares_ = 0;
   alignas(4) int8_t centred_[16 * 16 * 4];
 #endif
 
-  static constexpr uint32_t kAllLanes = static_cast<uint32_t>((uint64_t{1} << kVectorBytes) - 1);
+  static constexpr int kPositions = kLanes<U16xN>; // that are looked at together
 
   BlockSearch &s_;
   int bx_, by_;
@@ -298,7 +299,7 @@ private:
   bool foundCentre_ = false;
   uint32_t limit_;
   int shift_;
-  V sumLimit_;
+  I16xN sumLimit_;
   uint16_t quarters_[4];
 };
 
@@ -306,11 +307,11 @@ private:
 
 uint32_t rowError(const uint8_t *a, const uint8_t *b, unsigned words) {
   const size_t bytes = size_t{words} * 4;
-  V sum = zero();
+  U32xN sum{};
   size_t i = 0;
   for (; i + kVectorBytes <= bytes; i += kVectorBytes)
-    sum = add32(sum, squaredError(a + i, b + i));
-  uint32_t error = sum32(sum);
+    sum += squaredError(a + i, b + i);
+  uint32_t error = zol::ZOL_LEVEL::sum(sum);
   for (; i < bytes; ++i) {
     const int d = a[i] - b[i];
     error += static_cast<uint32_t>(d * d);
