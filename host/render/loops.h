@@ -1,0 +1,56 @@
+// The loops of a render: from one frame, or block of sound, to the next.
+#pragma once
+
+#include "host/media/writer.h"
+#include "host/render/chain.h"
+#include "host/render/settle.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace zol::host {
+
+class PictureLoop {
+public:
+  /// `leading` is the input at whose end an open end is.
+  PictureLoop(Chain &chain, const Span &span, const Input *leading)
+      : chain_(chain), span_(span), leading_(leading) {}
+
+  /// Renders the next picture into the writer; false where there is none.
+  bool step(MediaWriter &writer);
+  [[nodiscard]] uint64_t done() const { return done_; }
+  /// As many as are done where the end is open.
+  [[nodiscard]] uint64_t all() const { return span_.openEnd ? done_ : span_.count; }
+
+private:
+  Chain &chain_;
+  Span span_;
+  const Input *leading_;
+  size_t done_ = 0;
+};
+
+class SoundLoop {
+public:
+  /// In blocks of the plan's size, or of a video frame's worth. Where the plan names no frames, sound ends
+  /// with the duration, which need not be a whole number of them.
+  SoundLoop(Chain &chain, const Span &span, const Input *leading, const RenderPlan &plan);
+
+  /// Renders the next block into the writer; false where there is none.
+  bool step(MediaWriter &writer);
+  /// In sample frames.
+  [[nodiscard]] uint64_t done() const { return at_ - first_; }
+  [[nodiscard]] uint64_t all() const { return openEnd_ ? done() : end_ - first_; }
+
+private:
+  uint64_t nextStop();
+
+  Chain &chain_;
+  const Input *leading_;
+  std::optional<size_t> block_;
+  bool openEnd_;
+  uint64_t frame_;            ///< the video frame that the next block belongs to
+  uint64_t first_, end_, at_; ///< sample frames
+};
+
+} // namespace zol::host
