@@ -49,7 +49,9 @@ const MediaInfo *Input::info() const {
 bool Input::isStream() const { return raw_ || (sound_ ? samples_->isStream() : pictures_->isStream()); }
 
 std::optional<uint64_t> Input::length() const {
-  return sound_ ? samples_->frameCount() : pictures_->frameCount();
+  if (sound_)
+    return samples_->frameCount();
+  return pictures_->frameCount();
 }
 
 std::string Input::commandLine() const { return sound_ ? samples_->commandLine() : pictures_->commandLine(); }

@@ -1,7 +1,8 @@
 #include "host/render/render.h"
 
 #include "host/model/error.h"
-#include "host/render/loops.h"
+#include "host/render/pictures.h"
+#include "host/render/sound.h"
 
 #include <algorithm>
 #include <utility>

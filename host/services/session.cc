@@ -2,12 +2,15 @@
 
 #include "host/services/calls.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
+#include <vector>
 
 namespace zol::host {
 namespace {
 
-thread_local Session *currentSession = nullptr;
+thread_local std::vector<Session *> sessions; // of this thread; the last one is current
 
 constexpr t_ZoServices serviceTable() {
   t_ZoServices table{};
@@ -23,8 +26,8 @@ constexpr t_ZoServices kTable = serviceTable();
 
 const t_ZoServices &services() { return kTable; }
 
-Session::Session(std::string identity)
-    : identity_(std::move(identity)), previous_(std::exchange(currentSession, this)) {
+Session::Session(std::string identity) : identity_(std::move(identity)) {
+  sessions.push_back(this);
   info_.Identity = identity_.c_str();
   info_.Services = &kTable;
   info_.FrameRate = 25;
@@ -33,16 +36,17 @@ Session::Session(std::string identity)
   info_.ClipEnd = 1;
 }
 
-Session::~Session() {
-  if (currentSession == this)
-    currentSession = previous_;
-}
+Session::~Session() { std::erase(sessions, this); }
 
-Session &Session::current() { return *currentSession; }
+Session &Session::current() { return *sessions.back(); }
 
 const std::u16string &Session::keep(std::u16string text) { return kept_.emplace_back(std::move(text)); }
 
-Session::Use::Use(Session &session) : previous_(std::exchange(currentSession, &session)) {}
-Session::Use::~Use() { currentSession = previous_; }
+Session::Use::Use(Session &session) : session_(&session) { sessions.push_back(session_); }
+
+Session::Use::~Use() {
+  if (const auto place = std::find(sessions.rbegin(), sessions.rend(), session_); place != sessions.rend())
+    sessions.erase(std::next(place).base());
+}
 
 } // namespace zol::host

@@ -16,7 +16,8 @@
 namespace zol::host {
 
 /// One effect instance as its callbacks see it. A thread works with one session at a time, the youngest
-/// that is alive or the one that a Use names; services without a context argument depend on it.
+/// that is alive or the one that a Use names; services without a context argument depend on it. A session
+/// ends on the thread that made it, in whatever order.
 class Session {
 public:
   explicit Session(std::string identity);
@@ -33,7 +34,7 @@ public:
     Use &operator=(const Use &) = delete;
 
   private:
-    Session *previous_;
+    Session *session_;
   };
 
   /// The context to pass to an entry or callback. Its members may be set freely, Services aside.
@@ -75,7 +76,6 @@ private:
   std::string identity_;
   t_ZoHostInfo info_{};
   std::deque<std::u16string> kept_;
-  Session *previous_;
 };
 
 /// The table that every session's context points at.

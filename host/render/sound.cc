@@ -1,24 +1,9 @@
-#include "host/render/loops.h"
+#include "host/render/sound.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace zol::host {
-
-bool PictureLoop::step(MediaWriter &writer) {
-  if (!span_.openEnd && done_ >= span_.count)
-    return false;
-  const double time = chain_.timeline().timeOfFrame(span_.first + done_);
-  const auto picture = chain_.picture(time);
-  if (span_.openEnd)
-    if (const auto length = leading_->length();
-        length && indexAt(time, leading_->pictures()->rate()) >= *length)
-      return false;
-  writer.writeFrame(picture->record()->Pixels);
-  chain_.release();
-  ++done_;
-  return true;
-}
 
 SoundLoop::SoundLoop(Chain &chain, const Span &span, const Input *leading, const RenderPlan &plan)
     : chain_(chain), leading_(leading), block_(plan.block), openEnd_(span.openEnd), frame_(span.first),

@@ -1,4 +1,4 @@
-// The loops of a render: from one frame, or block of sound, to the next.
+// The sound of a render, from one block to the next.
 #pragma once
 
 #include "host/media/writer.h"
@@ -10,25 +10,6 @@
 #include <optional>
 
 namespace zol::host {
-
-class PictureLoop {
-public:
-  /// `leading` is the input at whose end an open end is.
-  PictureLoop(Chain &chain, const Span &span, const Input *leading)
-      : chain_(chain), span_(span), leading_(leading) {}
-
-  /// Renders the next picture into the writer; false where there is none.
-  bool step(MediaWriter &writer);
-  [[nodiscard]] uint64_t done() const { return done_; }
-  /// As many as are done where the end is open.
-  [[nodiscard]] uint64_t all() const { return span_.openEnd ? done_ : span_.count; }
-
-private:
-  Chain &chain_;
-  Span span_;
-  const Input *leading_;
-  size_t done_ = 0;
-};
 
 class SoundLoop {
 public:
