@@ -2,7 +2,6 @@
 
 #include "apps/zol/commands.h"
 
-#include "host/model/instance.h"
 #include "host/script/library.h"
 
 #include <nlohmann/json.hpp>

@@ -19,7 +19,8 @@ using host::RenderPlan;
 /// What was typed, before it is read as numbers.
 struct RenderWords {
   std::string size, frames;
-  double rate = 0, duration = 0;
+  std::string rate;
+  double duration = 0;
   unsigned sampleRate = 0, channels = 0;
   size_t block = 0;
   std::vector<std::string> faults;
@@ -39,6 +40,14 @@ std::string checkNumber(const std::string &text) {
   return host::numberIn(text) ? std::string() : '"' + text + "\" is no number";
 }
 
+std::string checkRate(const std::string &text) {
+  const auto rate = host::rationalIn(text);
+  if (rate && rate->value() >= 0.001 && rate->value() <= 100000)
+    return {};
+  return rate || host::numberIn(text) ? "Value " + text + " not in range 0.001000 to 100000.000000"
+                                      : '"' + text + "\" is no number";
+}
+
 void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
   app.add_option("effect", stage.effect, "The effect, by its name or a unique ending of it")->required();
   app.add_option("-i", stage.inputs,
@@ -56,9 +65,9 @@ void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
   app.add_flag("-y", words.plan.overwrite, "Replace the output file if it exists");
   app.add_option("--size", words.size, "Picture size, by default the first input's, else 720x576")
       ->type_name("WxH");
-  app.add_option("--rate", words.rate, "Frames a second, by default the first input's, else 25")
-      ->check(checkNumber)
-      ->check(CLI::Range(0.001, 100000.0));
+  app.add_option("--rate", words.rate,
+                 "Frames a second, as a number or as 30000/1001, by default the first input's, else 25")
+      ->check(checkRate);
   app.add_option("--duration", words.duration,
                  "Seconds that the effect spans, by default the first input's length")
       ->check(checkNumber)
@@ -139,7 +148,8 @@ void execute(RenderWords &words) {
     plan.frames = framesIn(words.frames);
   if (words.duration > 0 && plan.frames)
     throw CLI::ValidationError("--duration and --frames exclude each other");
-  plan.rate = given(words.rate);
+  if (!words.rate.empty())
+    plan.rate = host::rationalIn(words.rate);
   plan.duration = given(words.duration);
   plan.sampleRate = given(words.sampleRate);
   plan.channels = given(words.channels);

@@ -2,8 +2,8 @@
 
 #include "apps/zol/commands.h"
 
-#include "host/media/process.h"
-#include "host/model/instance.h"
+#include "host/model/text.h"
+#include "host/render/instance.h"
 #include "host/script/library.h"
 
 #include <nlohmann/json.hpp>
@@ -80,7 +80,7 @@ nlohmann::json fieldJson(const Field &field, const std::string &value) {
 void show(const HostOptions &options, const std::string &wanted, bool json) {
   const host::EffectLibrary library(options.libraryFile(), options.host);
   const host::Effect &effect = library.effect(wanted);
-  host::Instance instance(effect, options.host);
+  host::Instance instance(effect, options.host, host::Timeline());
   instance.openDialog();
   if (json) {
     nlohmann::json out = {{"name", effect.name},

@@ -9,9 +9,10 @@
 namespace zol::command {
 
 void addSlowmo(CLI::App &zol) {
-  using Plan = host::SlowMotionPlan;
+  using Method = host::SlowMotionMethod;
+  using Fields = host::FieldOrder;
   CLI::App *app = zol.add_subcommand("slowmo", "Slow a clip down and make the frames between");
-  const auto plan = std::make_shared<Plan>();
+  const auto plan = std::make_shared<host::SlowMotionPlan>();
   const auto quiet = std::make_shared<bool>(false);
   app->add_option("input", plan->input, "The clip")->type_name("FILE")->required();
   app->add_option("-o", plan->output, "Output file, its format told by its name")
@@ -20,14 +21,14 @@ void addSlowmo(CLI::App &zol) {
   app->add_option("--factor", plan->factor, "How many times longer it gets")
       ->check(CLI::Range(1.0, 10000.0))
       ->capture_default_str();
-  static const std::map<std::string, Plan::Method> methods = {
-      {"mix", Plan::Method::mix}, {"vector", Plan::Method::vector}, {"object", Plan::Method::object}};
+  static const std::map<std::string, Method> methods = {
+      {"mix", Method::mix}, {"vector", Method::vector}, {"object", Method::object}};
   app->add_option("--method", plan->method,
                   "mix: cross-fade; vector: follow blocks (default); object: follow areas of one colour")
       ->transform(CLI::CheckedTransformer(methods).description(""))
       ->type_name("mix|vector|object");
-  static const std::map<std::string, Plan::Fields> fields = {{"top", Plan::Fields::topFirst},
-                                                             {"bottom", Plan::Fields::bottomFirst}};
+  static const std::map<std::string, Fields> fields = {{"top", Fields::topFirst},
+                                                       {"bottom", Fields::bottomFirst}};
   app->add_option("--interlaced", plan->fields, "The clip consists of fields; the one that comes first")
       ->transform(CLI::CheckedTransformer(fields).description(""))
       ->type_name("top|bottom");

@@ -1,5 +1,7 @@
 #include "host/media/audio_reader.h"
 
+#include "host/model/text.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -15,8 +17,8 @@ constexpr int kMostChannels = 64;
 
 } // namespace
 
-AudioReader::AudioReader(const std::string &file, AudioReaderOptions options)
-    : source_(file), options_(std::move(options)) {
+AudioReader::AudioReader(Source source, AudioReaderOptions options)
+    : source_(std::move(source)), options_(std::move(options)) {
   const std::string cannot = "cannot read " + source_.name() + ": ";
   if (options_.raw) {
     info_.format = info_.audioCodec = "f32le";
@@ -26,23 +28,33 @@ AudioReader::AudioReader(const std::string &file, AudioReaderOptions options)
   } else {
     info_ = source_.look(options_.programs);
     if (!info_.hasAudio)
-      throw MediaError(cannot + "no sound in it");
+      throw HostError(cannot + "no sound in it");
   }
   if (options_.sampleRate == 0)
     options_.sampleRate = info_.sampleRate;
   if (options_.channels == 0)
     options_.channels = info_.channels;
-  for (const int rate : {info_.sampleRate, options_.sampleRate})
-    if (rate < 1 || rate > kHighestRate)
-      throw MediaError(cannot + "a sample rate of " + std::to_string(rate) + " is not possible");
-  for (const int channels : {info_.channels, options_.channels})
-    if (channels < 1 || channels > kMostChannels)
-      throw MediaError(cannot + std::to_string(channels) + " channels are not possible");
+  checkFormat(info_.sampleRate, info_.channels);
+  checkFormat(options_.sampleRate, options_.channels);
   if (!(options_.start >= 0 && options_.start < 1e9))
-    throw MediaError(cannot + "it has no beginning at " + numberText(options_.start) + " seconds");
+    throw HostError(cannot + "it has no beginning at " + numberText(options_.start) + " seconds");
 }
 
 AudioReader::~AudioReader() = default;
+
+void AudioReader::checkFormat(int sampleRate, int channels) const {
+  const std::string cannot = "cannot read " + source_.name() + ": ";
+  if (sampleRate < 1 || sampleRate > kHighestRate)
+    throw HostError(cannot + "a sample rate of " + std::to_string(sampleRate) + " is not possible");
+  if (channels < 1 || channels > kMostChannels)
+    throw HostError(cannot + std::to_string(channels) + " channels are not possible");
+}
+
+void AudioReader::convertTo(int sampleRate, int channels) {
+  checkFormat(sampleRate, channels);
+  options_.sampleRate = sampleRate;
+  options_.channels = channels;
+}
 
 std::vector<std::string> AudioReader::arguments() const {
   std::vector<std::string> args{options_.programs.ffmpeg, "-v", "error", "-nostdin"};

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zol::host {
@@ -29,19 +30,27 @@ class AudioReader {
 public:
   /// `-` is standard input: raw, or what ffmpeg can tell from a stream. Named pipes likewise. Only one
   /// reader can have it.
-  AudioReader(const std::string &file, AudioReaderOptions options);
+  AudioReader(const std::string &file, AudioReaderOptions options)
+      : AudioReader(Source(file), std::move(options)) {}
+  /// The same for a source that may have been looked at.
+  AudioReader(Source source, AudioReaderOptions options);
   ~AudioReader();
   AudioReader(const AudioReader &) = delete;
   AudioReader &operator=(const AudioReader &) = delete;
 
   [[nodiscard]] const MediaInfo &info() const { return info_; }
+  /// Whether samples come from a pipe, in their order alone and to an end that is not known in advance.
+  [[nodiscard]] bool isStream() const { return source_.isStream(); }
   [[nodiscard]] int sampleRate() const { return options_.sampleRate; }
   [[nodiscard]] int channels() const { return options_.channels; }
+
+  /// Has all samples converted to this rate and these channels; to be called before the first read().
+  void convertTo(int sampleRate, int channels);
 
   /// Copies up to `count` sample frames from sample frame `first` on into `samples` (count * channels floats)
   /// and returns how many there were: fewer only behind the end. The same range gives the same samples in any
   /// order of calls. Recent samples are kept; a step behind them reads anew from the beginning (standard
-  /// input: MediaError).
+  /// input: HostError).
   size_t read(uint64_t first, size_t count, float *samples);
 
   /// Number of sample frames, known once the end was met.
@@ -52,6 +61,7 @@ public:
 
 private:
   [[nodiscard]] std::vector<std::string> arguments() const;
+  void checkFormat(int sampleRate, int channels) const;
   void open();
   bool readBlock();
   [[nodiscard]] uint64_t origin() const;

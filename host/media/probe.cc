@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -19,7 +20,7 @@ using Json = nlohmann::json;
 constexpr size_t kLongestAnswer = 1 << 20; // bytes of JSON; more is a hostile file
 constexpr double kPatience = 60;           // seconds without an answer
 constexpr double kFastest = 1000;          // frames per second; more is a time base, not a rate
-constexpr double kUsualRate = 25;
+constexpr Rational kUsualRate = 25;
 
 const Json &member(const Json &object, const char *name) {
   static const Json kNothing;
@@ -51,34 +52,27 @@ int integer(const Json &object, const char *name) {
   return static_cast<int>(std::clamp(number(object, name), 0.0, 1e9));
 }
 
-/// `a/b` or `a:b` as a quotient; 0 when it has no sensible value.
-double ratio(const std::string &value) {
-  const size_t bar = value.find_first_of("/:");
-  if (bar == std::string::npos)
-    return 0;
-  double above = 0, below = 0;
-  std::from_chars(value.data(), value.data() + bar, above);
-  std::from_chars(value.data() + bar + 1, value.data() + value.size(), below);
-  return above > 0 && below > 0 ? above / below : 0;
+std::optional<Rational> sensibleRate(const std::string &value) {
+  const auto rate = rationalIn(value);
+  return rate && rate->value() <= kFastest ? rate : std::nullopt;
 }
 
-bool sensibleRate(double rate) { return rate > 0 && rate <= kFastest; }
-
 /// The constant rate that serves a stream: its own, or near the average of a varying one.
-double frameRate(const Json &stream) {
-  const double average = ratio(text(stream, "avg_frame_rate"));
-  const double base = ratio(text(stream, "r_frame_rate"));
-  if (!sensibleRate(average))
-    return sensibleRate(base) ? base : kUsualRate;
+Rational frameRate(const Json &stream) {
+  const auto average = sensibleRate(text(stream, "avg_frame_rate"));
+  const auto base = sensibleRate(text(stream, "r_frame_rate"));
+  if (!average)
+    return base.value_or(kUsualRate);
   if (average == base)
-    return average;
-  constexpr double kVideo = 1000.0 / 1001.0;
+    return *average;
   constexpr double kNear = 0.01;
-  constexpr std::array kRates{24 * kVideo, 24.0, 25.0, 30 * kVideo, 30.0, 48.0, 50.0, 60 * kVideo, 60.0};
-  const double nearest = *std::min_element(kRates.begin(), kRates.end(), [&](double a, double b) {
-    return std::abs(a - average) < std::abs(b - average);
-  });
-  return std::abs(nearest - average) <= kNear * nearest ? nearest : average;
+  constexpr std::array kRates{Rational(24000, 1001), Rational(24),          Rational(25),
+                              Rational(30000, 1001), Rational(30),          Rational(48),
+                              Rational(50),          Rational(60000, 1001), Rational(60)};
+  const auto distance = [&](Rational rate) { return std::abs(rate.value() - average->value()); };
+  const Rational nearest = *std::min_element(
+      kRates.begin(), kRates.end(), [&](Rational a, Rational b) { return distance(a) < distance(b); });
+  return distance(nearest) <= kNear * nearest.value() ? nearest : *average;
 }
 
 bool hasAlpha(const std::string &pixelFormat) {
@@ -108,8 +102,7 @@ void readVideo(const Json &stream, MediaInfo &info) {
   info.alpha = hasAlpha(pixelFormat) || text(member(stream, "tags"), "alpha_mode") == "1";
   info.untaggedHd = pixelFormat.starts_with("yuv") && !pixelFormat.starts_with("yuvj") &&
                     member(stream, "color_space").is_null() && (info.width >= 1280 || info.height >= 720);
-  const double aspect = ratio(text(stream, "sample_aspect_ratio"));
-  info.pixelAspect = aspect > 0 ? aspect : 1;
+  info.pixelAspect = rationalIn(text(stream, "sample_aspect_ratio")).value_or(1).value();
   if (std::lround(std::fmod(std::abs(rotation(stream)), 180)) == 90) {
     std::swap(info.width, info.height);
     info.pixelAspect = 1 / info.pixelAspect;
@@ -120,7 +113,7 @@ void readVideo(const Json &stream, MediaInfo &info) {
   constexpr double kOneImage = 1.5 / 25;               // image files count as shown for 1/25 s
   info.still = (stillFormat(info.format) && number(stream, "duration") < kOneImage) ||
                (!info.hasAudio && integer(stream, "nb_frames") == 1);
-  info.frameRate = info.still ? 0 : frameRate(stream);
+  info.frameRate = info.still ? Rational() : frameRate(stream);
 }
 
 MediaInfo infoFrom(const Json &answer) {
@@ -175,16 +168,16 @@ MediaInfo runProbe(const std::string &url, const std::string &shown, const std::
   std::string answer(kLongestAnswer, '\0');
   answer.resize(process.read(answer.data(), answer.size()));
   if (answer.size() == kLongestAnswer)
-    throw MediaError("cannot read " + shown + ": too much in it");
+    throw HostError("cannot read " + shown + ": too much in it");
   if (process.wait() != 0)
-    throw MediaError("cannot read " + shown + ": " + reasonOf(process, url));
+    throw HostError("cannot read " + shown + ": " + reasonOf(process, url));
   MediaInfo info = infoFrom(Json::parse(answer, nullptr, false));
   if (!info.hasVideo && !info.hasAudio)
-    throw MediaError("cannot read " + shown + ": neither pictures nor sound in it");
+    throw HostError("cannot read " + shown + ": neither pictures nor sound in it");
   if (info.hasVideo && (info.width == 0 || info.height == 0))
-    throw MediaError("cannot read " + shown + ": its pictures have no size");
+    throw HostError("cannot read " + shown + ": its pictures have no size");
   if (info.hasAudio && (info.sampleRate == 0 || info.channels == 0))
-    throw MediaError("cannot read " + shown + ": its sound has no rate");
+    throw HostError("cannot read " + shown + ": its sound has no rate");
   return info;
 }
 

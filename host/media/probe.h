@@ -1,7 +1,8 @@
 // What a media file holds.
 #pragma once
 
-#include "host/media/error.h"
+#include "host/model/error.h"
+#include "host/model/rational.h"
 
 #include <cstdint>
 #include <string>
@@ -13,6 +14,8 @@ namespace zol::host {
 struct MediaPrograms {
   std::string ffmpeg = "ffmpeg";
   std::string ffprobe = "ffprobe";
+
+  bool operator==(const MediaPrograms &) const = default;
 };
 
 /// Facts about a file. Everything about pictures is 0 or false without hasVideo, likewise sound.
@@ -24,7 +27,7 @@ struct MediaInfo {
   bool still = false; ///< One picture without a time of its own.
   int width = 0;      ///< As displayed: after the file's rotation, before its pixel aspect.
   int height = 0;
-  double frameRate = 0;   ///< Frames per second, the average where it varies; 0 for stills.
+  Rational frameRate = 0; ///< Frames per second, the average where it varies; 0 for stills.
   double pixelAspect = 1; ///< Width of a pixel by its height, after rotation.
   bool alpha = false;
   bool interlaced = false;
@@ -38,7 +41,7 @@ struct MediaInfo {
   std::string audioCodec;
 };
 
-/// Looks into a file. Cover pictures of sound files do not count as video. Throws MediaError for what cannot
+/// Looks into a file. Cover pictures of sound files do not count as video. Throws HostError for what cannot
 /// be read or holds neither pictures nor sound.
 MediaInfo probe(const std::string &file, const MediaPrograms &programs = {});
 

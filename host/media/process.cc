@@ -1,10 +1,10 @@
 #include "host/media/process.h"
 
 #include "host/media/interrupt.h"
+#include "host/model/text.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstring>
@@ -72,7 +72,7 @@ ssize_t readSome(int fd, void *data, size_t size) {
 }
 
 [[noreturn]] void failWith(const std::string &what, int error) {
-  throw MediaError(what + ": " + errorMessage(error));
+  throw HostError(what + ": " + errorMessage(error));
 }
 
 struct Pipe {
@@ -293,7 +293,7 @@ void Process::await(int wanted) {
   const int timeout = options_.patience > 0 ? static_cast<int>(options_.patience * 1000) : -1;
   if (!pollOnce(wanted, timeout)) {
     kill();
-    throw MediaError(name_ + " did nothing for " + numberText(options_.patience) + " seconds");
+    throw HostError(name_ + " did nothing for " + numberText(options_.patience) + " seconds");
   }
 }
 
@@ -433,12 +433,6 @@ std::string shellQuoted(const std::vector<std::string> &arguments) {
     line += '\'';
   }
   return line;
-}
-
-std::string numberText(double value) {
-  char text[400];
-  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed).ptr;
-  return {text, end};
 }
 
 } // namespace zol::host

@@ -1,7 +1,7 @@
 // A child process with pipes to its standard streams.
 #pragma once
 
-#include "host/media/error.h"
+#include "host/model/error.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -47,7 +47,7 @@ public:
     int feed = -1;
   };
 
-  /// Starts `arguments[0]`, searched for in PATH, without a shell. Throws MediaError when it cannot be run.
+  /// Starts `arguments[0]`, searched for in PATH, without a shell. Throws HostError when it cannot be run.
   Process(const std::vector<std::string> &arguments, Options options);
   explicit Process(const std::vector<std::string> &arguments) : Process(arguments, Options()) {}
   /// Kills the child if it is still there and reaps it.
@@ -114,8 +114,5 @@ std::string errorMessage(int error);
 
 /// The arguments as one line that a POSIX shell reads back as the same arguments.
 std::string shellQuoted(const std::vector<std::string> &arguments);
-
-/// The shortest text that reads back as the same number, with a point in every locale.
-std::string numberText(double value);
 
 } // namespace zol::host

@@ -27,16 +27,18 @@ Source::Source(std::string file) : file_(std::move(file)) {
   if (std::filesystem::is_fifo(status) || std::filesystem::is_socket(status)) {
     opened_ = Descriptor(open(file_.c_str(), O_RDONLY | O_CLOEXEC));
     if (!opened_)
-      throw MediaError("cannot read " + file_ + ": " + errorMessage(errno));
+      throw HostError("cannot read " + file_ + ": " + errorMessage(errno));
     fd_ = opened_.get();
   } else if (std::filesystem::is_directory(status)) {
-    throw MediaError("cannot read " + file_ + ": " + errorMessage(EISDIR));
+    throw HostError("cannot read " + file_ + ": " + errorMessage(EISDIR));
   }
 }
 
-MediaInfo Source::look(const MediaPrograms &programs) {
+const MediaInfo &Source::look(const MediaPrograms &programs) {
+  if (info_)
+    return *info_;
   if (!isStream())
-    return probe(file_, programs);
+    return info_.emplace(probe(file_, programs));
   head_.resize(kHeadBytes);
   size_t filled = 0;
   while (filled < head_.size()) {
@@ -49,8 +51,8 @@ MediaInfo Source::look(const MediaPrograms &programs) {
   }
   head_.resize(filled);
   if (head_.empty())
-    throw MediaError("cannot read " + name() + ": nothing came");
-  return probeBytes(head_, programs);
+    throw HostError("cannot read " + name() + ": nothing came");
+  return info_.emplace(probeBytes(head_, programs));
 }
 
 std::unique_ptr<Process> Source::start(const std::vector<std::string> &arguments) {
@@ -58,7 +60,7 @@ std::unique_ptr<Process> Source::start(const std::vector<std::string> &arguments
   options.output = Process::Stream::Pipe;
   if (isStream()) {
     if (std::exchange(started_, true))
-      throw MediaError("cannot go back in " + name());
+      throw HostError("cannot go back in " + name());
     options.input = Process::Stream::Pipe;
     options.feed = fd_;
     options.feedHead = std::move(head_);
@@ -68,8 +70,8 @@ std::unique_ptr<Process> Source::start(const std::vector<std::string> &arguments
   return std::make_unique<Process>(arguments, std::move(options));
 }
 
-MediaError Source::failure(const Process &process) const {
-  return MediaError("cannot read " + name() + ": " + reasonOf(process, url()));
+HostError Source::failure(const Process &process) const {
+  return HostError("cannot read " + name() + ": " + reasonOf(process, url()));
 }
 
 } // namespace zol::host

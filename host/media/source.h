@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,13 +23,14 @@ public:
   /// As texts to the user call it.
   [[nodiscard]] std::string name() const { return file_ == "-" ? "standard input" : file_; }
 
-  MediaInfo look(const MediaPrograms &programs);
+  /// What is in it. Looked at when first asked for; throws HostError as probe() does.
+  const MediaInfo &look(const MediaPrograms &programs);
 
-  /// Starts a child whose output is read. A stream can be started once; MediaError afterwards.
+  /// Starts a child whose output is read. A stream can be started once; HostError afterwards.
   std::unique_ptr<Process> start(const std::vector<std::string> &arguments);
 
-  /// A MediaError that says what the child, which has ended, says.
-  [[nodiscard]] MediaError failure(const Process &process) const;
+  /// A HostError that says what the child, which has ended, says.
+  [[nodiscard]] HostError failure(const Process &process) const;
 
 private:
   std::string file_;
@@ -36,6 +38,7 @@ private:
   int fd_ = -1;
   bool started_ = false;
   std::vector<uint8_t> head_;
+  std::optional<MediaInfo> info_;
 };
 
 } // namespace zol::host

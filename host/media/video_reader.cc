@@ -1,5 +1,7 @@
 #include "host/media/video_reader.h"
 
+#include "host/model/text.h"
+
 #include <algorithm>
 #include <cmath>
 #include <new>
@@ -10,19 +12,19 @@ namespace {
 
 constexpr int kLargestSide = 32767; // pictures have 16-bit sizes
 constexpr double kFastest = 1000;
-constexpr double kStillRate = 25;
+constexpr Rational kStillRate = 25;
 constexpr double kJump = 10; // seconds ahead from which on a seek is cheaper than reading on
 
 void checkSize(const Source &source, int width, int height) {
   if (width < 1 || height < 1 || width > kLargestSide || height > kLargestSide)
-    throw MediaError("cannot read " + source.name() + ": pictures of " + std::to_string(width) + "x" +
-                     std::to_string(height) + " are not possible");
+    throw HostError("cannot read " + source.name() + ": pictures of " + std::to_string(width) + "x" +
+                    std::to_string(height) + " are not possible");
 }
 
-void checkRate(const Source &source, double rate) {
-  if (!(rate > 0 && rate <= kFastest))
-    throw MediaError("cannot read " + source.name() + ": a frame rate of " + numberText(rate) +
-                     " is not possible");
+void checkRate(const Source &source, Rational rate) {
+  if (!(rate.value() > 0 && rate.value() <= kFastest))
+    throw HostError("cannot read " + source.name() + ": a frame rate of " + numberText(rate.value()) +
+                    " is not possible");
 }
 
 /// How far before the wanted time to seek, so that decoding surely begins before it.
@@ -37,11 +39,11 @@ std::string sizeText(int width, int height) { return std::to_string(width) + "x"
 
 } // namespace
 
-VideoReader::VideoReader(const std::string &file, VideoReaderOptions options)
-    : source_(file), options_(std::move(options)) {
+VideoReader::VideoReader(Source source, VideoReaderOptions options)
+    : source_(std::move(source)), options_(std::move(options)) {
   options_.window = std::max<size_t>(options_.window, 1);
   if (!(std::isfinite(options_.start) && options_.start >= 0))
-    throw MediaError("cannot read " + source_.name() + " from " + numberText(options_.start) + " seconds on");
+    throw HostError("cannot read " + source_.name() + " from " + numberText(options_.start) + " seconds on");
   if (options_.raw) {
     checkSize(source_, options_.rawWidth, options_.rawHeight);
     checkRate(source_, options_.rawRate);
@@ -53,7 +55,7 @@ VideoReader::VideoReader(const std::string &file, VideoReaderOptions options)
   } else {
     info_ = source_.look(options_.programs);
     if (!info_.hasVideo)
-      throw MediaError("cannot read " + source_.name() + ": no pictures in it");
+      throw HostError("cannot read " + source_.name() + ": no pictures in it");
     checkSize(source_, info_.width, info_.height);
   }
   if (options_.width == 0 && options_.height == 0) {
@@ -61,12 +63,18 @@ VideoReader::VideoReader(const std::string &file, VideoReaderOptions options)
     options_.height = info_.height;
   }
   checkSize(source_, options_.width, options_.height);
-  if (options_.rate == 0)
+  if (options_.rate.num == 0)
     options_.rate = info_.still ? kStillRate : info_.frameRate;
   checkRate(source_, options_.rate);
 }
 
 VideoReader::~VideoReader() = default;
+
+void VideoReader::scaleTo(int width, int height) {
+  checkSize(source_, width, height);
+  options_.width = width;
+  options_.height = height;
+}
 
 /// Times stay those of the file, counted from its beginning (-copyts -start_at_zero), and after a seek all
 /// frames from the key frame on are used (-noaccurate_seek): so the fps filter rounds the same times in the
@@ -76,11 +84,10 @@ std::vector<std::string> VideoReader::arguments(size_t first) const {
   const auto add = [&](std::initializer_list<std::string> more) { args.insert(args.end(), more); };
   if (options_.raw)
     add({"-f", "rawvideo", "-pixel_format", "bgra", "-video_size",
-         sizeText(options_.rawWidth, options_.rawHeight), "-framerate", numberText(options_.rawRate)});
+         sizeText(options_.rawWidth, options_.rawHeight), "-framerate", options_.rawRate.text()});
   if (!info_.still) {
     add({"-copyts", "-start_at_zero"});
-    const double seek =
-        options_.start + static_cast<double>(first) / options_.rate - seekMargin(info_.format);
+    const double seek = options_.start + timeOf(first, options_.rate) - seekMargin(info_.format);
     if (seek > 0 && !source_.isStream())
       add({"-noaccurate_seek", "-ss", numberText(seek)});
   }
@@ -90,7 +97,7 @@ std::vector<std::string> VideoReader::arguments(size_t first) const {
 
   std::string filters;
   if (!info_.still) {
-    filters += "fps=fps=" + numberText(options_.rate) + ":start_time=" + numberText(options_.start) + ",";
+    filters += "fps=fps=" + options_.rate.text() + ":start_time=" + numberText(options_.start) + ",";
     if (first > 0)
       filters += "trim=start_frame=" + std::to_string(first) + ",";
   }
@@ -130,7 +137,7 @@ bool VideoReader::readNext() {
     if (process_->wait() != 0)
       throw source_.failure(*process_);
     if (got > 0)
-      throw MediaError("cannot read " + source_.name() + ": a picture broke off");
+      throw HostError("cannot read " + source_.name() + ": a picture broke off");
     process_.reset();
     return false;
   }
@@ -146,13 +153,13 @@ bool VideoReader::readNext() {
 
 /// Reads to the end from the last place before it that yields a frame.
 void VideoReader::findEnd(size_t behind) {
-  const MediaError nothing("cannot read " + source_.name() + ": no pictures could be decoded");
+  const HostError nothing("cannot read " + source_.name() + ": no pictures could be decoded");
   if (source_.isStream() || info_.still)
     throw nothing;
-  const double known = (info_.duration - options_.start) * options_.rate;
+  const double known = (info_.duration - options_.start) * options_.rate.value();
   const auto end = static_cast<size_t>(std::clamp(known, 0.0, static_cast<double>(behind)));
   for (const double back : {1.0, 15.0, 0.0}) {
-    const auto step = static_cast<size_t>(std::ceil(back * options_.rate));
+    const auto step = static_cast<size_t>(std::ceil(back * options_.rate.value()));
     open(back > 0 && end > step ? end - step : 0);
     while (readNext()) {
     }
@@ -167,8 +174,8 @@ std::shared_ptr<const Frame> VideoReader::at(size_t index) try {
   if (count_ && index >= *count_)
     return last_;
   const bool behind = index + recent_.size() < next_;
-  const bool farAhead =
-      !source_.isStream() && static_cast<double>(index) - static_cast<double>(next_) > kJump * options_.rate;
+  const bool farAhead = !source_.isStream() && static_cast<double>(index) - static_cast<double>(next_) >
+                                                   kJump * options_.rate.value();
   if (!info_.still && (behind || farAhead))
     open(index);
   else if (!process_ && next_ == 0)
@@ -186,8 +193,8 @@ std::shared_ptr<const Frame> VideoReader::at(size_t index) try {
   }
   return recent_[recent_.size() - std::min(recent_.size(), next_ - index)];
 } catch (const std::bad_alloc &) {
-  throw MediaError("cannot read " + source_.name() + ": not enough memory for pictures of " +
-                   sizeText(options_.width, options_.height));
+  throw HostError("cannot read " + source_.name() + ": not enough memory for pictures of " +
+                  sizeText(options_.width, options_.height));
 }
 
 } // namespace zol::host

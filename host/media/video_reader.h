@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zol::host {
@@ -26,35 +27,43 @@ struct Frame {
 struct VideoReaderOptions {
   int width = 0; ///< 0 with height 0: the file's own size. Otherwise the pictures are scaled to fill it.
   int height = 0;
-  double rate = 0;   ///< Frames per second; 0: the file's own average rate (25 for stills).
+  Rational rate = 0; ///< Frames per second; 0: the file's own average rate (25 for stills).
   double start = 0;  ///< Time within the file of frame 0, in seconds.
   size_t window = 4; ///< Frames kept for going back, at least 1.
   bool raw = false;  ///< The bytes are raw BGRA frames of rawWidth by rawHeight at rawRate.
   int rawWidth = 0;
   int rawHeight = 0;
-  double rawRate = 25;
+  Rational rawRate = 25;
   MediaPrograms programs;
 };
 
-/// Frames at a constant rate. The child runs from the first at() on. Memory is bounded by the window and the
-/// frames that callers still hold.
+/// Frames at a constant rate. What the file holds is known at once; the child runs from the first at() on.
+/// Memory is bounded by the window and the frames that callers still hold.
 class VideoReader {
 public:
   /// `-` is standard input: raw, or what ffmpeg can tell from a stream. Named pipes likewise. Only one
   /// reader can have it.
-  VideoReader(const std::string &file, VideoReaderOptions options);
+  VideoReader(const std::string &file, VideoReaderOptions options)
+      : VideoReader(Source(file), std::move(options)) {}
+  /// The same for a source that may have been looked at.
+  VideoReader(Source source, VideoReaderOptions options);
   ~VideoReader();
   VideoReader(const VideoReader &) = delete;
   VideoReader &operator=(const VideoReader &) = delete;
 
   [[nodiscard]] const MediaInfo &info() const { return info_; }
+  /// Whether frames come from a pipe, in their order alone and to an end that is not known in advance.
+  [[nodiscard]] bool isStream() const { return source_.isStream(); }
   [[nodiscard]] int width() const { return options_.width; }
   [[nodiscard]] int height() const { return options_.height; }
-  [[nodiscard]] double rate() const { return options_.rate; }
+  [[nodiscard]] Rational rate() const { return options_.rate; }
+
+  /// Has all pictures scaled to fill this size; to be called before the first at().
+  void scaleTo(int width, int height);
 
   /// The frame shown at `start + index / rate`; the last one for every index behind the end; a still always.
   /// The same index gives the same bytes in any order of calls. Next frames and those of the window are
-  /// cheap, others start the child anew with a seek. Throws MediaError when the file cannot be decoded, and
+  /// cheap, others start the child anew with a seek. Throws HostError when the file cannot be decoded, and
   /// for a step behind the window on standard input.
   std::shared_ptr<const Frame> at(size_t index);
 

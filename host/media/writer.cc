@@ -1,5 +1,7 @@
 #include "host/media/writer.h"
 
+#include "host/model/text.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -183,16 +185,16 @@ bool MediaWriter::isSound(const std::string &file) { return formatOf(file).kind 
 
 void MediaWriter::check() const {
   const auto refuse = [&](const std::string &why) {
-    throw MediaError("cannot write " + (toStandardOutput() ? std::string("to standard output") : file_) +
-                     ": " + why);
+    throw HostError("cannot write " + (toStandardOutput() ? std::string("to standard output") : file_) +
+                    ": " + why);
   };
   const WriterOptions &o = options_;
   if (!hasPictures() && !hasSamples())
     refuse("neither pictures nor sound");
   if (hasPictures() && (o.width < 1 || o.height < 1 || o.width > kLargestSide || o.height > kLargestSide))
     refuse("pictures of " + std::to_string(o.width) + "x" + std::to_string(o.height) + " are not possible");
-  if (hasPictures() && !(o.rate > 0 && o.rate <= 1000))
-    refuse("a frame rate of " + numberText(o.rate) + " is not possible");
+  if (hasPictures() && !(o.rate.value() > 0 && o.rate.value() <= 1000))
+    refuse("a frame rate of " + numberText(o.rate.value()) + " is not possible");
   if (hasSamples() && (o.sampleRate < 1 || o.sampleRate > 768000 || o.channels > 64))
     refuse("a sample rate of " + std::to_string(o.sampleRate) + " with " + std::to_string(o.channels) +
            " channels is not possible");
@@ -239,8 +241,8 @@ std::vector<std::string> MediaWriter::arguments(const std::string &target) const
          "32", "-analyzeduration", "0", "-i", hasPictures() ? "pipe:3" : "pipe:0"});
   if (hasPictures())
     add({"-f", "rawvideo", "-pixel_format", "bgra", "-video_size",
-         std::to_string(o.width) + "x" + std::to_string(o.height), "-framerate", numberText(o.rate),
-         "-probesize", "32", "-analyzeduration", "0", "-i", "pipe:0"});
+         std::to_string(o.width) + "x" + std::to_string(o.height), "-framerate", o.rate.text(), "-probesize",
+         "32", "-analyzeduration", "0", "-i", "pipe:0"});
   const bool soundFile = hasPictures() && !hasSamples() && !o.soundFile.empty();
   if (soundFile) {
     if (o.soundStart > 0)
@@ -309,7 +311,7 @@ void MediaWriter::start() {
   options.secondInput = hasPictures() && hasSamples();
   try {
     process_ = std::make_unique<Process>(arguments(inPlace_ ? file_ : partial_), options);
-  } catch (const MediaError &error) {
+  } catch (const HostError &error) {
     fail(error.what());
   }
 }
@@ -330,8 +332,7 @@ void MediaWriter::writeFrame(const void *pixels) {
   if (frames_ == 1 && isStill(file_))
     fail("such a file holds one picture");
   if (hasSamples() && !samplesEnded_ &&
-      static_cast<double>(samples_) <
-          std::floor(static_cast<double>(frames_) / options_.rate * options_.sampleRate) + 1)
+      static_cast<double>(samples_) < std::floor(timeOf(frames_, options_.rate) * options_.sampleRate) + 1)
     throw std::logic_error("the sound of a picture comes before the picture");
   start();
   put(pixels, size_t{4} * static_cast<size_t>(options_.width) * static_cast<size_t>(options_.height));
@@ -400,8 +401,8 @@ void MediaWriter::abandon() {
 void MediaWriter::fail(const std::string &reason) {
   abandon();
   done_ = true;
-  throw MediaError("cannot write " + (toStandardOutput() ? std::string("to standard output") : file_) + ": " +
-                   reason);
+  throw HostError("cannot write " + (toStandardOutput() ? std::string("to standard output") : file_) + ": " +
+                  reason);
 }
 
 void MediaWriter::failAsChild() {

@@ -15,7 +15,7 @@ namespace zol::host {
 struct WriterOptions {
   int width = 0; ///< 0 with height 0: no pictures.
   int height = 0;
-  double rate = 25;
+  Rational rate = 25;
   int sampleRate = 0; ///< 0 with channels 0: no samples.
   int channels = 0;
   std::string
@@ -33,7 +33,7 @@ struct WriterOptions {
 /// and pipes are written in place. `-` is standard output: raw BGRA frames, or raw floats without pictures.
 class MediaWriter {
 public:
-  /// Throws MediaError at once for what can be told at once: a file that exists, a missing or unwritable
+  /// Throws HostError at once for what can be told at once: a file that exists, a missing or unwritable
   /// folder, a size that cannot be. Nothing is created before the first write.
   MediaWriter(std::string file, WriterOptions options);
   ~MediaWriter();

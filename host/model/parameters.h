@@ -1,75 +1,15 @@
 // The values of one effect's data fields: curves, numbers, colours, geometries, inputs, data sets.
 #pragma once
 
-#include "frame/zol.h"
+#include "host/model/clip.h"
+#include "host/model/curve.h"
+#include "host/model/shape.h"
 
-#include <array>
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace zol::host {
-
-/// A value over time: linear between keys, held before the first and after the last.
-template <size_t N> class KeyedCurve {
-public:
-  using Value = std::array<double, N>;
-
-  /// Puts a key; one at the same time is replaced.
-  void set(double time, const Value &value);
-  void clear() { keys_.clear(); }
-  [[nodiscard]] bool empty() const { return keys_.empty(); }
-  /// The value at a time; zeros where there is no key.
-  [[nodiscard]] Value at(double time) const;
-
-  struct Key {
-    double time;
-    Value value;
-  };
-  [[nodiscard]] const std::vector<Key> &keys() const { return keys_; }
-
-private:
-  std::vector<Key> keys_; // ascending in time
-};
-
-extern template class KeyedCurve<1>;
-extern template class KeyedCurve<4>;
-
-using NumberCurve = KeyedCurve<1>;
-/// Blue, green, red, alpha, each 0 to 255.
-using ColorCurve = KeyedCurve<4>;
-
-ColorCurve::Value colorValue(_color_t color);
-/// Rounded to the nearest byte.
-_color_t colorAt(const ColorCurve &curve, double time);
-
-/// What an input handle names: something that delivers pictures or sound. What it hands out stays its own
-/// and lives at least until the render callback has returned.
-class Clip {
-public:
-  Clip() = default;
-  Clip(const Clip &) = delete;
-  Clip &operator=(const Clip &) = delete;
-  virtual ~Clip() = default;
-  /// The frame at a time in seconds, at the given size where the clip can be scaled; null on failure.
-  virtual pic *frame(double time, int width, int height) = 0;
-  /// The sound of a stretch of time in seconds; null on failure.
-  virtual t_ZoAudio *audio(double from, double to) = 0;
-};
-
-/// What a geometry handle names.
-class Shape {
-public:
-  Shape() = default;
-  Shape(const Shape &) = delete;
-  Shape &operator=(const Shape &) = delete;
-  virtual ~Shape() = default;
-  /// Left, top, right, bottom in pixels of the frame.
-  virtual void box(double out[4], double time) const = 0;
-  /// Hands over every segment; 1, or 0 as soon as the callback answers 0.
-  virtual int curves(double time, void *user, t_ZoSegmentFn callback) const = 0;
-};
 
 /// One T for every field and item, made when first asked for.
 template <class T> class PerItem {

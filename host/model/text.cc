@@ -29,10 +29,19 @@ std::optional<double> numberIn(std::string_view text) {
 
 std::optional<int> integerIn(std::string_view text) { return whole<int>(text, 10); }
 
-bool sameWithoutCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return lower(x) == lower(y); });
+std::string numberText(double value) {
+  char text[400];
+  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed).ptr;
+  return {text, end};
 }
+
+std::string folded(std::string_view text) {
+  std::string result(text);
+  std::transform(result.begin(), result.end(), result.begin(), lower);
+  return result;
+}
+
+bool sameWithoutCase(std::string_view a, std::string_view b) { return folded(a) == folded(b); }
 
 std::string_view trimmed(std::string_view text) {
   const size_t first = text.find_first_not_of(" \t\n");

@@ -13,6 +13,11 @@ std::optional<double> numberIn(std::string_view text);
 /// The whole text as a decimal int.
 std::optional<int> integerIn(std::string_view text);
 
+/// The shortest text that reads back as the same number, with a point in every locale.
+std::string numberText(double value);
+
+/// In lower case, as far as ASCII goes.
+std::string folded(std::string_view text);
 bool sameWithoutCase(std::string_view a, std::string_view b);
 std::string_view trimmed(std::string_view text);
 std::vector<std::string_view> split(std::string_view text, char separator);

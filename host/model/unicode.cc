@@ -1,37 +1,36 @@
 #include "host/model/unicode.h"
 
+#include <iterator>
+#include <utf8.h>
+
 namespace zol::host {
+namespace {
+
+constexpr char16_t kReplacement = 0xFFFD;
+
+bool leads(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
+bool trails(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
+
+} // namespace
 
 std::string toUtf8(std::u16string_view text) {
-  const auto isSurrogate = [&](size_t at, char32_t kind) {
-    return at < text.size() && (text[at] & 0xFC00u) == kind;
-  };
-  std::string result;
-  const auto append = [&](char32_t byte) { result += static_cast<char>(byte); };
-  for (size_t i = 0; i < text.size(); ++i) {
-    char32_t c = text[i];
-    if (isSurrogate(i, 0xD800) && isSurrogate(i + 1, 0xDC00)) {
-      c = 0x10000 + ((c & 0x3FFu) << 10) + (text[++i] & 0x3FFu);
-    } else if (isSurrogate(i, 0xD800) || isSurrogate(i, 0xDC00)) {
-      c = 0xFFFD;
-    }
-    if (c < 0x80) {
-      append(c);
-      continue;
-    }
-    if (c < 0x800) {
-      append(0xC0 | c >> 6);
-    } else {
-      if (c < 0x10000) {
-        append(0xE0 | c >> 12);
-      } else {
-        append(0xF0 | c >> 18);
-        append(0x80 | (c >> 12 & 0x3F));
-      }
-      append(0x80 | (c >> 6 & 0x3F));
-    }
-    append(0x80 | (c & 0x3F));
+  std::u16string whole(text);
+  for (size_t i = 0; i < whole.size(); ++i) {
+    if (leads(whole[i]) && i + 1 < whole.size() && trails(whole[i + 1]))
+      ++i;
+    else if (leads(whole[i]) || trails(whole[i]))
+      whole[i] = kReplacement;
   }
+  std::string result;
+  utf8::utf16to8(whole.begin(), whole.end(), std::back_inserter(result));
+  return result;
+}
+
+std::u16string toUtf16(std::string_view text) {
+  std::string whole;
+  utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(whole), kReplacement);
+  std::u16string result;
+  utf8::utf8to16(whole.begin(), whole.end(), std::back_inserter(result));
   return result;
 }
 

@@ -1,3 +1,5 @@
+// Texts between the border's 8 and 16 bits. What is no text, such as overlong forms and halves of surrogate
+// pairs, becomes U+FFFD.
 #pragma once
 
 #include <string>
@@ -5,7 +7,7 @@
 
 namespace zol::host {
 
-/// UTF-8 of UTF-16; a surrogate without its other half becomes U+FFFD.
 std::string toUtf8(std::u16string_view text);
+std::u16string toUtf16(std::string_view text);
 
 } // namespace zol::host

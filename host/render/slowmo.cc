@@ -1,102 +1,88 @@
 #include "host/render/slowmo.h"
 
-#include "Runtimes/slomo_sdk/mySM.h"
-#include "host/media/media_clip.h"
+#include "host/media/source.h"
 #include "host/media/writer.h"
 #include "host/model/error.h"
-#include "host/services/session.h"
+#include "host/model/text.h"
+#include "host/render/media_clip.h"
 
 #include <cmath>
-#include <cstdlib>
+#include <cstring>
+#include <utility>
 
 namespace zol::host {
-namespace {
 
-/// The engine over a clip. Frames are the clip's own; between two output frames all of them are given back,
-/// since the clip's reader keeps the last few at hand.
-class ClipEngine {
-public:
-  ClipEngine(VideoClip &clip, const t_ZoHostInfo *info, double rate, unsigned frames)
-      : clip_(clip), engine_(info, fetch, this, rate, static_cast<unsigned>(clip.reader().width()),
-                             static_cast<unsigned>(clip.reader().height()), 0, frames) {}
-  ~ClipEngine() { release(); }
-  ClipEngine(const ClipEngine &) = delete;
-  ClipEngine &operator=(const ClipEngine &) = delete;
+SlowMotionClip::SlowMotionClip(Clip &clip, const Format &format, SlowMotionMethod method)
+    : clip_(clip), format_(format), method_(method) {
+  constexpr unsigned kUnknown = 0; // the number of frames concerns GetFrameToNum() alone
+  constexpr unsigned kFourBytes = 0;
+  if (SetSequence(this, static_cast<unsigned>(format.width), static_cast<unsigned>(format.height),
+                  format.rate.value(), kUnknown, format.fields != FieldOrder::none ? 1 : 0,
+                  format.fields == FieldOrder::bottomFirst ? 1 : 0, kFourBytes) != 0)
+    throw HostError("slow motion: out of memory");
+}
 
-  mySM &engine() { return engine_; }
-
-  /// What a frame could not be read for, thrown again.
-  void check() const {
-    if (error_)
-      std::rethrow_exception(error_);
+void *SlowMotionClip::FrameProvider(void *, unsigned frame) {
+  try { // nothing that the clip throws may pass through the engine
+    const pic *picture = clip_.frame(timeOf(frame, format_.rate), format_.width, format_.height);
+    return picture == nullptr ? nullptr : picture->Pixels;
+  } catch (...) {
+    error_ = std::current_exception();
+    return nullptr;
   }
+}
 
-  void release() {
-    while (SFrameNode *node = engine_.m_pCache) {
-      engine_.m_pCache = node->next;
-      std::free(node);
-    }
-    clip_.release();
-  }
+pic *SlowMotionClip::frame(double time, int, int) {
+  const void *made = GetFrameToTime(time, static_cast<unsigned>(method_));
+  if (error_)
+    std::rethrow_exception(std::exchange(error_, nullptr));
+  if (made == nullptr)
+    return nullptr;
+  auto picture =
+      PictureBuffer::make(format_.width, format_.height); // the engine's own changes with the next call
+  if (picture == nullptr)
+    return nullptr;
+  std::memcpy(picture->record()->Pixels, made, picture->pixels() * sizeof(_color_t));
+  held_.push_back(std::move(picture));
+  return held_.back()->record();
+}
 
-private:
-  static pic *fetch(t_ZoHostInfo *info, void *media, double time) {
-    auto &self = *static_cast<ClipEngine *>(media);
-    try {
-      if (self.clip_.endsBefore(time))
-        return nullptr; // behind the clip's end there is no frame to move towards
-      return self.clip_.frame(time, info->Width, info->Height);
-    } catch (...) {
-      self.error_ = std::current_exception();
-      return nullptr;
-    }
-  }
-
-  VideoClip &clip_;
-  mySM engine_;
-  std::exception_ptr error_;
-};
-
-} // namespace
+void SlowMotionClip::release() {
+  held_.clear();
+  clip_.release();
+}
 
 void slowMotion(const SlowMotionPlan &plan, const Progress &progress) {
-  const MediaInfo info = probe(plan.input, plan.programs);
+  Source source(plan.input);
+  const MediaInfo info = source.look(plan.programs);
   if (!info.hasVideo || info.still)
     throw HostError("\"" + plan.input + "\" holds no moving pictures");
-  VideoReaderOptions reading;
-  reading.programs = plan.programs;
-  VideoClip clip(plan.input, reading);
-  const double rate = clip.reader().rate();
-  const double frames = std::round(info.duration * rate);
+  VideoReader reader(std::move(source), VideoReaderOptions{.programs = plan.programs});
+  const Rational rate = reader.rate();
+  const double frames = std::round(info.duration * rate.value());
   if (!(plan.factor >= 1) || !(frames >= 1) || frames * plan.factor > 1e9)
     throw HostError("a clip of " + std::to_string(info.duration) + " s cannot be slowed down by that factor");
 
   WriterOptions writing;
-  writing.width = clip.reader().width();
-  writing.height = clip.reader().height();
+  writing.width = reader.width();
+  writing.height = reader.height();
   writing.rate = rate;
   writing.overwrite = plan.overwrite;
   writing.alpha = info.alpha;
   writing.programs = plan.programs;
   MediaWriter writer(plan.output, writing);
 
-  Session session("Halvenor");
-  ClipEngine source(clip, session.info(), rate, static_cast<unsigned>(frames));
-  mySM &engine = source.engine();
-  if (engine.SetSequence(&source, static_cast<unsigned>(writing.width), static_cast<unsigned>(writing.height),
-                         rate, static_cast<unsigned>(frames),
-                         plan.fields != SlowMotionPlan::Fields::none ? 1 : 0,
-                         plan.fields == SlowMotionPlan::Fields::bottomFirst ? 1 : 0, 0) != 0)
-    throw HostError("slow motion: out of memory");
+  // Behind the clip's end there is no frame to move towards.
+  VideoClip clip(reader, VideoClip::BehindEnd::nothing);
+  SlowMotionClip slow(clip, {reader.width(), reader.height(), rate, plan.fields}, plan.method);
   const auto all = static_cast<size_t>(std::round(frames * plan.factor));
   for (size_t i = 0; i < all; ++i) {
-    const double time = static_cast<double>(i) / plan.factor / rate;
-    const void *frame = engine.GetFrameToTime(time, static_cast<unsigned>(plan.method));
-    source.check();
-    if (frame == nullptr)
+    const double time = static_cast<double>(i) / plan.factor / rate.value();
+    const pic *picture = slow.frame(time, writing.width, writing.height);
+    if (picture == nullptr)
       throw HostError("\"" + plan.input + "\" has no frame at " + numberText(time) + " s");
-    writer.writeFrame(frame);
-    source.release();
+    writer.writeFrame(picture->Pixels);
+    slow.release();
     progress(i + 1, all);
   }
   writer.finish();

@@ -1,6 +1,5 @@
 #include "host/render/stage.h"
 
-#include "host/media/process.h"
 #include "host/model/error.h"
 #include "host/model/text.h"
 
@@ -32,18 +31,9 @@ std::unique_ptr<PictureBuffer> placed(std::unique_ptr<PictureBuffer> picture, in
 
 Stage::Stage(const Effect &effect, const std::string &identity, const Timeline &timeline, bool realTime,
              Clip *defaultClip)
-    : instance_(effect, identity, defaultClip), timeline_(timeline),
+    : instance_(effect, identity, timeline, defaultClip), timeline_(timeline),
       realTime_(effect.renderVideoRT != nullptr && (realTime || effect.renderVideo == nullptr)) {
   checkRenders(effect);
-  t_ZoHostInfo &info = *instance_.session().info();
-  info.FrameRate = timeline.rate;
-  info.Width = timeline.width;
-  info.Height = timeline.height;
-  info.PixelAspect = timeline.pixelAspect;
-  info.AudioFormat[0] = timeline.sampleRate;
-  info.AudioFormat[1] = timeline.channels;
-  info.ClipStart = 0;
-  info.ClipEnd = timeline.duration;
 }
 
 void Stage::checkRenders(const Effect &effect) {
@@ -62,13 +52,20 @@ void Stage::fail(double time) {
   throw HostError("\"" + instance_.effect().name + "\" at " + numberText(time) + " s: " + reason);
 }
 
+/// The context as every render finds it, the time aside.
+t_ZoHostInfo &Stage::prepare() {
+  Session &session = instance_.session();
+  session.messages.clear();
+  timeline_.describe(*session.info());
+  return *session.info();
+}
+
 std::unique_ptr<PictureBuffer> Stage::video(double time) {
   Session &session = instance_.session();
   const Session::Use use(session);
-  t_ZoHostInfo &info = *session.info();
+  t_ZoHostInfo &info = prepare();
   info.FrameTime = time;
   info.Time = time / timeline_.duration;
-  session.messages.clear();
   std::unique_ptr<PictureBuffer> result;
   if (realTime_)
     result = realTimeVideo(time);
@@ -115,10 +112,9 @@ std::unique_ptr<PictureBuffer> Stage::realTimeVideo(double time) {
 std::unique_ptr<AudioBuffer> Stage::audio(double from, double to) {
   Session &session = instance_.session();
   const Session::Use use(session);
-  t_ZoHostInfo &info = *session.info();
+  t_ZoHostInfo &info = prepare();
   info.BlockStart = from;
   info.BlockEnd = to;
-  session.messages.clear();
   t_ZoAudio *block = instance_.effect().renderAudio(&info);
   auto result = block == nullptr ? nullptr : session.audio.take(block);
   if (result == nullptr)

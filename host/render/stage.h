@@ -1,7 +1,8 @@
 // One effect of a chain at work: its instance, its inputs, and what it renders at any time.
 #pragma once
 
-#include "host/model/instance.h"
+#include "host/render/instance.h"
+#include "host/render/timeline.h"
 #include "host/services/pools.h"
 
 #include <deque>
@@ -11,15 +12,6 @@
 
 namespace zol::host {
 
-/// What all stages of a render share. The effects span `duration` from time 0.
-struct Timeline {
-  int width = 720, height = 576;
-  double rate = 25;
-  double pixelAspect = 1;
-  double duration = 1;
-  unsigned sampleRate = 48000, channels = 2;
-};
-
 class Stage {
 public:
   /// `realTime`: use the real-time callback even where there is another.
@@ -27,6 +19,8 @@ public:
         Clip *defaultClip);
 
   Instance &instance() { return instance_; }
+
+  [[nodiscard]] const Timeline &timeline() const { return timeline_; }
 
   /// The picture at a time in seconds: frame-sized, what the effect rendered in its place and transparent
   /// black around it. Throws HostError with the effect's own message where it renders nothing.
@@ -40,6 +34,7 @@ public:
   static void checkRenders(const Effect &effect);
 
 private:
+  t_ZoHostInfo &prepare();
   std::unique_ptr<PictureBuffer> realTimeVideo(double time);
   [[noreturn]] void fail(double time);
 
@@ -54,7 +49,7 @@ public:
   explicit StageClip(Stage &stage) : stage_(stage) {}
   pic *frame(double time, int width, int height) override;
   t_ZoAudio *audio(double from, double to) override;
-  void release();
+  void release() override;
 
 private:
   struct Rendered {

@@ -1,7 +1,7 @@
 // The kinds and flags of data fields, and what the statements do with fields.
 #pragma once
 
-#include "host/model/registry.h"
+#include "host/model/effect.h"
 #include "host/script/value.h"
 
 #include <optional>

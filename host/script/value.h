@@ -1,7 +1,7 @@
 // What expressions of a script evaluate to, and the arguments of a call.
 #pragma once
 
-#include "host/model/registry.h"
+#include "host/model/effect.h"
 #include "host/script/parser.h"
 
 #include <cstddef>

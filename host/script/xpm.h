@@ -1,7 +1,7 @@
 // Reads XPM pictures that are given as an array of texts: header, colour table, rows of pixels.
 #pragma once
 
-#include "host/model/registry.h"
+#include "host/model/effect.h"
 
 #include <cstddef>
 #include <span>

@@ -73,6 +73,38 @@ TEST_F(Zol, RendersAPipeToItsEnd) {
             "80000\n");
 }
 
+TEST_F(Zol, BringsAPipeToTheRendersFormat) {
+  make("big.png", "-f lavfi -i testsrc2=s=64x48 -frames:v 1");
+  make("small.mkv", "-f lavfi -i testsrc2=s=32x24:r=10:d=0.4 -c:v ffv1 -pix_fmt bgra");
+  render("mix -i big.png -i small.mkv --set Transition=0.5 -o file.nut");
+  for (const char *pipe :
+       {"cat small.mkv | " ZOL_BUILD_DIR "/zol render mix -i big.png -i -",
+        "mkfifo pipe; cat small.mkv > pipe & " ZOL_BUILD_DIR "/zol render mix -i big.png -i pipe"}) {
+    const Outcome outcome = shell(std::string(pipe) + " --set Transition=0.5 --frames 0-3 -y -o pipe.nut");
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(pixels("pipe.nut"), pixels("file.nut")) << pipe;
+  }
+  make("tone.wav", "-f lavfi -i sine=r=8000:d=0.2");
+  render("'audio switcher' -i tone.wav -i tone.wav --audio-rate 16000 --channels 2 -o file.wav");
+  EXPECT_EQ(shell("cat tone.wav | " ZOL_BUILD_DIR "/zol render 'audio switcher' -i tone.wav -i - "
+                  "--audio-rate 16000 -o mono.wav")
+                .err,
+            "");
+  EXPECT_EQ(samples("mono.wav").size() * 2, samples("file.wav").size());
+}
+
+TEST_F(Zol, KeepsRatesExact) {
+  make("clip.mkv", "-f lavfi -i testsrc2=s=32x24:r=24000/1001:d=0.5 -c:v ffv1 -pix_fmt bgra");
+  const auto rateOf = [&](const std::string &file) {
+    return shell("ffprobe -v error -show_entries stream=r_frame_rate -of csv=p=0 " + file).out;
+  };
+  render("copy -i clip.mkv -o same.nut");
+  EXPECT_EQ(rateOf("same.nut"), "24000/1001\n");
+  render("copy -i clip.mkv --rate 60000/1001 -o more.nut");
+  EXPECT_EQ(rateOf("more.nut"), "60000/1001\n");
+  fails("render copy -i clip.mkv --rate 0/1 -o out.nut", "--rate", 2);
+}
+
 TEST_F(Zol, PlacesASmallerPictureWithinTheFrame) {
   render("'solid color' --size 8x4 --set Geo='M2 1 H5 V3 H2 Z' --set Color=#102030 --set Alpha=1 -o box.png");
   const std::string image = pixels("box.png");

@@ -1,5 +1,6 @@
 // Finding effects by what users type, and the pictures that they bring.
 
+#include "host/model/names.h"
 #include "host/model/registry.h"
 #include "host/script/xpm.h"
 

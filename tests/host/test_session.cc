@@ -3,6 +3,8 @@
 #include "host/services/session.h"
 
 #include <gtest/gtest.h>
+#include <memory>
+#include <thread>
 
 namespace zol::host {
 namespace {
@@ -57,6 +59,38 @@ TEST(Session, FailsTheChosenCallAndAbortsFromTheChosenPoll) {
   EXPECT_EQ(s.IsAborted(session.info()), 1);
   EXPECT_EQ(s.IsAborted(session.info()), 1);
   EXPECT_EQ(session.faults.calls(Service::PicCreate), 3);
+}
+
+TEST(Session, TheYoungestAliveIsCurrentUnlessAnotherIsUsed) {
+  auto first = std::make_unique<Session>("Halvenor");
+  auto second = std::make_unique<Session>("Halvenor");
+  EXPECT_EQ(&Session::current(), second.get());
+  std::unique_ptr<Session> third;
+  {
+    const Session::Use use(*first);
+    EXPECT_EQ(&Session::current(), first.get());
+    third = std::make_unique<Session>("Quorbel");
+    EXPECT_EQ(&Session::current(), third.get());
+  }
+  EXPECT_EQ(&Session::current(), third.get());
+  first.reset(); // in the order of their making, too
+  third.reset();
+  EXPECT_EQ(&Session::current(), second.get());
+  std::thread([&] {
+    const Session other("Quorbel");
+    EXPECT_EQ(&Session::current(), &other);
+  }).join();
+  EXPECT_EQ(&Session::current(), second.get());
+}
+
+TEST(Session, ServicesStandInTheirSlots) {
+  EXPECT_EQ(static_cast<int>(Service::Message), 2);
+  EXPECT_EQ(static_cast<int>(Service::IsAborted), 70);
+  EXPECT_EQ(static_cast<int>(Service::TranslateW), 81);
+  EXPECT_EQ(serviceNamed("PicResample"), Service::PicResample);
+  EXPECT_EQ(serviceName(Service::PicResample), "PicResample");
+  EXPECT_EQ(serviceNamed("picresample"), std::nullopt);
+  EXPECT_EQ(services().Slot5, nullptr);
 }
 
 TEST(Session, KeepsInputSlotsAndDataSets) {

@@ -1,4 +1,4 @@
-#include "host/model/parameters.h"
+#include "host/model/curve.h"
 
 #include <algorithm>
 #include <cmath>

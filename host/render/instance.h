@@ -2,7 +2,8 @@
 #pragma once
 
 #include "host/geometry/geometry.h"
-#include "host/model/registry.h"
+#include "host/model/effect.h"
+#include "host/render/timeline.h"
 #include "host/services/session.h"
 
 #include <memory>
@@ -14,20 +15,17 @@ namespace zol::host {
 
 class Instance {
 public:
-  /// Runs the effect's init callback with `defaultClip` as the clip that the effect is applied to.
-  Instance(const Effect &effect, const std::string &identity, Clip *defaultClip = nullptr);
+  /// Runs the effect's init callback, which sees the timeline, with `defaultClip` as the clip that the effect
+  /// is applied to. The effect outlives the instance.
+  Instance(const Effect &effect, const std::string &identity, const Timeline &timeline,
+           Clip *defaultClip = nullptr);
 
   [[nodiscard]] const Effect &effect() const { return effect_; }
   Session &session() { return session_; }
 
-  /// Sets a field by its name or label (without regard to case), or an item of a data set by the item's name:
-  ///   numbers, times  0.5, or keys over the effect's span: 0=0.1;1=0.9
-  ///   integers        20
-  ///   toggles         on, off
-  ///   selectors       an item's text or value
-  ///   colours         #rrggbb or #rrggbbaa, or keys of them
-  ///   geometries      SVG path data, or @file.svg
-  /// Throws HostError for what the field does not take.
+  /// Sets a field by its name or label (without regard to case), or an item of a data set by the item's name,
+  /// to a value as users write it (host/model/values.h); a geometry to SVG path data or @file.svg. Throws
+  /// HostError for what the field does not take.
   void set(std::string_view name, std::string_view value);
 
   /// The field of that name or label; -1 where there is none.
@@ -51,10 +49,6 @@ public:
   void openDialog();
 
 private:
-  void setUnset(int field);
-  void setNumber(int field, int item, std::string_view value);
-  void setColor(int field, std::string_view value);
-  void setChoice(int field, std::string_view value);
   bool setDatasetItem(std::string_view name, std::string_view value);
   void growList(int field, size_t slots);
 

@@ -1,20 +1,15 @@
-#include "host/media/media_clip.h"
+#include "host/render/media_clip.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace zol::host {
-namespace {
-
-/// Of a frame's length: a time that misses a frame's beginning by no more is meant to be in that frame.
-constexpr double kTolerance = 1e-6;
-
-} // namespace
 
 pic *VideoClip::frame(double time, int, int) {
-  const double index = std::floor(time * reader_.rate() + kTolerance);
-  const auto frame = reader_.at(index > 0 ? static_cast<size_t>(std::min(index, 4e9)) : 0);
-  if (frame == nullptr)
+  const size_t index = indexAt(time, reader_.rate());
+  const auto frame = reader_.at(index);
+  if (frame == nullptr ||
+      (behindEnd_ == BehindEnd::nothing && index >= reader_.frameCount().value_or(SIZE_MAX)))
     return nullptr;
   for (Held &held : held_)
     if (held.frame == frame)
@@ -25,11 +20,6 @@ pic *VideoClip::frame(double time, int, int) {
                    {0, 0, static_cast<int16_t>(frame->width), static_cast<int16_t>(frame->height),
                     reinterpret_cast<_color_t *>(pixels)}});
   return &held_.back().record;
-}
-
-bool VideoClip::endsBefore(double time) const {
-  const auto count = reader_.frameCount();
-  return count && time * reader_.rate() + kTolerance >= static_cast<double>(*count);
 }
 
 t_ZoAudio *AudioClip::audio(double from, double to) {

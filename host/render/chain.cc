@@ -1,0 +1,84 @@
+#include "host/render/chain.h"
+
+#include "host/model/error.h"
+#include "host/render/media_clip.h"
+
+#include <algorithm>
+
+namespace zol::host {
+namespace {
+
+/// The field of exactly this name that takes one input; -1 where there is none.
+int inputFieldNamed(const Effect &effect, const std::string &name) {
+  const auto found = std::find_if(effect.fields.begin(), effect.fields.end(), [&](const Field &field) {
+    return field.type == FieldType::input && field.name == name;
+  });
+  return found == effect.fields.end() ? -1 : static_cast<int>(found - effect.fields.begin());
+}
+
+} // namespace
+
+ChainSetup::ChainSetup(const RenderPlan &plan, const EffectLibrary &library) {
+  if (plan.stages.empty())
+    throw HostError("no effect was named");
+  for (const StagePlan &stage : plan.stages)
+    stages.emplace_back().effect = &library.effect(stage.effect);
+  const Effect &first = *stages.front().effect;
+  sound = Stage::isSound(first);
+  for (const StageSetup &stage : stages) {
+    Stage::checkRenders(*stage.effect);
+    if (Stage::isSound(*stage.effect) != sound)
+      throw HostError("\"" + stage.effect->name + "\" and \"" + first.name +
+                      "\" cannot be chained: one makes pictures, the other sound");
+  }
+  for (size_t i = 0; i < stages.size(); ++i)
+    for (const std::string &file : plan.stages[i].inputs) {
+      stages[i].inputs.push_back(files.size());
+      files.push_back(file);
+    }
+  for (size_t i = 0; i < stages.size(); ++i)
+    for (const auto &setting : plan.stages[i].settings)
+      if (const int field = inputFieldNamed(*stages[i].effect, setting.first); field >= 0) {
+        stages[i].assignments.push_back({field, files.size()});
+        files.push_back(setting.second);
+      } else {
+        stages[i].settings.push_back(setting);
+      }
+}
+
+Chain::Chain(const ChainSetup &setup, const RenderPlan &plan, const Timeline &timeline,
+             const std::vector<Input> &inputs) {
+  for (const StageSetup &stage : setup.stages) {
+    std::vector<Clip *> clips;
+    if (!stages_.empty())
+      clips.push_back(clips_.emplace_back(std::make_unique<StageClip>(*stages_.back())).get());
+    for (const size_t input : stage.inputs)
+      clips.push_back(clipOf(inputs[input]));
+    stages_.push_back(std::make_unique<Stage>(*stage.effect, plan.host, timeline, plan.realTime,
+                                              clips.empty() ? nullptr : clips.front()));
+    Instance &instance = stages_.back()->instance();
+    instance.assignInputs(clips);
+    for (const auto &[field, value] : stage.settings)
+      instance.set(field, value);
+    for (const StageSetup::Assignment &assignment : stage.assignments)
+      instance.assignInput(assignment.field, 0, clipOf(inputs[assignment.input]));
+    Faults &faults = instance.session().faults;
+    for (const PlannedFault &fault : plan.faults)
+      faults.failAt(fault.service, faults.calls(fault.service) + fault.nth);
+  }
+}
+
+Clip *Chain::clipOf(const Input &input) {
+  if (AudioReader *samples = input.samples())
+    clips_.push_back(std::make_unique<AudioClip>(*samples));
+  else
+    clips_.push_back(std::make_unique<VideoClip>(*input.pictures()));
+  return clips_.back().get();
+}
+
+void Chain::release() {
+  for (const auto &clip : clips_)
+    clip->release();
+}
+
+} // namespace zol::host

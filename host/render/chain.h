@@ -1,0 +1,61 @@
+// The stages of a render, each the first input of the next, over the render's inputs.
+#pragma once
+
+#include "host/render/inputs.h"
+#include "host/render/plan.h"
+#include "host/render/stage.h"
+#include "host/script/library.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace zol::host {
+
+/// A stage of a plan with its effect found and its files told from its other settings.
+struct StageSetup {
+  struct Assignment {
+    int field;
+    size_t input;
+  };
+  const Effect *effect = nullptr;
+  std::vector<size_t> inputs; ///< places among the render's inputs, in field order
+  std::vector<Assignment> assignments;
+  std::vector<std::pair<std::string, std::string>> settings;
+};
+
+/// What to render with which files; a chain is made of it, or several.
+struct ChainSetup {
+  /// Finds the plan's effects. Throws HostError where one is not there, does not render, or cannot be
+  /// chained.
+  ChainSetup(const RenderPlan &plan, const EffectLibrary &library);
+
+  bool sound = false; ///< whether the effects make sound rather than pictures
+  std::vector<StageSetup> stages;
+  std::vector<std::string> files; ///< one an input, in the order in which they are opened
+};
+
+/// Renders any time in any order. Has instances of its own and borrows the inputs, which outlive it.
+class Chain {
+public:
+  Chain(const ChainSetup &setup, const RenderPlan &plan, const Timeline &timeline,
+        const std::vector<Input> &inputs);
+
+  /// What comes out of the last stage at a time, and of a stretch of time.
+  std::unique_ptr<PictureBuffer> picture(double time) { return stages_.back()->video(time); }
+  std::unique_ptr<AudioBuffer> sound(double from, double to) { return stages_.back()->audio(from, to); }
+  [[nodiscard]] const Timeline &timeline() const { return stages_.back()->timeline(); }
+
+  /// Gives back all that inputs and stages have handed out.
+  void release();
+
+private:
+  Clip *clipOf(const Input &input);
+
+  std::vector<std::unique_ptr<Stage>> stages_;
+  std::vector<std::unique_ptr<Clip>> clips_;
+};
+
+} // namespace zol::host

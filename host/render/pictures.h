@@ -1,0 +1,32 @@
+// The pictures of a render, from one frame to the next.
+#pragma once
+
+#include "host/media/writer.h"
+#include "host/render/chain.h"
+#include "host/render/settle.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zol::host {
+
+class PictureLoop {
+public:
+  /// `leading` is the input at whose end an open end is.
+  PictureLoop(Chain &chain, const Span &span, const Input *leading)
+      : chain_(chain), span_(span), leading_(leading) {}
+
+  /// Renders the next picture into the writer; false where there is none.
+  bool step(MediaWriter &writer);
+  [[nodiscard]] uint64_t done() const { return done_; }
+  /// As many as are done where the end is open.
+  [[nodiscard]] uint64_t all() const { return span_.openEnd ? done_ : span_.count; }
+
+private:
+  Chain &chain_;
+  Span span_;
+  const Input *leading_;
+  size_t done_ = 0;
+};
+
+} // namespace zol::host

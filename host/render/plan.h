@@ -1,0 +1,61 @@
+// What a render is asked to do, as plain data.
+#pragma once
+
+#include "host/media/probe.h"
+#include "host/model/rational.h"
+#include "host/services/service.h"
+
+#include <cstddef>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace zol::host {
+
+/// Makes a service fail at its nth call in every stage, or IsAborted answer at its nth poll.
+struct PlannedFault {
+  Service service = Service::Message;
+  int nth = 1;
+
+  bool operator==(const PlannedFault &) const = default;
+};
+
+struct StagePlan {
+  std::string effect;
+  std::vector<std::string> inputs; ///< files, in field order; behind the first stage after the chain's input
+  std::vector<std::pair<std::string, std::string>> settings; ///< field and value; an input field takes a file
+
+  bool operator==(const StagePlan &) const = default;
+};
+
+struct RenderPlan {
+  std::vector<StagePlan> stages; ///< at least one; each is the first input of the next
+  std::string output;
+  std::string library; ///< empty: the one beside the program
+  std::string host = "Halvenor";
+  std::optional<std::pair<int, int>> size;
+  std::optional<Rational> rate;
+  std::optional<double> duration;                  ///< seconds
+  std::optional<std::pair<size_t, size_t>> frames; ///< first and last
+  std::optional<unsigned> sampleRate, channels;
+  std::optional<size_t> block; ///< sample frames a block of sound
+  bool realTime = false;
+  bool overwrite = false;
+  bool keepAlpha = true;
+  std::vector<PlannedFault> faults;
+  MediaPrograms programs;
+
+  bool operator==(const RenderPlan &) const = default;
+};
+
+/// An object with a member for each of the plan's, those without a value left out; rates are texts such as
+/// "30000/1001", services their names.
+nlohmann::json toJson(const RenderPlan &plan);
+
+/// The plan of such an object; members that are left out are as in a plan that was just made. Throws
+/// HostError for what is none, and for members that a plan does not have.
+RenderPlan planFromJson(const nlohmann::json &json);
+
+} // namespace zol::host

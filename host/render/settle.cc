@@ -1,0 +1,100 @@
+#include "host/render/settle.h"
+
+#include "host/media/writer.h"
+#include "host/model/error.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <tuple>
+
+namespace zol::host {
+namespace {
+
+constexpr double kDefaultDuration = 5; // of sources and stills, in seconds
+constexpr double kMostFrames = 1e9;
+
+size_t framesIn(double duration, Rational rate) {
+  const double frames = std::round(duration * rate.value());
+  if (!(frames < kMostFrames))
+    throw HostError("that is too long to render");
+  return frames < 1 ? 1 : static_cast<size_t>(frames);
+}
+
+/// Settles the timeline's duration and the span; 0 for an input's duration that is not known.
+void settleLength(const RenderPlan &plan, const std::vector<Input> &inputs, double inputDuration,
+                  Settled &settled) {
+  const bool still = MediaWriter::isStill(plan.output);
+  Timeline &timeline = settled.timeline;
+  timeline.duration = plan.duration.value_or(inputDuration);
+  if (timeline.duration <= 0 && plan.frames)
+    timeline.duration = timeline.timeOfFrame(plan.frames->second + 1);
+  if (timeline.duration <= 0)
+    timeline.duration = still ? timeline.timeOfFrame(1) : kDefaultDuration;
+  const size_t all = framesIn(timeline.duration, timeline.rate);
+  Span &span = settled.span;
+  span.count = still ? 1 : all;
+  if (plan.frames) {
+    if (plan.frames->first > plan.frames->second)
+      throw HostError("--frames: the first frame comes after the last");
+    if (plan.frames->first >= all)
+      throw HostError("--frames: there are only " + std::to_string(all) + " frames, from 0 on");
+    span.first = plan.frames->first;
+    span.count = std::min(plan.frames->second, all - 1) - span.first + 1;
+  }
+  if (still && span.count != 1)
+    throw HostError("\"" + plan.output + "\" holds a single picture; choose one with --frames N-N");
+  // What comes through a pipe is rendered to its end, unless the words say how long.
+  span.openEnd = !inputs.empty() && inputs.front().isStream() && inputDuration <= 0 && !plan.duration &&
+                 !plan.frames && !still &&
+                 (inputs.front().info() == nullptr || !inputs.front().info()->still);
+}
+
+} // namespace
+
+Settled settlePictures(const RenderPlan &plan, const std::vector<Input> &inputs) {
+  Settled settled;
+  Timeline &timeline = settled.timeline;
+  const auto firstThat = [&](auto fits) {
+    const auto found = std::find_if(inputs.begin(), inputs.end(), [&](const Input &input) {
+      return input.info() != nullptr && fits(*input.info());
+    });
+    return found == inputs.end() ? nullptr : found->info();
+  };
+  if (const MediaInfo *info = firstThat([](const MediaInfo &) { return true; })) {
+    timeline.width = info->width;
+    timeline.height = info->height;
+    timeline.pixelAspect = info->pixelAspect;
+  }
+  if (plan.size)
+    std::tie(timeline.width, timeline.height) = *plan.size;
+  if (timeline.width < 1 || timeline.height < 1 || timeline.width > INT16_MAX || timeline.height > INT16_MAX)
+    throw HostError("a picture of " + std::to_string(timeline.width) + "x" + std::to_string(timeline.height) +
+                    " cannot be made; sides go from 1 to 32767");
+  const MediaInfo *moving = firstThat([](const MediaInfo &info) { return !info.still; });
+  if (moving != nullptr)
+    timeline.rate = moving->frameRate;
+  timeline.rate = plan.rate.value_or(timeline.rate);
+  settleLength(plan, inputs, moving == nullptr ? 0 : moving->duration, settled);
+  return settled;
+}
+
+Settled settleSound(const RenderPlan &plan, const std::vector<Input> &inputs) {
+  Settled settled;
+  Timeline &timeline = settled.timeline;
+  const MediaInfo *info = inputs.empty() ? nullptr : inputs.front().info();
+  if (info != nullptr) {
+    timeline.sampleRate = static_cast<unsigned>(info->sampleRate);
+    timeline.channels = static_cast<unsigned>(info->channels);
+  }
+  timeline.sampleRate = plan.sampleRate.value_or(timeline.sampleRate);
+  timeline.channels = plan.channels.value_or(timeline.channels);
+  timeline.rate = plan.rate.value_or(timeline.rate);
+  if (plan.block == 0)
+    throw HostError("--block: a block has at least one sample frame");
+  settleLength(plan, inputs, info == nullptr ? 0 : info->duration, settled);
+  return settled;
+}
+
+} // namespace zol::host

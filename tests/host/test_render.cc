@@ -1,0 +1,241 @@
+// Renders: plans as data, what effects find in the context, clips made of clips.
+
+#include "host/media/writer.h"
+#include "host/model/error.h"
+#include "host/render/plan.h"
+#include "host/render/render.h"
+#include "host/render/slowmo.h"
+#include "host/render/stage.h"
+#include "tests/support/test_clip.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+namespace zol::host {
+namespace {
+
+namespace fs = std::filesystem;
+
+template <class Work> std::string errorOf(Work work) {
+  try {
+    work();
+  } catch (const HostError &error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+// ---- Plans ----
+
+TEST(RenderPlan, GoesToJsonAndBack) {
+  EXPECT_EQ(planFromJson(toJson({})), RenderPlan());
+  EXPECT_EQ(planFromJson(nlohmann::json::object()), RenderPlan());
+  RenderPlan plan;
+  plan.stages = {{"blur", {"a.png", "-"}, {{"Blurriness", "0=1;1=0"}, {"Blurriness", "2"}}},
+                 {"copy", {}, {}}};
+  plan.output = "o\"ut\n.mkv";
+  plan.library = "lib.so";
+  plan.host = "Quorbel";
+  plan.size = {64, 48};
+  plan.rate = Rational(30000, 1001);
+  plan.duration = 0.1;
+  plan.frames = {3, 5};
+  plan.sampleRate = 44100;
+  plan.channels = 3;
+  plan.block = 777;
+  plan.realTime = plan.overwrite = true;
+  plan.keepAlpha = false;
+  plan.faults = {{Service::PicCreate, 2}, {Service::IsAborted, 1}};
+  plan.programs = {"/a/ffmpeg", "/b/ffprobe"};
+  const nlohmann::json json = toJson(plan);
+  EXPECT_EQ(planFromJson(nlohmann::json::parse(json.dump())), plan);
+  EXPECT_EQ(json["rate"], "30000/1001");
+  EXPECT_EQ(json["faults"][0]["service"], "PicCreate");
+  // Every member is told apart: leaving it out is another plan.
+  for (const auto &[name, value] : json.items()) {
+    nlohmann::json less = json;
+    less.erase(name);
+    EXPECT_FALSE(planFromJson(less) == plan) << name;
+  }
+}
+
+TEST(RenderPlan, RefusesWhatIsNone) {
+  const std::pair<const char *, const char *> cases[] = {
+      {R"([])", "is an object"},
+      {R"({"size":[1]})", "\"size\" cannot be [1]"},
+      {R"({"size":[1,2.5]})", "\"size\""},
+      {R"({"frames":[-1,2]})", "\"frames\""},
+      {R"({"channels":-1})", "\"channels\""},
+      {R"({"channels":99999999999})", "\"channels\""},
+      {R"({"rate":25})", "\"rate\""},
+      {R"({"rate":"1/0"})", "\"rate\""},
+      {R"({"output":null})", "\"output\""},
+      {R"({"stages":{}})", "\"stages\""},
+      {R"({"stages":[{"effect":7}]})", "\"effect\" cannot be 7"},
+      {R"({"faults":[{"service":"PicMake"}]})", "\"service\" cannot be \"PicMake\""},
+      {R"({"outptu":"x"})", "no \"outptu\"; did you mean \"output\"?"},
+  };
+  for (const auto &[text, reason] : cases) {
+    const std::string error = errorOf([&, json = text] { planFromJson(nlohmann::json::parse(json)); });
+    EXPECT_NE(error.find(reason), std::string::npos) << text << ": " << error;
+  }
+}
+
+// ---- What effects find ----
+
+std::vector<t_ZoHostInfo> seen; // by the callbacks of the effect, which have no state of their own
+
+Effect watchingEffect() {
+  Effect effect;
+  effect.name = "Watching";
+  effect.init = [](t_ZoHostInfo *info) {
+    seen.push_back(*info);
+    return 1;
+  };
+  effect.renderVideo = [](t_ZoHostInfo *info) -> pic * {
+    seen.push_back(*info);
+    info->Width = 1; // what an effect does to its context does not last
+    info->VideoClipStart = 9;
+    return info->Services->PicCreate(4, 2);
+  };
+  return effect;
+}
+
+TEST(Stage, TellsTheTimelineBeforeInitAndAtEveryRender) {
+  Timeline timeline;
+  timeline.width = 4;
+  timeline.height = 2;
+  timeline.rate = {30000, 1001};
+  timeline.pixelAspect = 1.5;
+  timeline.duration = timeline.timeOfFrame(60000);
+  const Effect effect = watchingEffect();
+  seen.clear();
+  Stage stage(effect, "Halvenor", timeline, false, nullptr);
+  for (const uint64_t frame : {30000, 1, 0})
+    EXPECT_NE(stage.video(timeline.timeOfFrame(frame)), nullptr);
+  ASSERT_EQ(seen.size(), 4U);
+  for (const t_ZoHostInfo &info : seen) {
+    EXPECT_EQ(info.Width, 4);
+    EXPECT_EQ(info.Height, 2);
+    EXPECT_EQ(info.FrameRate, 30000.0 / 1001);
+    EXPECT_EQ(info.PixelAspect, 1.5);
+    EXPECT_EQ(info.VideoClipStart, 0);
+    EXPECT_EQ(info.ClipEnd, 2002);
+  }
+  EXPECT_EQ(seen[1].FrameTime, 1001);
+  EXPECT_EQ(seen[1].Time, 0.5);
+  EXPECT_EQ(seen[2].FrameTime, 1001 / 30000.0);
+}
+
+TEST(Session, AsksItsStopAtEveryPoll) {
+  Session session("Halvenor");
+  t_ZoHostInfo *info = session.info();
+  EXPECT_EQ(info->Services->IsAborted(info), 0);
+  int polls = 0;
+  session.stop = [&] { return ++polls == 2; };
+  EXPECT_EQ(info->Services->IsAborted(info), 0);
+  EXPECT_EQ(info->Services->IsAborted(info), 1);
+  EXPECT_EQ(polls, 2);
+  EXPECT_EQ(session.faults.calls(Service::IsAborted), 3);
+}
+
+// ---- Slow motion ----
+
+/// Frame n is 20 n everywhere, up to the fifth.
+class Ramp : public Clip {
+public:
+  pic *frame(double time, int width, int height) override {
+    const size_t index = indexAt(time, 10);
+    if (index == 4)
+      throw HostError("frame 4 is broken");
+    if (index > 4)
+      return nullptr;
+    held.push_back(PictureBuffer::make(width, height));
+    std::fill_n(&held.back()->record()->Pixels->b, 4 * held.back()->pixels(),
+                static_cast<uint8_t>(20 * index));
+    return held.back()->record();
+  }
+  t_ZoAudio *audio(double, double) override { return nullptr; }
+  void release() override { held.clear(); }
+
+  std::vector<std::unique_ptr<PictureBuffer>> held;
+};
+
+TEST(SlowMotionClip, ShowsAnyTimeOfAnotherClip) {
+  Ramp ramp;
+  SlowMotionClip slow(ramp, {6, 4, 10}, SlowMotionMethod::mix);
+  // Two at once, in any order: each its own until both are released.
+  const pic *later = slow.frame(0.25, 6, 4), *earlier = slow.frame(0.1, 6, 4),
+            *between = slow.frame(0.125, 6, 4);
+  EXPECT_EQ(later->Pixels[23].g, 50);
+  EXPECT_EQ(earlier->Pixels[0].a, 20);
+  EXPECT_EQ(between->Pixels[7].r, 25);
+  EXPECT_FALSE(ramp.held.empty());
+  slow.release();
+  EXPECT_TRUE(ramp.held.empty());
+  EXPECT_EQ(errorOf([&] { slow.frame(0.35, 6, 4); }), "frame 4 is broken");
+  EXPECT_EQ(slow.frame(0.25, 6, 4)->Pixels[0].b, 50) << "an error is forgotten once it was told";
+  EXPECT_EQ(errorOf([&] {
+              SlowMotionClip huge(ramp, {40000, 40000, 10}, SlowMotionMethod::mix);
+            }),
+            "slow motion: out of memory");
+}
+
+// ---- Whole renders ----
+
+class Rendering : public testing::Test {
+protected:
+  Rendering() {
+    std::string name = (fs::temp_directory_path() / "zol-render-XXXXXX").string();
+    folder_ = mkdtemp(name.data());
+    plan_.library = ZOL_BUILD_DIR "/libzol.zoeffects.so.1";
+    plan_.overwrite = true;
+  }
+  ~Rendering() override { fs::remove_all(folder_); }
+
+  [[nodiscard]] std::string path(const std::string &name) const { return (folder_ / name).string(); }
+
+  /// A clip of even frames, each of its number's grey.
+  std::string clip(const std::string &name, Rational rate, int frames) const {
+    WriterOptions options;
+    options.width = 8;
+    options.height = 6;
+    options.rate = rate;
+    MediaWriter writer(path(name), options);
+    for (int i = 0; i < frames; ++i)
+      writer.writeFrame(std::vector<uint8_t>(8 * 6 * 4, static_cast<uint8_t>(i)).data());
+    writer.finish();
+    return path(name);
+  }
+
+  fs::path folder_;
+  RenderPlan plan_;
+};
+
+TEST_F(Rendering, LooksIntoEachFileOnceAndKeepsItsRate) {
+  std::ofstream(path("probe")) << "#!/bin/sh\necho >> " << path("probed") << "\nexec ffprobe \"$@\"\n";
+  fs::permissions(path("probe"), fs::perms::owner_all);
+  plan_.programs.ffprobe = path("probe");
+  plan_.stages = {{"mix", {clip("a.nut", {30000, 1001}, 9), clip("b.nut", 10, 2)}, {{"Transition", "0"}}}};
+  plan_.output = path("out.nut");
+  plan_.duration = timeOf(9, {30000, 1001});
+  RenderJob job(planFromJson(toJson(plan_)));
+  uint64_t last = 0;
+  job.run([&](uint64_t done, uint64_t all) {
+    EXPECT_EQ(done, ++last);
+    EXPECT_EQ(all, 9U);
+  });
+  EXPECT_EQ(fs::file_size(path("probed")), 2U);
+  VideoReader out(path("out.nut"), {});
+  EXPECT_EQ(out.rate(), Rational(30000, 1001));
+  for (size_t i = 0; i < 9; ++i)
+    EXPECT_EQ(out.at(i)->pixels[0], i);
+  EXPECT_EQ(job.commands().size(), 3U);
+}
+
+} // namespace
+} // namespace zol::host
