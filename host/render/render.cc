@@ -376,6 +376,13 @@ std::vector<std::string> RenderJob::commands() const {
   return lines;
 }
 
+std::vector<std::string> RenderJob::notes() const {
+  std::vector<std::string> lines;
+  for (const auto &stage : parts_->stages)
+    lines.insert(lines.end(), stage->instance().notes().begin(), stage->instance().notes().end());
+  return lines;
+}
+
 std::string RenderJob::summary() const {
   const Timeline &timeline = parts_->timeline;
   if (parts_->sound)

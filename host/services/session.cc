@@ -237,7 +237,7 @@ struct ServiceTable {
                           t_ZoSegmentFn callback, int zero) {
     if (enter(session(), Service::GeoGetCurves, time, one, zero) || geometry == nullptr)
       return 0;
-    return static_cast<const Shape *>(geometry)->curves(time, user, callback);
+    return static_cast<const Shape *>(geometry)->curves(time, one != 0, user, callback);
   }
 
   // ---- Inputs ----
