@@ -157,6 +157,8 @@ void execute(RenderWords &words) {
   plan.keepAlpha = !words.noAlpha;
   std::transform(words.faults.begin(), words.faults.end(), std::back_inserter(plan.faults), faultIn);
   host::RenderJob job(plan);
+  for (const std::string &note : job.notes())
+    std::fprintf(stderr, "zol: %s\n", note.c_str());
   if (words.dryRun) {
     for (const std::string &line : job.commands())
       std::printf("%s\n", line.c_str());

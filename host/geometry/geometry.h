@@ -1,10 +1,10 @@
-// Outlines as cubic segments, read from SVG path data.
+// Outlines as contours of cubic segments.
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace zol::host {
@@ -18,36 +18,41 @@ struct Box {
   double left = 0, top = 0, right = 0, bottom = 0;
 };
 
-/// Path data that cannot be read: what is wrong, in one line, and the character (from 0) where.
+/// x' = a x + c y + e, y' = b x + d y + f.
+struct Matrix {
+  double a = 1, b = 0, c = 0, d = 1, e = 0, f = 0;
+};
+
+/// `inner` first, then `outer`.
+Matrix operator*(const Matrix &outer, const Matrix &inner);
+
+/// Segments that join exactly, end to start. A closed contour ends where it begins.
+struct Contour {
+  std::vector<Segment> segments; // at least one
+  bool closed = false;
+
+  /// The line from the end of an open contour back to its start, where these differ.
+  [[nodiscard]] std::optional<Segment> closingLine() const;
+};
+
+struct Geometry {
+  std::vector<Contour> contours;
+
+  /// Bounds of the curves themselves; all 0 without contours.
+  [[nodiscard]] Box box() const;
+  [[nodiscard]] Geometry transformed(const Matrix &matrix) const;
+};
+
+/// A text that no geometry can be read from: what is wrong, in one line, and the character (from 0) where.
 struct GeometryError : std::runtime_error {
   GeometryError(const std::string &what, size_t where) : std::runtime_error(what), position(where) {}
   size_t position;
 };
 
-/// A shape for filling: every subpath closed, one after another, without segments of zero length.
-class Geometry {
-public:
-  /// Reads SVG path data, all commands. Curves are kept exactly, elliptical arcs within 5e-6 of their radius.
-  /// Throws GeometryError, whose text has the character's place from 1.
-  static Geometry fromPath(std::string_view pathData);
-
-  /// Path data, or `@file.svg`: the data of the first `path` element of that file.
-  static Geometry fromText(const std::string &text);
-
-  std::vector<Segment> segments;
-
-  /// Bounds of the curves themselves; all 0 without segments.
-  [[nodiscard]] Box box() const;
-
-  /// The same curves cut where x or y turns back, so that each piece is monotonic in both. Pieces share their
-  /// ends exactly.
-  [[nodiscard]] std::vector<Segment> splitAtExtrema() const;
-
-  [[nodiscard]] Geometry translated(double x, double y) const;
-  [[nodiscard]] Geometry scaled(double x, double y) const;
-};
-
 /// The point of a segment at parameter t.
 void pointAt(const Segment &segment, double t, double point[2]);
+
+/// Parameters strictly inside the segment where x (axis 0) or y (axis 1) turns back; how many (at most 2).
+int extrema(const Segment &segment, int axis, double found[2]);
 
 } // namespace zol::host

@@ -76,6 +76,13 @@ Clip *Chain::clipOf(const Input &input) {
   return clips_.back().get();
 }
 
+std::vector<std::string> Chain::notes() {
+  std::vector<std::string> lines;
+  for (const auto &stage : stages_)
+    lines.insert(lines.end(), stage->instance().notes().begin(), stage->instance().notes().end());
+  return lines;
+}
+
 void Chain::release() {
   for (const auto &clip : clips_)
     clip->release();

@@ -48,6 +48,9 @@ public:
   std::unique_ptr<AudioBuffer> sound(double from, double to) { return stages_.back()->audio(from, to); }
   [[nodiscard]] const Timeline &timeline() const { return stages_.back()->timeline(); }
 
+  /// What settings left out of the files that they name, a line each.
+  [[nodiscard]] std::vector<std::string> notes();
+
   /// Gives back all that inputs and stages have handed out.
   void release();
 

@@ -1,5 +1,7 @@
 #include "host/render/instance.h"
 
+#include "host/geometry/shape.h"
+#include "host/geometry/svg.h"
 #include "host/media/interrupt.h"
 #include "host/model/error.h"
 #include "host/model/names.h"
@@ -60,7 +62,10 @@ void Instance::set(std::string_view name, std::string_view value) {
   case FieldType::toggle: *session_.parameters.integers.get(field, 0) = choiceIn(declared, value); break;
   case FieldType::geometry:
     try {
-      shapes_.push_back(std::make_unique<GeometryShape>(Geometry::fromText(std::string(value))));
+      const Drawing drawing = readDrawing(std::string(value));
+      shapes_.push_back(std::make_unique<GeometryShape>(drawing.geometry));
+      for (const std::string &note : drawing.notes)
+        notes_.push_back(declared.name + ": " + note);
     } catch (const std::runtime_error &error) {
       throw HostError("field \"" + declared.name + "\": " + error.what());
     }
@@ -173,27 +178,6 @@ std::string Instance::valueText(int field) const {
   }
   default: return "";
   }
-}
-
-// Paths like whole numbers, and fillers look along whole rows and columns: an end or an edge exactly on one
-// is met twice or not at all. Off the grid by less than an alpha step, each is met once.
-constexpr double kOffGrid = 1.0 / 1024;
-
-GeometryShape::GeometryShape(const Geometry &geometry)
-    : pieces_(geometry.translated(kOffGrid, kOffGrid).splitAtExtrema()), box_(geometry.box()) {}
-
-void GeometryShape::box(double out[4], double) const {
-  out[0] = box_.left;
-  out[1] = box_.top;
-  out[2] = box_.right;
-  out[3] = box_.bottom;
-}
-
-int GeometryShape::curves(double, void *user, t_ZoSegmentFn callback) const {
-  for (const Segment &piece : pieces_)
-    if (callback(user, piece.P0, piece.P1, piece.H0, piece.H1) == 0)
-      return 0;
-  return 1;
 }
 
 } // namespace zol::host

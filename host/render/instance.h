@@ -1,7 +1,6 @@
 // One use of an effect: its parameters, as its own init callback and then the user set them.
 #pragma once
 
-#include "host/geometry/geometry.h"
 #include "host/model/effect.h"
 #include "host/render/timeline.h"
 #include "host/services/session.h"
@@ -27,6 +26,9 @@ public:
   /// to a value as users write it (host/model/values.h); a geometry to SVG path data or @file.svg. Throws
   /// HostError for what the field does not take.
   void set(std::string_view name, std::string_view value);
+
+  /// What settings left out of the files that they name, a line each.
+  [[nodiscard]] const std::vector<std::string> &notes() const { return notes_; }
 
   /// The field of that name or label; -1 where there is none.
   [[nodiscard]] int fieldNamed(std::string_view name) const;
@@ -56,18 +58,7 @@ private:
   Session session_;
   bool dialogOpened_ = false;
   std::vector<std::unique_ptr<Shape>> shapes_;
-};
-
-/// A geometry as effects ask for it: pieces that are monotonic in both coordinates.
-class GeometryShape : public Shape {
-public:
-  explicit GeometryShape(const Geometry &geometry);
-  void box(double out[4], double time) const override;
-  int curves(double time, void *user, t_ZoSegmentFn callback) const override;
-
-private:
-  std::vector<Segment> pieces_;
-  Box box_;
+  std::vector<std::string> notes_;
 };
 
 } // namespace zol::host

@@ -82,4 +82,6 @@ std::vector<std::string> RenderJob::commands() const {
   return lines;
 }
 
+std::vector<std::string> RenderJob::notes() { return chain_->notes(); }
+
 } // namespace zol::host

@@ -31,6 +31,9 @@ public:
   /// The commands that run() would start, a line each, to be pasted into a shell.
   [[nodiscard]] std::vector<std::string> commands() const;
 
+  /// What the files of geometries have in them that is not drawn, a line each.
+  [[nodiscard]] std::vector<std::string> notes();
+
 private:
   void checkOutput() const;
   [[nodiscard]] WriterOptions writerOptions() const;

@@ -67,7 +67,7 @@ int GeoGetCurves(t_ZoHostInfo *, void *geometry, double time, int one, void *use
                  int zero) {
   if (enter(Service::GeoGetCurves, time, one, zero) || geometry == nullptr)
     return 0;
-  return static_cast<const Shape *>(geometry)->curves(time, user, callback);
+  return static_cast<const Shape *>(geometry)->curves(time, one != 0, user, callback);
 }
 
 } // namespace zol::host::service

@@ -18,7 +18,7 @@ class FixedBox : public host::Shape {
 public:
   FixedBox(double left, double top, double right, double bottom) : box_{left, top, right, bottom} {}
   void box(double out[4], double) const override { std::copy(box_, box_ + 4, out); }
-  int curves(double, void *, t_ZoSegmentFn) const override { return 1; }
+  int curves(double, bool, void *, t_ZoSegmentFn) const override { return 1; }
 
 private:
   double box_[4];

@@ -22,7 +22,7 @@ public:
   Box(double left, double top, double right, double bottom)
       : outline_(test::polygon({{left, top}, {right, top}, {right, bottom}, {left, bottom}})) {}
   void box(double *, double) const override {}
-  int curves(double time, void *user, t_ZoSegmentFn callback) const override {
+  int curves(double time, bool, void *user, t_ZoSegmentFn callback) const override {
     times.push_back(time);
     return outline_.handOver(user, callback);
   }

@@ -34,7 +34,7 @@ class Geometry : public host::Shape {
 public:
   explicit Geometry(Outline outline) : outline_(std::move(outline)) {}
   void box(double out[4], double) const override { std::fill_n(out, 4, 0.0); }
-  int curves(double, void *user, t_ZoSegmentFn callback) const override {
+  int curves(double, bool, void *user, t_ZoSegmentFn callback) const override {
     return outline_.handOver(user, callback);
   }
   void *handle() { return static_cast<host::Shape *>(this); }
