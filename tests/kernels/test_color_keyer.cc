@@ -2,11 +2,11 @@
 #include "kernels/keying/color_keyer.h"
 #include "kernels/simd/levels.h"
 #include "plain/color_keyer.h"
+#include "tests/support/same_pixels.h"
 #include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <limits>
 #include <random>
 
@@ -74,14 +74,13 @@ TEST_P(ColorKeys, EveryDistanceGetsTheRulesBytes) {
       const ColorKey key(black, lower, upper, near, far);
       plain::colorKey(rule, foreground, background->record(), *want->record());
       key.layRow(foreground.Pixels, background->record()->Pixels, got->record()->Pixels, 2298);
-      ASSERT_EQ(std::memcmp(got->record()->Pixels, want->record()->Pixels, 2298 * sizeof(_color_t)), 0)
+      ASSERT_TRUE(test::samePixels(*got->record(), *want->record()))
           << lower << " " << upper << " " << near << " " << far;
       if (near != 0)
         continue;
       plain::colorKeyFilter(rule, foreground.Pixels, background->record()->Pixels, want->record()->Pixels,
                             2298);
-      ASSERT_EQ(std::memcmp(got->record()->Pixels, want->record()->Pixels, 2298 * sizeof(_color_t)), 0)
-          << lower << " " << upper << " " << far;
+      ASSERT_TRUE(test::samePixels(*got->record(), *want->record())) << lower << " " << upper << " " << far;
     }
 }
 
@@ -106,8 +105,7 @@ TEST_P(ColorKeys, PicturesOfAnyPlaceAndSizeAreLaidAsPlainly) {
     plain::colorKey(rule, *foreground->record(), ground, *want->record());
     session_.faults.clear();
     EXPECT_TRUE(layOver(session_.info(), key, *foreground->record(), ground, *got->record()));
-    EXPECT_EQ(std::memcmp(got->record()->Pixels, want->record()->Pixels, got->pixels() * sizeof(_color_t)),
-              0);
+    EXPECT_TRUE(test::samePixels(*got->record(), *want->record()));
 
     const int top = std::max(extent.Y, foreground->record()->Y);
     const int bottom =
