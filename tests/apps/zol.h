@@ -11,6 +11,7 @@
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace zol::test {
@@ -51,6 +52,14 @@ protected:
     const Outcome outcome = zol("render " + arguments);
     EXPECT_EQ(outcome.status, 0) << arguments;
     EXPECT_EQ(outcome.err, "") << arguments;
+  }
+
+  /// Renders what must succeed silently into a pipe: raw pixels (blue, green, red, alpha) or samples.
+  std::string rendered(const std::string &arguments) {
+    Outcome outcome = zol("render " + arguments + " -o -");
+    EXPECT_EQ(outcome.status, 0) << arguments;
+    EXPECT_EQ(outcome.err, "") << arguments;
+    return std::move(outcome.out);
   }
 
   /// Runs what must fail with one line that holds `reason`, leaving nothing behind.

@@ -4,6 +4,7 @@
 #include "plain/bluescreen.h"
 #include "tests/support/failing_malloc.h"
 #include "tests/support/levels.h"
+#include "tests/support/same_pixels.h"
 #include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
@@ -26,13 +27,6 @@ struct Settings {
   float delta1 = 0.25F, delta2 = 0.1F, opacity = 1, shrink = 0, blur = 0, aspect = 1;
 };
 
-::testing::AssertionResult samePixels(const pic &got, const pic &want) {
-  for (int i = 0; i < want.Width * want.Height; ++i)
-    if (std::memcmp(&got.Pixels[i], &want.Pixels[i], sizeof(_color_t)) != 0)
-      return ::testing::AssertionFailure() << "pixel " << i % want.Width << ", " << i / want.Width;
-  return ::testing::AssertionSuccess();
-}
-
 class Screens : public testing::TestWithParam<std::tuple<SimdLevel, int>> {
 protected:
   Screens() { capSimdLevel(std::get<0>(GetParam())); }
@@ -54,8 +48,8 @@ protected:
     EXPECT_EQ(kernel(got, key, s), plainResult);
     EXPECT_EQ(std::exchange(session_.trace, {}), plainTrace);
     session_.tracing = false;
-    EXPECT_TRUE(samePixels(*got, *want)) << "deltas " << s.delta1 << ", " << s.delta2 << " opacity "
-                                         << s.opacity << " shrink " << s.shrink << " blur " << s.blur;
+    EXPECT_TRUE(test::samePixels(*got, *want)) << "deltas " << s.delta1 << ", " << s.delta2 << " opacity "
+                                               << s.opacity << " shrink " << s.shrink << " blur " << s.blur;
     session_.pictures.free(got);
     session_.pictures.free(want);
   }

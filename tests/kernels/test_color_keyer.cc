@@ -2,11 +2,11 @@
 #include "kernels/simd/levels.h"
 #include "plain/color_keyer.h"
 #include "tests/support/levels.h"
+#include "tests/support/same_pixels.h"
 #include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <limits>
 #include <random>
 
@@ -69,14 +69,13 @@ TEST_P(ColorKeys, EveryDistanceGetsTheRulesBytes) {
       const ColorKey key(black, lower, upper, near, far);
       plain::colorKey(rule, foreground, background->record(), *want->record());
       key.layRow(foreground.Pixels, background->record()->Pixels, got->record()->Pixels, 2298);
-      ASSERT_EQ(std::memcmp(got->record()->Pixels, want->record()->Pixels, 2298 * sizeof(_color_t)), 0)
+      ASSERT_TRUE(test::samePixels(*got->record(), *want->record()))
           << lower << " " << upper << " " << near << " " << far;
       if (near != 0)
         continue;
       plain::colorKeyFilter(rule, foreground.Pixels, background->record()->Pixels, want->record()->Pixels,
                             2298);
-      ASSERT_EQ(std::memcmp(got->record()->Pixels, want->record()->Pixels, 2298 * sizeof(_color_t)), 0)
-          << lower << " " << upper << " " << far;
+      ASSERT_TRUE(test::samePixels(*got->record(), *want->record())) << lower << " " << upper << " " << far;
     }
 }
 
@@ -102,8 +101,7 @@ TEST_P(ColorKeys, PicturesOfAnyPlaceAndSizeAreLaidAsPlainly) {
     const KeyedRows rows(key, *foreground->record(), ground, *got->record());
     for (int row = 0; row < rows.count(); ++row)
       rows.lay(row);
-    EXPECT_EQ(std::memcmp(got->record()->Pixels, want->record()->Pixels, got->pixels() * sizeof(_color_t)),
-              0);
+    EXPECT_TRUE(test::samePixels(*got->record(), *want->record()));
 
     const Area shared = intersectionOf(Area::of(*foreground->record()), Area::of(extent));
     EXPECT_EQ(rows.count(), shared.isEmpty() ? 0 : shared.height());

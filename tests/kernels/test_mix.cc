@@ -3,6 +3,7 @@
 #include "host/services/session.h"
 #include "plain/mix.h"
 #include "tests/support/levels.h"
+#include "tests/support/same_pixels.h"
 #include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
@@ -51,9 +52,7 @@ protected:
     const auto expected = PictureBuffer::make(out->Width, out->Height);
     fillNew(expected->record());
     (mix == mix_pics_union ? plain::mixUnion : plain::mixIntersect)(a, b, ratio, expected->record());
-    EXPECT_EQ(out->X, expected->record()->X);
-    EXPECT_EQ(out->Y, expected->record()->Y);
-    ASSERT_EQ(std::memcmp(out->Pixels, expected->record()->Pixels, result->pixels() * sizeof(_color_t)), 0)
+    ASSERT_TRUE(test::samePixels(*out, *expected->record()))
         << a->Width << "x" << a->Height << " at " << a->X << "," << a->Y << " and " << b->Width << "x"
         << b->Height << " at " << b->X << "," << b->Y << ", ratio " << ratio;
   }

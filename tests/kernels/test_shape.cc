@@ -6,6 +6,7 @@
 #include "tests/support/failing_malloc.h"
 #include "tests/support/levels.h"
 #include "tests/support/outline.h"
+#include "tests/support/same_pixels.h"
 #include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
@@ -204,7 +205,7 @@ std::string failToFill(Session &session, const Outline &outline) {
   const auto picture = test::randomPicture(20, 10, 1), before = test::randomPicture(20, 10, 1);
   char error[64] = "before";
   EXPECT_EQ(FillShape(session.info(), error, picture->record(), geometry.handle(), 0, ~0U), 0);
-  EXPECT_EQ(std::memcmp(picture->record()->Pixels, before->record()->Pixels, 200 * sizeof(_color_t)), 0);
+  EXPECT_TRUE(test::samePixels(*picture->record(), *before->record()));
   EXPECT_EQ(session.pictures.live(), 0U);
   return error;
 }

@@ -2,11 +2,14 @@
 #pragma once
 
 #include "frame/zol.h"
+#include "host/model/parameters.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace zol::test {
@@ -27,6 +30,32 @@ struct Outline {
         return 0;
     return 1;
   }
+};
+
+/// An outline as a geometry that stays the same over time.
+class OutlineShape : public host::Shape {
+public:
+  explicit OutlineShape(Outline outline) : outline_(std::move(outline)) {}
+
+  void box(double out[4], double) const override {
+    std::fill_n(out, 4, 0.0);
+    bool first = true;
+    for (const auto &[P0, P1, H0, H1] : outline_.segments)
+      for (const Vector &p :
+           {P0, P1, Vector{P0[0] + H0[0], P0[1] + H0[1]}, Vector{P1[0] + H1[0], P1[1] + H1[1]}}) {
+        for (size_t k = 0; k < 2; ++k) {
+          out[k] = first ? p[k] : std::min(out[k], p[k]);
+          out[k + 2] = first ? p[k] : std::max(out[k + 2], p[k]);
+        }
+        first = false;
+      }
+  }
+  int curves(double, void *user, t_ZoSegmentFn callback) const override {
+    return outline_.handOver(user, callback);
+  }
+
+private:
+  Outline outline_;
 };
 
 /// Straight lines between the points, closed.
