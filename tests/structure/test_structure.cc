@@ -81,7 +81,7 @@ TEST(Structure, RoomsKnowOnlyThoseBelow) {
 }
 
 // Only the exported kernels call the host.
-TEST(Structure, DISABLED_KernelsKnowNeitherHostNorEngine) {
+TEST(Structure, KernelsKnowNeitherHostNorEngine) {
   const std::vector<Source> sources = sourcesOf("kernels");
   expectToKnowOnlyThoseBelow(sources);
   for (const Source &source : sources)

@@ -50,7 +50,7 @@ public:
         first = false;
       }
   }
-  int curves(double, void *user, t_ZoSegmentFn callback) const override {
+  int curves(double, bool, void *user, t_ZoSegmentFn callback) const override {
     return outline_.handOver(user, callback);
   }
 
