@@ -1,4 +1,4 @@
-// Conversions that hosts can drive out of range; none of them is undefined.
+// The border: conversions that hosts can drive out of range; none of them is undefined.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// The border: what marks a name as part of it.
 #pragma once
 
 /// Marks a function or object that hosts may look up under its plain name. Everything else is hidden;
@@ -5,4 +6,4 @@
 #define ZOL_EXPORT extern "C" __attribute__((visibility("default")))
 
 /// Marks an effect's table of texts: nothing in the library reads it, and it stays in the object.
-#define ZOL_TEXT_TABLE [[gnu::used]] static const char *const
+#define ZOL_TEXT_TABLE [[gnu::used]] static constexpr const char *

@@ -5,7 +5,14 @@
 #include "frame/texts.h"
 #include "frame/zol.h"
 
+#include <strings.h>
+
 namespace zol {
+
+/// Whether the host says it is `name`, without regard to case.
+inline bool hostIs(const t_ZoHostInfo *host, const char *name) {
+  return strcasecmp(host->Identity, name) == 0;
+}
 
 inline void showMessage(t_ZoHostInfo *host, const char *text) { host->Services->Message(host, text); }
 

@@ -1,9 +1,8 @@
-// The exported functions that carry statements to the host, and the small exports beside them.
+// The border: the exported functions that carry statements to the host, and the small exports beside them.
 
 #include "frame/export.h"
 #include "frame/zol.h"
 
-#include <clocale>
 #include <cstdarg>
 #include <cstdio>
 #include <locale.h>
@@ -16,7 +15,7 @@ constexpr size_t kStatementSize = 65536;
 class PointLocale {
 public:
   PointLocale()
-      : numeric_(newlocale(LC_NUMERIC_MASK, "C", duplicateOfCurrent())),
+      : numeric_(newlocale(LC_NUMERIC_MASK, "C", nullptr)),
         previous_(numeric_ != nullptr ? uselocale(numeric_) : nullptr) {}
   ~PointLocale() {
     if (numeric_ != nullptr) {
@@ -28,8 +27,6 @@ public:
   PointLocale &operator=(const PointLocale &) = delete;
 
 private:
-  static locale_t duplicateOfCurrent() { return duplocale(uselocale(nullptr)); }
-
   locale_t numeric_;
   locale_t previous_;
 };

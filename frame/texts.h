@@ -1,10 +1,11 @@
-// Texts that more than one effect shows to the user.
+// The border: texts that more than one effect shows to the user.
 #pragma once
 
 #include "frame/zol.h"
 
 namespace zol {
 
+inline constexpr char kBackgroundLabel[] = "Background";
 inline constexpr char kMemoryAllocationError[] = "Memory allocation error";
 
 /// Places in COMMON_STR.

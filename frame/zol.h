@@ -65,6 +65,10 @@ typedef int (*t_ZoRenderVideoRTFn)(t_ZoHostInfo *); /* 1, or 0 when nothing was 
 typedef t_ZoAudio *(*t_ZoRenderAudioFn)(t_ZoHostInfo *);
 typedef int (*t_ZoDialogOpenFn)(t_ZoHostInfo *);
 typedef int (*t_ZoDialogItemEditFn)(t_ZoHostInfo *, int item);
+typedef int (*t_ZoProbeFn)(t_ZoHostInfo *, void *media); /* 1 it has pictures, 2 sound, 3 both */
+typedef int (*t_ZoInitByMediaFn)(t_ZoHostInfo *, void *media);
+typedef int (*t_ZoDeleteUserDataFn)(t_ZoHostInfo *);
+typedef int (*t_ZoTrimFn)(t_ZoHostInfo *, double edges[2]); /* on FrameTime's axis; corrected in place */
 
 /* ---- Services: an array of 84 code pointers, one member a slot ---- */
 

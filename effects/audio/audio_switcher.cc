@@ -14,9 +14,20 @@
 
 namespace {
 
+namespace field = zol::field;
+
 enum Field { kInputs, kAdd, kDelete, kButtons, kLevels, kMaster };
 
-int init(t_ZoHostInfo *) { return 1; }
+constexpr int kButtonRow[] = {kAdd, kDelete};
+
+constexpr zol::Field kFields[] = {
+    field::plain("Inputs", kInputs, "Inputs"),
+    field::button(kAdd, "Add").label("Add Input").verbatim(),
+    field::button(kDelete, "Delete").label("Delete Input").verbatim(),
+    field::row(kButtons, "in_button_group", kButtonRow),
+    field::plain("Dataset", kLevels, "Input levels"),
+    field::alpha(kMaster, "Master", 1).flags(nullptr).verbatim().unset(),
+};
 
 /// Gives every input its level item. Whenever the number of inputs has changed, all levels start anew.
 void rebuildLevels(t_ZoHostInfo *host) {
@@ -142,26 +153,19 @@ t_ZoAudio *render(t_ZoHostInfo *host) {
   return out;
 }
 
+constexpr zol::Effect kAudioSwitcher{
+    .name = "Compositing/Audio Switcher",
+    .sign = "AudioSwitcher (Zo2)",
+    .version = 3,
+    .hosts = zol::Hosts::halvenor,
+    .icon = audio_switcher_xpm,
+    .init = zol::defaults<kFields>,
+    .renderAudio = render,
+    .onDialogOpen = onDialogOpen,
+    .onDialogItemEdit = onDialogItemEdit,
+    .fields = kFields,
+};
+
 } // namespace
 
-ZOL_EXPORT int ProcessAudioSwitcherDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("AudioSwitcher (Zo2)", "Compositing/Audio Switcher", 3);
-  eff.icon(audio_switcher_xpm);
-  eff.init(init);
-  eff.renderAudio(render);
-  eff.onDialogOpen(onDialogOpen);
-  eff.onDialogItemEdit(onDialogItemEdit);
-  eff.send(R"(DataFieldAdd( &eff.df, "Inputs", "Inputs" );)");
-  eff.send(R"(ZoDataFieldAdd( &eff.df, "Button", "Add", "Add Input" );)");
-  eff.send(R"(ZoDataFieldAdd( &eff.df, "Button", "Delete", "Delete Input" );)");
-  eff.send(R"(DataFieldAdd( &eff.df, "HGroup", "in_button_group", ZodfHideName );)");
-  for (const unsigned button : {kAdd, kDelete})
-    eff.send(R"(DataFieldGroupItemAdd( &eff.df, "in_button_group", 0x%X );)", button);
-  eff.send(R"(DataFieldAdd( &eff.df, "Dataset", "Input levels" );)");
-  eff.send(R"(ZoDataFieldAdd( &eff.df, "Alpha", "Master", "Master" );)");
-  eff.end();
-  return 1;
-}
+ZOL_EXPORT int ProcessAudioSwitcherDeclare(t_ZoHostInfo *host) { return zol::declare(host, kAudioSwitcher); }

@@ -14,15 +14,24 @@
 
 namespace {
 
-constexpr char kSection[] = "AuTrans";
+namespace field = zol::field;
 
 enum Fade { kFadeOff, kFadeLinear };
 
-int init(t_ZoHostInfo *host) {
-  host->Services->ParamSetInt(host, PARAM_INFADE, 0, kFadeLinear);
-  host->Services->ParamSetInt(host, PARAM_OUTFADE, 0, kFadeLinear);
-  return 1;
-}
+constexpr const char *kFallItems[] = {"Off (as is)", "Linear fade out"};
+constexpr const char *kRiseItems[] = {"Off (as is)", "Linear fade in"};
+
+// The names cross the labels: "FadeIn" is the fall of input 1. Projects refer to the names.
+constexpr zol::Field kFields[] = {
+    field::input(&PARAM_INPUT1, "Input1").verbatim(),
+    field::input(&PARAM_INPUT2, "Input2").verbatim(),
+    field::selector(&PARAM_INFADE, "FadeIn", kFallItems, kFadeLinear)
+        .label("Fade Out")
+        .help("Defines entering audio data fading."),
+    field::selector(&PARAM_OUTFADE, "FadeOut", kRiseItems, kFadeLinear)
+        .label("Fade in")
+        .help("Defines outbound audio data fading."),
+};
 
 /// Where the block's frames lie within the clip.
 zol::Ramp rampOf(const t_ZoHostInfo &host, const t_ZoAudio &block) {
@@ -59,37 +68,21 @@ t_ZoAudio *render(t_ZoHostInfo *host) {
   return out;
 }
 
-void declareInput(const zol::Declaration &obj, int *id, const char *name) {
-  obj.send("*((int *)" ZOL_ADDRESS ") = ZoDataFieldAdd( &obj.df, \"Input\", \"%s\", \"%s\", %s );",
-           zol::address(id), name, name, "ZodfNone");
-}
-
-void declareFade(const zol::Declaration &obj, int *id, const char *name, const char *label, const char *help,
-                 const char *linear) {
-  obj.send("*((int *)" ZOL_ADDRESS ") = ZoDataFieldAdd( &obj.df, \"Selector\", \"%s\", (word *)" ZOL_ADDRESS
-           ", %s );",
-           zol::address(id), name, obj.word(label), "ZodfNone");
-  obj.help(*id, help);
-  obj.item(*id, "Off (as is)", kFadeOff);
-  obj.item(*id, linear, kFadeLinear);
-}
+constexpr zol::Effect kAudioTransition{
+    .name = "Audio/Transitions/Audio Transition",
+    .sign = "Audio Transition [PW]",
+    .version = 1,
+    .section = "AuTrans",
+    .icon = audio_transition_xpm,
+    .iconMode = "one",
+    .init = zol::defaults<kFields>,
+    .renderAudio = render,
+    .fields = kFields,
+    .style = zol::Script::kObj | zol::Script::kCombinedHead,
+};
 
 } // namespace
 
 ZOL_EXPORT int ProcessAudioTransitionDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration obj(host, "obj", kSection);
-  obj.beginCombined("Audio/Transitions/Audio Transition", "Audio Transition [PW]", 1);
-  obj.icon(audio_transition_xpm);
-  obj.iconMode("one");
-  obj.init(init);
-  obj.renderAudio(render);
-  declareInput(obj, &PARAM_INPUT1, "Input1");
-  declareInput(obj, &PARAM_INPUT2, "Input2");
-  // The names cross the labels: "FadeIn" is the fall of input 1. Projects refer to the names.
-  declareFade(obj, &PARAM_INFADE, "FadeIn", "Fade Out", "Defines entering audio data fading.",
-              "Linear fade out");
-  declareFade(obj, &PARAM_OUTFADE, "FadeOut", "Fade in", "Defines outbound audio data fading.",
-              "Linear fade in");
-  obj.end();
-  return 1;
+  return zol::declare(host, kAudioTransition);
 }

@@ -14,13 +14,20 @@
 
 namespace {
 
-constexpr char kSection[] = "ASwitcher";
+namespace field = zol::field;
 
-int init(t_ZoHostInfo *host) {
-  host->Services->ParamSetInt(host, PARAM_CH1, 0, zol::kRouteFirst);
-  host->Services->ParamSetInt(host, PARAM_CH2, 0, zol::kRouteSecond);
-  return 1;
-}
+constexpr const char *kRoutes[] = {"Off", "Input 1", "Input 2",
+                                   "Mix of all inputs"}; // in the order of zol::ChannelRoute
+
+constexpr zol::Field kFields[] = {
+    field::input(&PARAM_INPUT, "Input").verbatim(),
+    field::selector(&PARAM_CH1, "Output 1", kRoutes, zol::kRouteFirst)
+        .label("First output channel")
+        .help("Defines what sound data comes through first output channel."),
+    field::selector(&PARAM_CH2, "Output 2", kRoutes, zol::kRouteSecond)
+        .label("Second output channel")
+        .help("Defines what sound data comes through second output channel."),
+};
 
 t_ZoAudio *render(t_ZoHostInfo *host) {
   void *input = zol::input(host, PARAM_INPUT);
@@ -42,40 +49,24 @@ t_ZoAudio *render(t_ZoHostInfo *host) {
   return out;
 }
 
-void declareOutput(const zol::Declaration &obj, int *id, const char *name, const char *label,
-                   const char *help) {
-  obj.send("*((int *)" ZOL_ADDRESS ") = ZoDataFieldAdd( &obj.df, \"Selector\", \"%s\", (word *)" ZOL_ADDRESS
-           ", %s );",
-           zol::address(id), name, obj.word(label), "ZodfNone");
-  obj.help(*id, help);
-}
-
-void declareRoutes(const zol::Declaration &obj, int id) {
-  obj.item(id, "Off", zol::kRouteOff);
-  obj.item(id, "Input 1", zol::kRouteFirst);
-  obj.item(id, "Input 2", zol::kRouteSecond);
-  obj.item(id, "Mix of all inputs", zol::kRouteMean);
-}
+constexpr zol::Effect kSimpleAudioSwitcher{
+    .name = "Audio/Filter/Simple Audio Switcher",
+    .sign = "Simple Audio Switcher [rul]",
+    .version = 1,
+    .section = "ASwitcher",
+    .description =
+        "This is a simple audio switcher. It allows you to commutate/mute/combine input audio channels.",
+    .icon = simple_audio_switcher_xpm,
+    .iconMode = "One+Saw",
+    .init = zol::defaults<kFields>,
+    .renderAudio = render,
+    .fields = kFields,
+    .style = zol::Script::kObj | zol::Script::kCombinedHead | zol::Script::kDescriptionLate |
+             zol::Script::kItemsLast,
+};
 
 } // namespace
 
 ZOL_EXPORT int ProcessSimpleAudioSwitcherDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration obj(host, "obj", kSection);
-  obj.beginCombined("Audio/Filter/Simple Audio Switcher", "Simple Audio Switcher [rul]", 1);
-  obj.icon(simple_audio_switcher_xpm);
-  obj.iconMode("One+Saw");
-  obj.descriptionW(
-      "This is a simple audio switcher. It allows you to commutate/mute/combine input audio channels.");
-  obj.init(init);
-  obj.renderAudio(render);
-  obj.send("*((int *)" ZOL_ADDRESS ") = ZoDataFieldAdd( &obj.df, \"Input\", \"%s\", \"%s\", %s );",
-           zol::address(&PARAM_INPUT), "Input", "Input", "ZodfNone");
-  declareOutput(obj, &PARAM_CH1, "Output 1", "First output channel",
-                "Defines what sound data comes through first output channel.");
-  declareOutput(obj, &PARAM_CH2, "Output 2", "Second output channel",
-                "Defines what sound data comes through second output channel.");
-  declareRoutes(obj, PARAM_CH1);
-  declareRoutes(obj, PARAM_CH2);
-  obj.end();
-  return 1;
+  return zol::declare(host, kSimpleAudioSwitcher);
 }

@@ -12,18 +12,24 @@
 
 namespace {
 
-constexpr char kSection[] = "AudioSineGen";
+namespace field = zol::field;
 
 constexpr uint32_t kRefresh = 100; // frames for which frequency and volume are held
 
 int paramFrequency;
 int paramVolume;
 
-int init(t_ZoHostInfo *host) {
-  host->Services->ParamSetFloat(host, paramFrequency, 0, 0.0, 1000.0);
-  host->Services->ParamSetFloat(host, paramVolume, 0, 0.0, 1.0);
-  return 1;
-}
+constexpr zol::Field kFields[] = {
+    field::curve(&paramFrequency, "Frequency", {100, 20000, "ZodfHideCurve|ZodfMinLimit|ZodfMaxLimit"}, 1000)
+        .label("Frequency (Hz)")
+        .help("Defines frequency of generated sound.")
+        .uncolored()
+        .at(0),
+    field::curve(&paramVolume, "Volume", {0, 1, "ZodfHideCurve|ZodfMinLimit"}, 1)
+        .help("Defines volume of generated sound.")
+        .uncolored()
+        .at(0),
+};
 
 t_ZoAudio *render(t_ZoHostInfo *host) {
   t_ZoAudio *out = zol::createSound(host);
@@ -47,26 +53,20 @@ t_ZoAudio *render(t_ZoHostInfo *host) {
   return out;
 }
 
-void declareCurve(const zol::Declaration &obj, int *id, const char *name, const char *label, double least,
-                  double most, const char *flags, const char *help) {
-  obj.send("*((int *)" ZOL_ADDRESS ") = ZoDataFieldAdd( &obj.df, \"FloatA\", \"%s\", (word *)" ZOL_ADDRESS
-           ", %f,%f, %s );",
-           zol::address(id), name, obj.word(label), least, most, flags);
-  obj.help(*id, help);
-}
+constexpr zol::Effect kSineGenerator{
+    .name = "Sources/Sine Audio Generator",
+    .sign = "AudioSineGen (Zo2)",
+    .version = 4,
+    .section = "AudioSineGen",
+    .icon = sine_generator_xpm,
+    .init = zol::defaults<kFields>,
+    .renderAudio = render,
+    .fields = kFields,
+    .style = zol::Script::kObj,
+};
 
 } // namespace
 
 ZOL_EXPORT int ProcessAudioSineGeneratorDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration obj(host, "obj", kSection);
-  obj.begin("AudioSineGen (Zo2)", "Sources/Sine Audio Generator", 4);
-  obj.icon(sine_generator_xpm);
-  obj.init(init);
-  obj.renderAudio(render);
-  declareCurve(obj, &paramFrequency, "Frequency", "Frequency (Hz)", 100.0, 20000.0,
-               "ZodfHideCurve|ZodfMinLimit|ZodfMaxLimit", "Defines frequency of generated sound.");
-  declareCurve(obj, &paramVolume, "Volume", "Volume", 0.0, 1.0, "ZodfHideCurve|ZodfMinLimit",
-               "Defines volume of generated sound.");
-  obj.end();
-  return 1;
+  return zol::declare(host, kSineGenerator);
 }

@@ -14,26 +14,29 @@
 
 namespace {
 
-constexpr char kSection[] = "Bluescreen";
+namespace field = zol::field;
 
 enum Field { kBackground, kInput, kDelta1, kDelta2, kShrink, kNoiseclean, kOpacity, kKeymode };
 enum Keymode { kBlue, kGreen };
 
+constexpr const char *kKeymodes[] = {"Bluescreen", "Greenscreen"};
+
+constexpr zol::Range kHidden{0, 1, "ZodfBothLimits|ZodfHideCurve"};
+
+constexpr zol::Field kFields[] = {
+    field::plain("Input", kBackground, "Background"),
+    field::plain("Input", kInput, "Input"),
+    field::curve(kDelta1, "Delta1", zol::kShare, 0.25).colored(0xFFFF00).at(0),
+    field::curve(kDelta2, "Delta2", kHidden, 0).colored(0xFF00FF).at(0.25),
+    field::curve(kShrink, "Shrink", kHidden, 0).colored(0xFF00FF).at(0.5),
+    field::curve(kNoiseclean, "Noiseclean", kHidden, 0.1).colored(0xFF00FF).at(0.75),
+    field::curve(kOpacity, "Opacity", kHidden, 1).colored(0xFF00FF).at(1),
+    field::selector(kKeymode, "Keymode", kKeymodes).flags("0x0").unset(),
+};
+
 /// Halvenor hands the background's buffer to real-time renders first, other hosts the input's. Once set it
 /// stays: a library serves one host.
 bool hostIsHalvenor = false;
-
-int init(t_ZoHostInfo *host) {
-  struct Default {
-    Field field;
-    double time, value;
-  };
-  for (const Default &key :
-       {Default{kDelta1, 0.0, 0.25}, Default{kDelta2, 0.25, 0.0}, Default{kShrink, 0.5, 0.0},
-        Default{kNoiseclean, 0.75, 0.1}, Default{kOpacity, 1.0, 1.0}})
-    host->Services->ParamSetFloat(host, key.field, 0, key.time, key.value);
-  return 1;
-}
 
 /// Reads the parameters and lays `key` on `out`. Shrink and Noiseclean reach a tenth of the width at 1.0.
 int layKey(t_ZoHostInfo *host, pic *out, pic *key, int width) {
@@ -94,35 +97,25 @@ int renderRT(t_ZoHostInfo *host) {
   return layKey(host, &out, &key, host->Width);
 }
 
+constexpr zol::Effect kBluescreen{
+    .name = "Compositing/Bluescreen",
+    .nameInQuorbel = "Filters/Standard/Bluescreen",
+    .sign = "Bluescreen Zo2 native",
+    .version = 1,
+    .section = "Bluescreen",
+    .description = "Replaces blue or green color in the image with background image.",
+    .type = "Filter",
+    .icon = bluescreen_xpm,
+    .init = zol::defaults<kFields>,
+    .renderVideo = render,
+    .renderVideoRT = renderRT,
+    .fields = kFields,
+};
+
 } // namespace
 
 ZOL_EXPORT int ProcessBluescreenDeclare(t_ZoHostInfo *host) {
   if (zol::hostIs(host, "Halvenor"))
     hostIsHalvenor = true;
-  const zol::Declaration eff(host, "eff", kSection);
-  eff.begin("Bluescreen Zo2 native",
-            zol::hostIs(host, "Quorbel") ? "Filters/Standard/Bluescreen" : "Compositing/Bluescreen", 1);
-  eff.descriptionW("Replaces blue or green color in the image with background image.");
-  eff.type("Filter");
-  eff.icon(bluescreen_xpm);
-  eff.init(init);
-  eff.renderVideo(render);
-  eff.renderVideoRT(renderRT);
-  eff.send(R"(DataFieldAdd( &eff.df, "Input", "Background" );)");
-  eff.send(R"(DataFieldAdd( &eff.df, "Input", "Input" );)");
-  eff.send(R"(ZoDataFieldAdd( &eff.df, "FloatA", "Delta1", (word *))" ZOL_ADDRESS
-           R"(, 0.0, 1.0, ZodfBothLimits, 0xFFFF00 );)",
-           eff.word("Delta1"));
-  for (const char *name : {"Delta2", "Shrink", "Noiseclean", "Opacity"})
-    eff.send(R"(ZoDataFieldAdd( &eff.df, "FloatA", "%s", (word *))" ZOL_ADDRESS
-             R"(, 0.0, 1.0, ZodfBothLimits|ZodfHideCurve, 0xFF00FF );)",
-             name, eff.word(name));
-  int keymode = 0;
-  eff.send(R"(*(int *))" ZOL_ADDRESS
-           R"( = ZoDataFieldAdd( &eff.df, "Selector", "Keymode", (word *))" ZOL_ADDRESS R"(, 0x0 );)",
-           zol::address(&keymode), eff.word("Keymode"));
-  eff.item(keymode, "Bluescreen", kBlue);
-  eff.item(keymode, "Greenscreen", kGreen);
-  eff.end();
-  return 1;
+  return zol::declare(host, kBluescreen);
 }

@@ -11,6 +11,8 @@
 
 namespace {
 
+namespace field = zol::field;
+
 constexpr char kInputLabel[] = "Input";
 constexpr char kStartLabel[] = "Start processing from";
 constexpr char kNonlinearLabel[] = "&Nonlinear mixer";
@@ -45,14 +47,32 @@ int nonlinearField = 6;
 
 enum StartFrom { kAbsoluteTime, kClipBeginning };
 
-int init(t_ZoHostInfo *host) {
-  host->Services->ParamSetInt(host, startFromField, 0, kClipBeginning);
-  host->Services->ParamSetFloat(host, inputIntervalField, 0, 0.0, 2.0);
-  host->Services->ParamSetFloat(host, stopIntervalField, 0, 0.0, 0.5);
-  host->Services->ParamSetFloat(host, mixIntervalField, 0, 0.0, 1.5);
-  zol::setDefaultInput(host, inputField);
-  return 1;
+constexpr const char *kStartItems[] = {"Absolute time", "Clip beginning"};
+
+constexpr zol::Field interval(int *id, const char *name, double least, double value) {
+  return field::time(id, name, least, 3600, value).verbatim().flags(nullptr).at(0);
 }
+
+constexpr zol::Field kFields[] = {
+    field::input(&inputField, "Background").bare().clip(),
+    field::selector(&startFromField, "InputStartOffsetFrom", kStartItems, kClipBeginning)
+        .label("Start from")
+        .verbatim()
+        .flags(nullptr),
+    field::time(&startOffsetField, "InputStartOffset", 0, 14400, 0)
+        .label(kStartLabel)
+        .verbatim()
+        .flags(nullptr)
+        .unset(),
+    interval(&inputIntervalField, "InputInterval", 0.01, 2).label("Input Interval"),
+    interval(&stopIntervalField, "StopInterval", 0, 0.5).label("Output Stop Interval"),
+    interval(&mixIntervalField, "MixInterval", 0, 1.5).label("Output Mix Interval"),
+    field::toggle(&nonlinearField, "Nonlinear", false)
+        .label(kNonlinearLabel)
+        .verbatim()
+        .flags(nullptr)
+        .unset(),
+};
 
 /// Keeps times that fall on a boundary from being counted as just before it.
 constexpr double kBoundary = 0.000001;
@@ -102,34 +122,17 @@ pic *render(t_ZoHostInfo *host) {
   return copy;
 }
 
+constexpr zol::Effect kChainMix{
+    .name = "Compositing/Chain Mix",
+    .sign = "ChainedMix Zo1 native",
+    .version = 1,
+    .hosts = zol::Hosts::halvenor,
+    .description8 = kDescription,
+    .init = zol::defaults<kFields>,
+    .renderVideo = render,
+    .fields = kFields,
+};
+
 } // namespace
 
-ZOL_EXPORT int ProcessChamixDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  const auto time = [&](int *id, const char *name, const char *label, const char *limits) {
-    eff.send("*(int *)" ZOL_ADDRESS R"( = ZoDataFieldAdd( &eff.df, "time", "%s", "%s", %s );)",
-             zol::address(id), name, label, limits);
-  };
-  eff.begin("ChainedMix Zo1 native", "Compositing/Chain Mix", 1);
-  eff.description(kDescription);
-  eff.init(init);
-  eff.renderVideo(render);
-  eff.send("*(int *)" ZOL_ADDRESS R"( = ZoDataFieldAdd( &eff.df, "Input", "Background" );)",
-           zol::address(&inputField));
-  eff.send("*(int *)" ZOL_ADDRESS
-           R"( = ZoDataFieldAdd( &eff.df, "Selector", "InputStartOffsetFrom", "%s" );)",
-           zol::address(&startFromField), "Start from");
-  constexpr char kItem[] = R"(DataFieldSelItemAdd( &eff.df, "InputStartOffsetFrom", "%s", 0x%X );)";
-  eff.send(kItem, "Absolute time", unsigned{kAbsoluteTime});
-  eff.send(kItem, "Clip beginning", unsigned{kClipBeginning});
-  time(&startOffsetField, "InputStartOffset", kStartLabel, "0.0, 14400.0");
-  time(&inputIntervalField, "InputInterval", "Input Interval", "0.01, 3600.0");
-  time(&stopIntervalField, "StopInterval", "Output Stop Interval", "0.0, 3600.0");
-  time(&mixIntervalField, "MixInterval", "Output Mix Interval", "0.0, 3600.0");
-  eff.send("*(int *)" ZOL_ADDRESS R"( = ZoDataFieldAdd( &eff.df, "Bool", "Nonlinear", "%s" );)",
-           zol::address(&nonlinearField), kNonlinearLabel);
-  eff.end();
-  return 1;
-}
+ZOL_EXPORT int ProcessChamixDeclare(t_ZoHostInfo *host) { return zol::declare(host, kChainMix); }

@@ -13,32 +13,48 @@
 
 namespace {
 
+namespace field = zol::field;
+
+constexpr char kThresholdFlags[] = "ZodfMinLimit|ZodfMaxLimit|ZodfHideCurve";
+
+/// A threshold between 0 and 1, which is not sent.
+constexpr zol::Field threshold(int *id, const char *name, double value) {
+  return field::curve(id, name, {0, 0, kThresholdFlags}, value).uncolored();
+}
+
 // ---- The filter for every host ----
 
 namespace filter {
 
-constexpr char kSection[] = "ColorKeyer";
-
 /// Field ids, written by the host when the fields are declared.
 struct {
   int input, background, color, lower, upper, opacity;
-} field;
+} ids;
 
+enum Row { kInput, kBackground, kColor, kLower, kUpper, kOpacity };
+
+constexpr zol::Field kFields[] = {
+    field::input(&ids.input, "Input").flags("0x0"),
+    field::input(&ids.background, "Background").flags("0x0"),
+    field::color(&ids.color, "Color", 0xFF00C8FF),
+    threshold(&ids.lower, "D1", 0.2).label("Threshold1").at(0),
+    threshold(&ids.upper, "D2", 0.4).label("Threshold2").at(0.75),
+    field::alpha(&ids.opacity, "Opacity", 1).at(0.25),
+};
+
+/// In the order of the keys' times.
 int init(t_ZoHostInfo *host) {
-  const _color_t blue = {255, 200, 0, 255};
-  host->Services->ParamSetColor(host, field.color, 0, &blue, 0.5);
-  host->Services->ParamSetFloat(host, field.lower, 0, 0.0, 0.2);
-  host->Services->ParamSetFloat(host, field.opacity, 0, 0.25, 1.0);
-  host->Services->ParamSetFloat(host, field.upper, 0, 0.75, 0.4);
+  for (const Row row : {kColor, kLower, kOpacity, kUpper})
+    zol::putDefault(host, kFields[row]);
   return 1;
 }
 
 zol::ColorKey readKey(t_ZoHostInfo *host) {
   _color_t color;
-  host->Services->ParamGetColor(host, field.color, 0, &color, host->Time);
-  const double lower = zol::paramDouble(host, field.lower);
-  const double opacity = zol::paramDouble(host, field.opacity);
-  const double upper = zol::paramDouble(host, field.upper);
+  host->Services->ParamGetColor(host, ids.color, 0, &color, host->Time);
+  const double lower = zol::paramDouble(host, ids.lower);
+  const double opacity = zol::paramDouble(host, ids.opacity);
+  const double upper = zol::paramDouble(host, ids.upper);
   return {color, lower, upper, 0, opacity};
 }
 
@@ -65,26 +81,18 @@ int renderRT(t_ZoHostInfo *host) {
   return 1;
 }
 
-void declare(t_ZoHostInfo *host) {
-  const zol::Declaration eff(host, "eff", kSection);
-  eff.begin("Color Keyer Qb5 native", "Filters/Standard/Color Keyer", 1);
-  eff.descriptionW("Replaces areas of specified color in the foreground image with background");
-  eff.init(init);
-  eff.renderVideoRT(renderRT);
-  eff.type("Filter");
-  const auto add = [&](int &id, const char *kind, const char *name, const char *label, const char *flags) {
-    eff.send(R"(*(int *))" ZOL_ADDRESS R"( = ZoDataFieldAdd( &eff.df, "%s", "%s", (word *))" ZOL_ADDRESS
-             ", %s );",
-             zol::address(&id), kind, name, eff.word(label), flags);
-  };
-  add(field.input, "Input", "Input", "Input", "0x0");
-  add(field.background, "Input", "Background", "Background", "0x0");
-  add(field.color, "RGBColor", "Color", "Color", "ZodfHideCurve");
-  add(field.lower, "FloatA", "D1", "Threshold1", "ZodfMinLimit|ZodfMaxLimit|ZodfHideCurve");
-  add(field.upper, "FloatA", "D2", "Threshold2", "ZodfMinLimit|ZodfMaxLimit|ZodfHideCurve");
-  add(field.opacity, "Alpha", "Opacity", "Opacity", "ZodfHideCurve");
-  eff.end();
-}
+constexpr zol::Effect kEffect{
+    .name = "Filters/Standard/Color Keyer",
+    .sign = "Color Keyer Qb5 native",
+    .version = 1,
+    .section = "ColorKeyer",
+    .description = "Replaces areas of specified color in the foreground image with background",
+    .type = "Filter",
+    .init = init,
+    .renderVideoRT = renderRT,
+    .fields = kFields,
+    .style = zol::Script::kTypeLate,
+};
 
 } // namespace filter
 
@@ -132,35 +140,35 @@ ZOL_TEXT_TABLE kTexts[] = {
 /// Field ids, written by the host when the fields are declared.
 struct {
   int background, keyedInput, color, lower, nearOpacity, upper, farOpacity;
-} field;
+} ids;
 
-int init(t_ZoHostInfo *host) {
-  const _color_t blue = {255, 0, 0, 255};
-  host->Services->ParamSetColor(host, field.color, 0, &blue, 0.5);
-  host->Services->ParamSetFloat(host, field.lower, 0, 0.0, 0.2);
-  host->Services->ParamSetFloat(host, field.nearOpacity, 0, 0.25, 0.0);
-  host->Services->ParamSetFloat(host, field.upper, 0, 0.75, 0.4);
-  host->Services->ParamSetFloat(host, field.farOpacity, 0, 1.0, 1.0);
-  return 1;
-}
+constexpr zol::Field kFields[] = {
+    field::input(&ids.background, zol::kBackgroundLabel).bare(),
+    field::input(&ids.keyedInput, kTexts[kKeyedInput]).bare(),
+    field::color(&ids.color, "Color", 0xFF0000FF).label(kTexts[kKeyColor]).verbatim(),
+    threshold(&ids.lower, "D1", 0.2).label(kTexts[kLowerThreshold]).verbatim().at(0),
+    field::alpha(&ids.nearOpacity, "A1", 0).label(kTexts[kNearOpacity]).verbatim().at(0.25),
+    threshold(&ids.upper, "D2", 0.4).label(kTexts[kUpperThreshold]).verbatim().at(0.75),
+    field::alpha(&ids.farOpacity, "A2", 1).label(kTexts[kFarOpacity]).verbatim().at(1),
+};
 
 zol::ColorKey readKey(t_ZoHostInfo *host) {
   _color_t color;
-  host->Services->ParamGetColor(host, field.color, 0, &color, host->Time);
-  const double lower = zol::paramDouble(host, field.lower);
-  const double nearOpacity = zol::paramDouble(host, field.nearOpacity);
-  const double upper = zol::paramDouble(host, field.upper);
-  const double farOpacity = zol::paramDouble(host, field.farOpacity);
+  host->Services->ParamGetColor(host, ids.color, 0, &color, host->Time);
+  const double lower = zol::paramDouble(host, ids.lower);
+  const double nearOpacity = zol::paramDouble(host, ids.nearOpacity);
+  const double upper = zol::paramDouble(host, ids.upper);
+  const double farOpacity = zol::paramDouble(host, ids.farOpacity);
   return {color, lower, upper, nearOpacity, farOpacity};
 }
 
 pic *render(t_ZoHostInfo *host) {
-  void *foregroundInput = zol::input(host, field.keyedInput);
+  void *foregroundInput = zol::input(host, ids.keyedInput);
   if (foregroundInput == nullptr) {
     zol::showMessage(host, kTexts[kForegroundMissing]);
     return nullptr;
   }
-  void *backgroundInput = zol::input(host, field.background);
+  void *backgroundInput = zol::input(host, ids.background);
   const pic *background = backgroundInput != nullptr ? zol::frameOf(host, backgroundInput) : nullptr;
   const pic *foreground = zol::frameOf(host, foregroundInput);
   if (foreground == nullptr || (backgroundInput != nullptr && background == nullptr))
@@ -184,37 +192,21 @@ pic *render(t_ZoHostInfo *host) {
   return out.release();
 }
 
-void declare(t_ZoHostInfo *host) {
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Color Keyer Zo1 native", "Compositing/Color Keyer", 1);
-  eff.description(kTexts[kDescription]);
-  eff.init(init);
-  eff.renderVideo(render);
-  const auto addInput = [&](int &id, const char *label) {
-    eff.send(R"(*(int *))" ZOL_ADDRESS R"( = ZoDataFieldAdd( &eff.df, "Input", "%s" );)", zol::address(&id),
-             label);
-  };
-  const auto add = [&](int &id, const char *kind, const char *name, Text label, const char *flags) {
-    eff.send(R"(*(int *))" ZOL_ADDRESS R"( = ZoDataFieldAdd( &eff.df, "%s", "%s", "%s", %s );)",
-             zol::address(&id), kind, name, kTexts[label], flags);
-  };
-  addInput(field.background, COMMON_STR[zol::kTextBackground]);
-  addInput(field.keyedInput, kTexts[kKeyedInput]);
-  add(field.color, "RGBColor", "Color", kKeyColor, "ZodfHideCurve");
-  add(field.lower, "FloatA", "D1", kLowerThreshold, "ZodfMinLimit|ZodfMaxLimit|ZodfHideCurve");
-  add(field.nearOpacity, "Alpha", "A1", kNearOpacity, "ZodfHideCurve");
-  add(field.upper, "FloatA", "D2", kUpperThreshold, "ZodfMinLimit|ZodfMaxLimit|ZodfHideCurve");
-  add(field.farOpacity, "Alpha", "A2", kFarOpacity, "ZodfHideCurve");
-  eff.end();
-}
+constexpr zol::Effect kEffect{
+    .name = "Compositing/Color Keyer",
+    .sign = "Color Keyer Zo1 native",
+    .version = 1,
+    .hosts = zol::Hosts::halvenor,
+    .description8 = kTexts[kDescription],
+    .init = zol::defaults<kFields>,
+    .renderVideo = render,
+    .fields = kFields,
+};
 
 } // namespace compositing
 
 } // namespace
 
 ZOL_EXPORT int ProcessKeyerDeclare(t_ZoHostInfo *host) {
-  filter::declare(host);
-  if (zol::hostIs(host, "Halvenor"))
-    compositing::declare(host);
-  return 1;
+  return zol::declare(host, filter::kEffect, compositing::kEffect);
 }

@@ -3,13 +3,18 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessCropDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration eff(host, "eff", nullptr);
-  if (zol::hostIs(host, "Halvenor")) {
-    eff.begin("Crop Zo2 native", "Compositing/Crop", 3);
-  } else {
-    eff.begin("Crop Qb5 native", "Filters/Standard/Crop", 1);
-  }
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kCrop{
+    .name = "Compositing/Crop",
+    .sign = "Crop Zo2 native",
+    .version = 3,
+    .hosts = zol::Hosts::halvenor,
+};
+
+constexpr zol::Effect kStandardCrop{
+    .name = "Filters/Standard/Crop",
+    .sign = "Crop Qb5 native",
+    .version = 1,
+    .hosts = zol::Hosts::allButHalvenor,
+};
+
+ZOL_EXPORT int ProcessCropDeclare(t_ZoHostInfo *host) { return zol::declare(host, kCrop, kStandardCrop); }

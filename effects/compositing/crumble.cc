@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessCrumbleDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Crumble Zo2 native", "Compositing/Crumble", 1);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kCrumble{
+    .name = "Compositing/Crumble",
+    .sign = "Crumble Zo2 native",
+    .version = 1,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessCrumbleDeclare(t_ZoHostInfo *host) { return zol::declare(host, kCrumble); }

@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessKeyer2Declare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("UniKeyer Zo1 native", "Compositing/Keyer", 1);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kKeyer{
+    .name = "Compositing/Keyer",
+    .sign = "UniKeyer Zo1 native",
+    .version = 1,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessKeyer2Declare(t_ZoHostInfo *host) { return zol::declare(host, kKeyer); }

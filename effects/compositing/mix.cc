@@ -9,7 +9,18 @@
 
 namespace {
 
-constexpr char kSection[] = "Mix";
+namespace field = zol::field;
+
+enum Field { kInputA, kInputB, kTransition, kClipping };
+
+constexpr const char *kClippings[] = {"Union"};
+
+constexpr zol::Field kFields[] = {
+    field::plain("Input", kInputA, "Input A"),
+    field::plain("Input", kInputB, "Input B"),
+    field::curve(kTransition, "Transition", zol::kShare, 0).colored(0).rising(),
+    field::selector(kClipping, "Clipping", kClippings).flags("ZodfHide").unset(),
+};
 
 ZOL_TEXT_TABLE kTexts[] = {
     "Mixer  on",        "&c0000FF&bMixer.\n&c000000&nMixes inputs with ratio defined by curve.",
@@ -17,14 +28,6 @@ ZOL_TEXT_TABLE kTexts[] = {
     "Mix Input A",      "Mix Input B",
     "Mixes two inputs", "Input is not assigned",
 };
-
-enum Field { kInputA, kInputB, kTransition };
-
-int init(t_ZoHostInfo *host) {
-  host->Services->ParamSetFloat(host, kTransition, 0, 0.0, 0.0);
-  host->Services->ParamSetFloat(host, kTransition, 0, 1.0, 1.0);
-  return 1;
-}
 
 pic *frameOfField(t_ZoHostInfo *host, Field field) {
   void *input = zol::input(host, field);
@@ -50,26 +53,19 @@ pic *render(t_ZoHostInfo *host) {
   return a != nullptr && b != nullptr ? mix_pics_union(a, b, ratio, host) : nullptr;
 }
 
+constexpr zol::Effect kMix{
+    .name = "Compositing/Mix",
+    .nameInQuorbel = "Transitions/Dissolve/Mix",
+    .sign = "Mix Zo2 native",
+    .version = 1,
+    .section = "Mix",
+    .description = "Mixes two inputs",
+    .icon = mix_xpm,
+    .init = zol::defaults<kFields>,
+    .renderVideo = render,
+    .fields = kFields,
+};
+
 } // namespace
 
-ZOL_EXPORT int ProcessMixDeclare(t_ZoHostInfo *host) {
-  const char *name = zol::hostIs(host, "Quorbel") ? "Transitions/Dissolve/Mix" : "Compositing/Mix";
-  const zol::Declaration eff(host, "eff", kSection);
-  eff.begin("Mix Zo2 native", name, 1);
-  eff.descriptionW("Mixes two inputs");
-  eff.icon(mix_xpm);
-  eff.init(init);
-  eff.renderVideo(render);
-  eff.send(R"(DataFieldAdd( &eff.df, "Input", "Input A" );)");
-  eff.send(R"(DataFieldAdd( &eff.df, "Input", "Input B" );)");
-  eff.send(R"(ZoDataFieldAdd( &eff.df, "FloatA", "Transition", (word *))" ZOL_ADDRESS
-           R"(, 0.0, 1.0, ZodfBothLimits, 0x0 );)",
-           eff.word("Transition"));
-  int clipping = 0;
-  eff.send("*(int *)" ZOL_ADDRESS
-           R"( = ZoDataFieldAdd( &eff.df, "Selector", "Clipping", (word *))" ZOL_ADDRESS R"(, ZodfHide );)",
-           zol::address(&clipping), eff.word("Clipping"));
-  eff.item(clipping, "Union", 0);
-  eff.end();
-  return 1;
-}
+ZOL_EXPORT int ProcessMixDeclare(t_ZoHostInfo *host) { return zol::declare(host, kMix); }

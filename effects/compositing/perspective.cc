@@ -3,14 +3,21 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
+constexpr zol::Effect kPerspective{
+    .name = "Compositing/Perspective",
+    .sign = "Perspective Zo2 native",
+    .version = 2,
+    .hosts = zol::Hosts::halvenor,
+};
+
+constexpr zol::Effect kSpecialPerspective{
+    .name = "Filters/Special/Perspective",
+    .sign = "Perspective Qb5 adapted",
+    .version = 1,
+    .hosts = zol::Hosts::allButHalvenor,
+    .type = "Filter",
+};
+
 ZOL_EXPORT int ProcessPerspectiveDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration eff(host, "eff", nullptr);
-  if (zol::hostIs(host, "Halvenor")) {
-    eff.begin("Perspective Zo2 native", "Compositing/Perspective", 2);
-  } else {
-    eff.begin("Perspective Qb5 adapted", "Filters/Special/Perspective", 1);
-    eff.type("Filter");
-  }
-  eff.end();
-  return 1;
+  return zol::declare(host, kPerspective, kSpecialPerspective);
 }

@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessShutterDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Shutter Zo2 native", "Compositing/Shutter", 3);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kShutter{
+    .name = "Compositing/Shutter",
+    .sign = "Shutter Zo2 native",
+    .version = 3,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessShutterDeclare(t_ZoHostInfo *host) { return zol::declare(host, kShutter); }

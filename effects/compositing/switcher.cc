@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessMultiswitcherDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Multiswitcher Zo2 native", "Compositing/Switcher", 3);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kSwitcher{
+    .name = "Compositing/Switcher",
+    .sign = "Multiswitcher Zo2 native",
+    .version = 3,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessMultiswitcherDeclare(t_ZoHostInfo *host) { return zol::declare(host, kSwitcher); }

@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessAureolDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Aureole Zo2 native", "Complex Filters/Aureole", 1);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kAureole{
+    .name = "Complex Filters/Aureole",
+    .sign = "Aureole Zo2 native",
+    .version = 1,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessAureolDeclare(t_ZoHostInfo *host) { return zol::declare(host, kAureole); }

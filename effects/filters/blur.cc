@@ -9,20 +9,19 @@
 
 namespace {
 
-constexpr char kSection[] = "Blur";
+namespace field = zol::field;
+
+enum Field { kInput, kBlurriness };
+
+constexpr zol::Field kFields[] = {
+    field::plain("Input", kInput, "Input").clip(),
+    field::curve(kBlurriness, "Blurriness", zol::kOpenShare, 0.1).uncolored(),
+};
 
 ZOL_TEXT_TABLE kTexts[] = {"Blur  on", "Power", "Input", "Blurs input image"};
 
 constexpr char kDescription[] = "This effect blurs given image with specified blurriness degree. <br><br>"
                                 "Required inputs: Input image.";
-
-enum Field { kInput, kBlurriness };
-
-int init(t_ZoHostInfo *host) {
-  host->Services->ParamSetFloat(host, kBlurriness, 0, 0.5, 0.1);
-  zol::setDefaultInput(host, kInput);
-  return 1;
-}
 
 pic *render(t_ZoHostInfo *host) {
   pic *frame = zol::requiredFrame(host, kInput, "Input not assigned");
@@ -32,19 +31,19 @@ pic *render(t_ZoHostInfo *host) {
   return FillBlurImage(host, frame, blurriness * host->Width / 7.2);
 }
 
+constexpr zol::Effect kBlur{
+    .name = "Filters/Blur",
+    .nameInQuorbel = "Filters/Standard/Blur",
+    .sign = "Blur 1.0 (Zo2)",
+    .version = 10,
+    .section = "Blur",
+    .description = kDescription,
+    .icon = blur_xpm,
+    .init = zol::defaults<kFields>,
+    .renderVideo = render,
+    .fields = kFields,
+};
+
 } // namespace
 
-ZOL_EXPORT int ProcessBlurDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration eff(host, "eff", kSection);
-  eff.begin("Blur 1.0 (Zo2)", zol::hostIs(host, "Quorbel") ? "Filters/Standard/Blur" : "Filters/Blur", 10);
-  eff.descriptionW(kDescription);
-  eff.icon(blur_xpm);
-  eff.init(init);
-  eff.renderVideo(render);
-  eff.send(R"(DataFieldAdd( &eff.df, "Input", "Input" );)");
-  eff.send(R"(ZoDataFieldAdd( &eff.df, "FloatA", "Blurriness", (word *))" ZOL_ADDRESS
-           R"(, 0.0, 1.0, ZodfMinLimit );)",
-           eff.word("Blurriness"));
-  eff.end();
-  return 1;
-}
+ZOL_EXPORT int ProcessBlurDeclare(t_ZoHostInfo *host) { return zol::declare(host, kBlur); }

@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessBumpDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Bump Zo2 native", "Complex Filters/Bump", 4);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kBump{
+    .name = "Complex Filters/Bump",
+    .sign = "Bump Zo2 native",
+    .version = 4,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessBumpDeclare(t_ZoHostInfo *host) { return zol::declare(host, kBump); }

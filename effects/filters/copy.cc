@@ -8,6 +8,14 @@
 
 namespace {
 
+namespace field = zol::field;
+
+enum Field { kInput };
+
+constexpr zol::Field kFields[] = {
+    field::plain("Input", kInput, "Input").clip(),
+};
+
 ZOL_TEXT_TABLE kTexts[] = {"Copy  on", "Input", "Copies input image to output"};
 
 constexpr char kDescription[] =
@@ -15,30 +23,23 @@ constexpr char kDescription[] =
     "an image from upper track to the lower one over the non-empty tracks. <br><br>Required inputs: Input "
     "image.";
 
-enum Field { kInput };
-
-int init(t_ZoHostInfo *host) {
-  zol::setDefaultInput(host, kInput);
-  return 1;
-}
-
 pic *render(t_ZoHostInfo *host) {
   pic *frame = zol::requiredFrame(host, kInput, "Input not assigned");
   return frame != nullptr ? host->Services->PicDuplicate(frame) : nullptr;
 }
 
+constexpr zol::Effect kCopy{
+    .name = "Filters/Copy",
+    .sign = "Copy (Zo2)",
+    .version = 10,
+    .hosts = zol::Hosts::halvenor,
+    .description8 = kDescription,
+    .icon = copy_xpm,
+    .init = zol::defaults<kFields>,
+    .renderVideo = render,
+    .fields = kFields,
+};
+
 } // namespace
 
-ZOL_EXPORT int ProcessCopyDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Copy (Zo2)", "Filters/Copy", 10);
-  eff.description(kDescription);
-  eff.icon(copy_xpm);
-  eff.init(init);
-  eff.renderVideo(render);
-  eff.send(R"(DataFieldAdd( &eff.df, "Input", "Input" );)");
-  eff.end();
-  return 1;
-}
+ZOL_EXPORT int ProcessCopyDeclare(t_ZoHostInfo *host) { return zol::declare(host, kCopy); }

@@ -18,7 +18,8 @@ extern "C" {
 
 namespace {
 
-constexpr char kSection[] = "Deinterlace";
+namespace field = zol::field;
+
 constexpr char kDescription[] = "This effect deinterlaces input image.";
 constexpr char kInputLabel[] = "Input A";
 constexpr char kThresholdLabel[] = "Threshold [0..50]";
@@ -29,13 +30,12 @@ ZOL_TEXT_TABLE kTexts[] = {
     "Deinterlace  on", kInputLabel, kThresholdLabel, kEdgeLabel, kBlendingLabel, kDescription,
 };
 
-int init(t_ZoHostInfo *host) {
-  zol::setDefaultInput(host, paramINPUT);
-  host->Services->ParamSetInt(host, paramTHRESHOLD, 0, 10);
-  host->Services->ParamSetInt(host, paramEDGEDETECT, 0, 20);
-  host->Services->ParamSetInt(host, paramBLEND, 0, 0);
-  return 1;
-}
+constexpr zol::Field kFields[] = {
+    field::input(&paramINPUT, "InputA").label(kInputLabel).verbatim().clip(),
+    field::integer(&paramTHRESHOLD, "Threshold", 0, 100, 10).label(kThresholdLabel),
+    field::integer(&paramEDGEDETECT, "Edgedetect", 0, 180, 20).label(kEdgeLabel),
+    field::toggle(&paramBLEND, "Blending", false).label(kBlendingLabel),
+};
 
 auto kernelOf(t_ZoHostInfo *host) {
   return [host](_color_t *dst, _color_t *src, int width, int height) {
@@ -52,29 +52,21 @@ pic *render(t_ZoHostInfo *host) { return zol::deinterlacedFrame(host, paramINPUT
 
 int renderRT(t_ZoHostInfo *host) { return zol::deinterlacedBuffer(host, kernelOf(host)); }
 
+constexpr zol::Effect kDeinterlace{
+    .name = "Filters/Deinterlace",
+    .nameInQuorbel = "Filters/Standard/Deinterlace",
+    .sign = "Deinterlace 1.0 (Zo2)",
+    .version = 1,
+    .section = "Deinterlace",
+    .description = kDescription,
+    .icon = deinterlace_xpm,
+    .init = zol::defaults<kFields, zol::DefaultsOrder::asDeclared>,
+    .renderVideo = render,
+    .renderVideoRT = renderRT,
+    .fields = kFields,
+    .style = zol::Script::kObj | zol::Script::kCombinedHead,
+};
+
 } // namespace
 
-ZOL_EXPORT int ProcessDeinterlaceDeclare(t_ZoHostInfo *host) {
-  const char *name = zol::hostIs(host, "Quorbel") ? "Filters/Standard/Deinterlace" : "Filters/Deinterlace";
-  const zol::Declaration obj(host, "obj", kSection);
-  const auto number = [&](int *id, const char *fieldName, const char *label, double least, double greatest) {
-    obj.send("*((int *)" ZOL_ADDRESS R"() = ZoDataFieldAdd( &obj.df, "Long", "%s", (word *))" ZOL_ADDRESS
-             R"(, %f,%f, %s );)",
-             zol::address(id), fieldName, obj.word(label), least, greatest, "ZodfHideCurve");
-  };
-  obj.beginCombined(name, "Deinterlace 1.0 (Zo2)", 1);
-  obj.descriptionW(kDescription);
-  obj.icon(deinterlace_xpm);
-  obj.init(init);
-  obj.renderVideo(render);
-  obj.renderVideoRT(renderRT);
-  obj.send("*((int *)" ZOL_ADDRESS R"() = ZoDataFieldAdd( &obj.df, "Input", "%s", "%s", %s );)",
-           zol::address(&paramINPUT), "InputA", kInputLabel, "ZodfNone");
-  number(&paramTHRESHOLD, "Threshold", kThresholdLabel, 0, 100);
-  number(&paramEDGEDETECT, "Edgedetect", kEdgeLabel, 0, 180);
-  obj.send("*((int *)" ZOL_ADDRESS R"() = ZoDataFieldAdd( &obj.df, "Bool", "%s", (word *))" ZOL_ADDRESS
-           R"(, %s );)",
-           zol::address(&paramBLEND), "Blending", obj.word(kBlendingLabel), "ZodfNone");
-  obj.end();
-  return 1;
-}
+ZOL_EXPORT int ProcessDeinterlaceDeclare(t_ZoHostInfo *host) { return zol::declare(host, kDeinterlace); }

@@ -8,7 +8,8 @@
 
 namespace {
 
-constexpr char kSection[] = "Deinterlace2";
+namespace field = zol::field;
+
 constexpr char kDescription[] = "This effect deinterlaces input image.";
 constexpr char kInputLabel[] = "Input A";
 constexpr char kMethodLabel[] = "Method";
@@ -23,11 +24,12 @@ ZOL_TEXT_TABLE kTexts[] = {
 int inputField = 0;
 int methodField = 1;
 
-int init(t_ZoHostInfo *host) {
-  zol::setDefaultInput(host, inputField);
-  host->Services->ParamSetInt(host, methodField, 0, 0);
-  return 1;
-}
+constexpr const char *kMethods[] = {kUpperItem, kLowerItem};
+
+constexpr zol::Field kFields[] = {
+    field::input(&inputField, "InputA").label(kInputLabel).verbatim().clip(),
+    field::selector(&methodField, kMethodLabel, kMethods),
+};
 
 auto kernelOf(t_ZoHostInfo *host) {
   return [host](_color_t *dst, _color_t *src, int width, int height) {
@@ -40,25 +42,23 @@ pic *render(t_ZoHostInfo *host) { return zol::deinterlacedFrame(host, inputField
 
 int renderRT(t_ZoHostInfo *host) { return zol::deinterlacedBuffer(host, kernelOf(host)); }
 
+constexpr zol::Effect kDeinterlaceBasic{
+    .name = "Filters/Deinterlace Basic",
+    .nameInQuorbel = "Filters/Standard/Deinterlace Basic",
+    .sign = "Deinterlace Basic 1.0 (Zo2)",
+    .version = 1,
+    .section = "Deinterlace2",
+    .description = kDescription,
+    .icon = deinterlace_basic_xpm,
+    .init = zol::defaults<kFields, zol::DefaultsOrder::asDeclared>,
+    .renderVideo = render,
+    .renderVideoRT = renderRT,
+    .fields = kFields,
+    .style = zol::Script::kObj | zol::Script::kCombinedHead,
+};
+
 } // namespace
 
 ZOL_EXPORT int ProcessDeinterlace2Declare(t_ZoHostInfo *host) {
-  const char *name =
-      zol::hostIs(host, "Quorbel") ? "Filters/Standard/Deinterlace Basic" : "Filters/Deinterlace Basic";
-  const zol::Declaration obj(host, "obj", kSection);
-  obj.beginCombined(name, "Deinterlace Basic 1.0 (Zo2)", 1);
-  obj.descriptionW(kDescription);
-  obj.icon(deinterlace_basic_xpm);
-  obj.init(init);
-  obj.renderVideo(render);
-  obj.renderVideoRT(renderRT);
-  obj.send("*((int *)" ZOL_ADDRESS R"() = ZoDataFieldAdd( &obj.df, "Input", "%s", "%s", %s );)",
-           zol::address(&inputField), "InputA", kInputLabel, "ZodfNone");
-  obj.send("*((int *)" ZOL_ADDRESS R"() = ZoDataFieldAdd( &obj.df, "Selector", "%s", (word *))" ZOL_ADDRESS
-           R"(, %s );)",
-           zol::address(&methodField), "Method", obj.word(kMethodLabel), "ZodfNone");
-  obj.item(methodField, kUpperItem, 0);
-  obj.item(methodField, kLowerItem, 1);
-  obj.end();
-  return 1;
+  return zol::declare(host, kDeinterlaceBasic);
 }

@@ -3,14 +3,21 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
+constexpr zol::Effect kShadow{
+    .name = "Complex Filters/Drop Shadow",
+    .sign = "DropShadow Zo2 native",
+    .version = 2,
+    .hosts = zol::Hosts::halvenor,
+};
+
+constexpr zol::Effect kStandardShadow{
+    .name = "Filters/Standard/Drop Shadow",
+    .sign = "DropShadow Qb filter",
+    .version = 1,
+    .hosts = zol::Hosts::allButHalvenor,
+    .type = "Filter",
+};
+
 ZOL_EXPORT int ProcessDropShadowDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration eff(host, "eff", nullptr);
-  if (zol::hostIs(host, "Halvenor")) {
-    eff.begin("DropShadow Zo2 native", "Complex Filters/Drop Shadow", 2);
-  } else {
-    eff.begin("DropShadow Qb filter", "Filters/Standard/Drop Shadow", 1);
-    eff.type("Filter");
-  }
-  eff.end();
-  return 1;
+  return zol::declare(host, kShadow, kStandardShadow);
 }

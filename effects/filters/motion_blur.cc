@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessMotionBlurDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("MotionBlur Zo2 native", "Filters/Motion Blur", 2);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kMotionBlur{
+    .name = "Filters/Motion Blur",
+    .sign = "MotionBlur Zo2 native",
+    .version = 2,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessMotionBlurDeclare(t_ZoHostInfo *host) { return zol::declare(host, kMotionBlur); }

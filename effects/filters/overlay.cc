@@ -3,11 +3,12 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessOverlayDeclare(t_ZoHostInfo *host) {
-  const char *name = zol::hostIs(host, "Quorbel") ? "Filters/Standard/Overlay" : "Filters/Overlay";
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Overlay for Qb4", name, 1);
-  eff.type("Filter");
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kOverlay{
+    .name = "Filters/Overlay",
+    .nameInQuorbel = "Filters/Standard/Overlay",
+    .sign = "Overlay for Qb4",
+    .version = 1,
+    .type = "Filter",
+};
+
+ZOL_EXPORT int ProcessOverlayDeclare(t_ZoHostInfo *host) { return zol::declare(host, kOverlay); }

@@ -3,9 +3,10 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessRecolorDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Recolor Zo2 native", "Filters/Color/Recolor", 2);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kRecolor{
+    .name = "Filters/Color/Recolor",
+    .sign = "Recolor Zo2 native",
+    .version = 2,
+};
+
+ZOL_EXPORT int ProcessRecolorDeclare(t_ZoHostInfo *host) { return zol::declare(host, kRecolor); }

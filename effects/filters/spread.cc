@@ -3,10 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessSpreadDeclare(t_ZoHostInfo *host) {
-  const char *name = zol::hostIs(host, "Quorbel") ? "Filters/Special/Spread" : "Filters/Spread";
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Spread Zo2 native", name, 1);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kSpread{
+    .name = "Filters/Spread",
+    .nameInQuorbel = "Filters/Special/Spread",
+    .sign = "Spread Zo2 native",
+    .version = 1,
+};
+
+ZOL_EXPORT int ProcessSpreadDeclare(t_ZoHostInfo *host) { return zol::declare(host, kSpread); }

@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessDottDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Dotted Shape Zo2 native", "Geometry Shading/Dotted Shape", 1);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kDottedShape{
+    .name = "Geometry Shading/Dotted Shape",
+    .sign = "Dotted Shape Zo2 native",
+    .version = 1,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessDottDeclare(t_ZoHostInfo *host) { return zol::declare(host, kDottedShape); }

@@ -14,7 +14,28 @@
 
 namespace {
 
-constexpr char kSection[] = "FillGeometry";
+namespace field = zol::field;
+
+enum Field { kInput, kGeometry, kColor, kAlpha, kOffsetX, kOffsetY };
+
+constexpr zol::Field kFields[] = {
+    field::input(kInput, "Input")
+        .clip()
+        .help("The image under the shape. It may be left out: the shape then stands on a transparent frame."),
+    field::geometry(kGeometry, "Geometry").help("The shape to fill."),
+    field::color(kColor, "Color", 0xFFFFFFFF).help("The color of the shape."),
+    field::alpha(kAlpha, "Alpha", 1)
+        .help("How opaque the shape is: 0 shows nothing of it, 1 nothing of what lies below."),
+    field::curve(kOffsetX, "OffsetX", zol::kOpenSigned, 0)
+        .label("Offset X")
+        .help("Moves the shape to the right, in widths of the frame: 0.5 is half a frame, 0 leaves it in "
+              "place.")
+        .colored(0xFF00FF),
+    field::curve(kOffsetY, "OffsetY", zol::kOpenSigned, 0)
+        .label("Offset Y")
+        .help("Moves the shape down, in heights of the frame: 0.5 is half a frame, 0 leaves it in place.")
+        .colored(0x7FFF7F),
+};
 
 ZOL_TEXT_TABLE kTexts[] = {
     "Fill Geometry  on",
@@ -31,20 +52,6 @@ constexpr char kDescription[] =
     "This effect fills a geometry with a color and lays it over the input image. The edges are smooth; where "
     "parts of the outline overlap, every second one is left open. <br><br>Without an input the filled "
     "geometry stands on a transparent frame.";
-
-enum Field { kInput, kGeometry, kColor, kAlpha, kOffsetX, kOffsetY, kFieldCount };
-
-int fieldIds[kFieldCount]; // by which help texts find their fields
-
-int init(t_ZoHostInfo *host) {
-  const _color_t white = {255, 255, 255, 255};
-  host->Services->ParamSetColor(host, kColor, 0, &white, 0.5);
-  host->Services->ParamSetFloat(host, kAlpha, 0, 0.5, 1.0);
-  host->Services->ParamSetFloat(host, kOffsetX, 0, 0.5, 0.0);
-  host->Services->ParamSetFloat(host, kOffsetY, 0, 0.5, 0.0);
-  zol::setDefaultInput(host, kInput);
-  return 1;
-}
 
 struct Fill {
   void *geometry;
@@ -123,34 +130,20 @@ pic *render(t_ZoHostInfo *host) {
   return frame != nullptr ? renderOver(host, frame, readFill(host, geometry)) : nullptr;
 }
 
+constexpr zol::Effect kFillGeometry{
+    .name = "Geometry Shading/Fill Geometry",
+    .sign = "FillGeometry Zo2 native",
+    .version = 1,
+    .hosts = zol::Hosts::halvenor,
+    .section = "FillGeometry",
+    .description = kDescription,
+    .icon = fill_geometry_xpm,
+    .init = zol::defaults<kFields>,
+    .renderVideo = render,
+    .fields = kFields,
+    .style = zol::Script::kBracketedStores,
+};
+
 } // namespace
 
-ZOL_EXPORT int ProcessFillAndShadowDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", kSection);
-  eff.begin("FillGeometry Zo2 native", "Geometry Shading/Fill Geometry", 1);
-  eff.descriptionW(kDescription);
-  eff.icon(fill_geometry_xpm);
-  eff.init(init);
-  eff.renderVideo(render);
-  const auto field = [&](Field index, const char *kind, const char *name, const char *label, const char *rest,
-                         const char *help) {
-    eff.send("*((int *)" ZOL_ADDRESS ") = ZoDataFieldAdd( &eff.df, \"%s\", \"%s\", (word *)" ZOL_ADDRESS
-             ", %s );",
-             zol::address(&fieldIds[index]), kind, name, eff.word(label), rest);
-    eff.help(fieldIds[index], help);
-  };
-  field(kInput, "Input", "Input", "Input", "ZodfNone",
-        "The image under the shape. It may be left out: the shape then stands on a transparent frame.");
-  field(kGeometry, "Geometry", "Geometry", "Geometry", "ZodfNone", "The shape to fill.");
-  field(kColor, "RGBColor", "Color", "Color", "ZodfHideCurve", "The color of the shape.");
-  field(kAlpha, "Alpha", "Alpha", "Alpha", "ZodfHideCurve",
-        "How opaque the shape is: 0 shows nothing of it, 1 nothing of what lies below.");
-  field(kOffsetX, "FloatA", "OffsetX", "Offset X", "-1.0, 1.0, ZodfNone, 0xFF00FF",
-        "Moves the shape to the right, in widths of the frame: 0.5 is half a frame, 0 leaves it in place.");
-  field(kOffsetY, "FloatA", "OffsetY", "Offset Y", "-1.0, 1.0, ZodfNone, 0x7FFF7F",
-        "Moves the shape down, in heights of the frame: 0.5 is half a frame, 0 leaves it in place.");
-  eff.end();
-  return 1;
-}
+ZOL_EXPORT int ProcessFillAndShadowDeclare(t_ZoHostInfo *host) { return zol::declare(host, kFillGeometry); }

@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessLightningDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Lightning Zo2 native", "Geometry Shading/Lightning", 1);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kLightning{
+    .name = "Geometry Shading/Lightning",
+    .sign = "Lightning Zo2 native",
+    .version = 1,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessLightningDeclare(t_ZoHostInfo *host) { return zol::declare(host, kLightning); }

@@ -3,13 +3,13 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessStarGenDeclare(t_ZoHostInfo *host) {
-  const char *name =
-      zol::hostIs(host, "Halvenor") ? "Geometry Shading/Star Generator" : "Filters/Special/Star Generator";
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("StarGen Zo2 native", name, 3);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kStarGenerator{
+    .name = "Geometry Shading/Star Generator",
+    .nameElsewhere = "Filters/Special/Star Generator",
+    .sign = "StarGen Zo2 native",
+    .version = 3,
+};
+
+ZOL_EXPORT int ProcessStarGenDeclare(t_ZoHostInfo *host) { return zol::declare(host, kStarGenerator); }
 
 ZOL_EXPORT int ProcessStarGen2Declare() { return 0; }

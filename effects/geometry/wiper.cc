@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessWiperDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Wiper Zo1 native", "Geometry Shading/Wiper", 1);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kWiper{
+    .name = "Geometry Shading/Wiper",
+    .sign = "Wiper Zo1 native",
+    .version = 1,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessWiperDeclare(t_ZoHostInfo *host) { return zol::declare(host, kWiper); }

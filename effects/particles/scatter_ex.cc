@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessScatterExDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("ScatterEx Zo2 native", "Particle System/ScatterEx", 2);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kScatterEx{
+    .name = "Particle System/ScatterEx",
+    .sign = "ScatterEx Zo2 native",
+    .version = 2,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessScatterExDeclare(t_ZoHostInfo *host) { return zol::declare(host, kScatterEx); }

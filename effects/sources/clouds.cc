@@ -3,9 +3,10 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessCloudsDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Clouds generator (Zo2)", "Sources/Clouds Generator", 10);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kClouds{
+    .name = "Sources/Clouds Generator",
+    .sign = "Clouds generator (Zo2)",
+    .version = 10,
+};
+
+ZOL_EXPORT int ProcessCloudsDeclare(t_ZoHostInfo *host) { return zol::declare(host, kClouds); }

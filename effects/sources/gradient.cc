@@ -3,9 +3,10 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessGradientDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Gradient Zo2 native", "Sources/Gradient", 2);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kGradient{
+    .name = "Sources/Gradient",
+    .sign = "Gradient Zo2 native",
+    .version = 2,
+};
+
+ZOL_EXPORT int ProcessGradientDeclare(t_ZoHostInfo *host) { return zol::declare(host, kGradient); }

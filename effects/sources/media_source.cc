@@ -1,25 +1,33 @@
 // Media Source: declared, so that menus and projects find it; it has no fields and renders nothing yet.
+// Quorbel knows it as two sources, one of pictures and one of sound.
 
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-namespace {
+constexpr zol::Effect kMediaSource{
+    .name = "Sources/Media Source",
+    .sign = "Media Source Zo2 native",
+    .version = 10,
+    .hosts = zol::Hosts::allButQuorbel,
+    .iconMode = "One+Saw",
+};
 
-void declareRecord(t_ZoHostInfo *host, const char *sign, const char *name, int version) {
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin(sign, name, version);
-  eff.iconMode("One+Saw");
-  eff.end();
-}
+constexpr zol::Effect kVideoSource{
+    .name = "Sources/Video Source",
+    .sign = "Qb5 VideoSource [rul]",
+    .version = 1,
+    .hosts = zol::Hosts::quorbel,
+    .iconMode = "One+Saw",
+};
 
-} // namespace
+constexpr zol::Effect kAudioSource{
+    .name = "Sources/Audio Source",
+    .sign = "Qb5 AudioSource [rul]",
+    .version = 1,
+    .hosts = zol::Hosts::quorbel,
+    .iconMode = "One+Saw",
+};
 
 ZOL_EXPORT int ProcessMediaSourceDeclare(t_ZoHostInfo *host) {
-  if (zol::hostIs(host, "Quorbel")) {
-    declareRecord(host, "Qb5 VideoSource [rul]", "Sources/Video Source", 1);
-    declareRecord(host, "Qb5 AudioSource [rul]", "Sources/Audio Source", 1);
-  } else {
-    declareRecord(host, "Media Source Zo2 native", "Sources/Media Source", 10);
-  }
-  return 1;
+  return zol::declare(host, kMediaSource, kVideoSource, kAudioSource);
 }

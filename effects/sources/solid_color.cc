@@ -11,7 +11,15 @@
 
 namespace {
 
-constexpr char kSection[] = "Solid";
+namespace field = zol::field;
+
+enum Field { kGeometry, kColor, kAlpha };
+
+constexpr zol::Field kFields[] = {
+    field::plain("Geometry", kGeometry, "Geo"),
+    field::color(kColor, "Color", 0x000000FF),
+    field::alpha(kAlpha, "Alpha", 1).at(0.25),
+};
 
 ZOL_TEXT_TABLE kTexts[] = {
     "Solid Color  on",
@@ -27,15 +35,6 @@ ZOL_TEXT_TABLE kTexts[] = {
 
 constexpr char kDescription[] = "This effect is one of the most frequently used. It generates image of "
                                 "specified color and alpha. <br><br>This effects has no inputs.";
-
-enum Field { kGeometry, kColor, kAlpha };
-
-int init(t_ZoHostInfo *host) {
-  const _color_t blue = {255, 0, 0, 0};
-  host->Services->ParamSetColor(host, kColor, 0, &blue, 0.5);
-  host->Services->ParamSetFloat(host, kAlpha, 0, 0.25, 1.0);
-  return 1;
-}
 
 struct Rectangle {
   int left, top, width, height;
@@ -76,21 +75,19 @@ pic *render(t_ZoHostInfo *host) {
   return picture;
 }
 
+constexpr zol::Effect kSolidColor{
+    .name = "Sources/Solid Color",
+    .sign = "SolidColor Zo2 native",
+    .version = 10,
+    .section = "Solid",
+    .description = kDescription,
+    .icon = solid_color_xpm,
+    .iconMode = "One",
+    .init = zol::defaults<kFields>,
+    .renderVideo = render,
+    .fields = kFields,
+};
+
 } // namespace
 
-ZOL_EXPORT int ProcessMatteDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration eff(host, "eff", kSection);
-  eff.begin("SolidColor Zo2 native", "Sources/Solid Color", 10);
-  eff.descriptionW(kDescription);
-  eff.icon(solid_color_xpm);
-  eff.iconMode("One");
-  eff.init(init);
-  eff.renderVideo(render);
-  eff.send(R"(DataFieldAdd( &eff.df, "Geometry", "Geo" );)");
-  eff.send(R"(ZoDataFieldAdd( &eff.df, "RGBColor", "Color", (word *))" ZOL_ADDRESS R"(, ZodfHideCurve );)",
-           eff.word("Color"));
-  eff.send(R"(ZoDataFieldAdd( &eff.df, "Alpha", "Alpha", (word *))" ZOL_ADDRESS R"(, ZodfHideCurve );)",
-           eff.word("Alpha"));
-  eff.end();
-  return 1;
-}
+ZOL_EXPORT int ProcessMatteDeclare(t_ZoHostInfo *host) { return zol::declare(host, kSolidColor); }

@@ -4,9 +4,10 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessTestPatternDeclare(t_ZoHostInfo *host) {
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("Test Pattern Generator 1.0 (Zo2)", "Sources/Test Pattern Generator", 1);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kTestPattern{
+    .name = "Sources/Test Pattern Generator",
+    .sign = "Test Pattern Generator 1.0 (Zo2)",
+    .version = 1,
+};
+
+ZOL_EXPORT int ProcessTestPatternDeclare(t_ZoHostInfo *host) { return zol::declare(host, kTestPattern); }

@@ -3,11 +3,11 @@
 #include "frame/declaration.h"
 #include "frame/effects.h"
 
-ZOL_EXPORT int ProcessTimeWarpDeclare(t_ZoHostInfo *host) {
-  if (!zol::hostIs(host, "Halvenor"))
-    return 0;
-  const zol::Declaration eff(host, "eff", nullptr);
-  eff.begin("TimeWarp Zo2 native", "Time/Time Warp", 2);
-  eff.end();
-  return 1;
-}
+constexpr zol::Effect kTimeWarp{
+    .name = "Time/Time Warp",
+    .sign = "TimeWarp Zo2 native",
+    .version = 2,
+    .hosts = zol::Hosts::halvenor,
+};
+
+ZOL_EXPORT int ProcessTimeWarpDeclare(t_ZoHostInfo *host) { return zol::declare(host, kTimeWarp); }

@@ -1,5 +1,4 @@
 #include "frame/effects.h"
-#include "frame/texts.h"
 #include "kernels/exports/bluescreen.h"
 #include "tests/support/declared.h"
 #include "tests/support/test_clip.h"
@@ -16,56 +15,10 @@ using host::Service;
 using host::Session;
 using Texts = std::vector<std::string>;
 
-Texts declaration(const std::string &name) {
-  Texts texts{
-      "ZoEffect eff;",
-      "eff.Sign = \"Bluescreen Zo2 native\";",
-      "eff.Name = \"" + name + "\";",
-      "eff.Version = 1;",
-      "eff.DescriptionW = (word *)@;",
-      "eff.Type = \"Filter\";",
-      "eff.Icon = ZoPicFromXPM( @ );",
-      "eff.InitFunction = @;",
-      "eff.RenderVideoFunction = @;",
-      "eff.RenderVideoFunctionRT = @;",
-      "DataFieldAdd( &eff.df, \"Input\", \"Background\" );",
-      "DataFieldAdd( &eff.df, \"Input\", \"Input\" );",
-      "ZoDataFieldAdd( &eff.df, \"FloatA\", \"Delta1\", (word *)@, 0.0, 1.0, ZodfBothLimits, 0xFFFF00 );"};
-  for (const std::string field : {"Delta2", "Shrink", "Noiseclean", "Opacity"})
-    texts.push_back("ZoDataFieldAdd( &eff.df, \"FloatA\", \"" + field +
-                    "\", (word *)@, 0.0, 1.0, ZodfBothLimits|ZodfHideCurve, 0xFF00FF );");
-  texts.insert(texts.end(),
-               {"*(int *)@ = ZoDataFieldAdd( &eff.df, \"Selector\", \"Keymode\", (word *)@, 0x0 );",
-                "DataFieldSelItemAddById( &eff.df, 7, (word *)@, 0x0 );",
-                "DataFieldSelItemAddById( &eff.df, 7, (word *)@, 0x1 );", "EffectAdd( eff );"});
-  return texts;
-}
-
-TEST(BluescreenEffect, IsDeclaredToEveryHost) {
-  int result = 0;
-  EXPECT_EQ(test::declared(ProcessBluescreenDeclare, "Halvenor", &result),
-            declaration("Compositing/Bluescreen"));
-  EXPECT_EQ(result, 1);
-  EXPECT_EQ(test::declared(ProcessBluescreenDeclare, "quorbel"), declaration("Filters/Standard/Bluescreen"));
-  EXPECT_EQ(test::declared(ProcessBluescreenDeclare, "another"), declaration("Compositing/Bluescreen"));
-
-  Session session("another");
-  session.tracing = true;
-  ProcessBluescreenDeclare(session.info());
-  std::erase_if(session.trace, [](const std::string &call) { return !call.starts_with("TranslateW"); });
-  Texts translated{"TranslateW(\"Bluescreen\", \"Replaces blue or green color in the image with background "
-                   "image.\")"};
-  for (const std::string text :
-       {"Delta1", "Delta2", "Shrink", "Noiseclean", "Opacity", "Keymode", "Bluescreen", "Greenscreen"})
-    translated.push_back("TranslateW(\"Bluescreen\", \"" + text + "\")");
-  EXPECT_EQ(session.trace, translated);
-}
-
 /// The effect over a background of 40 x 7 at (3, -2) and an input of 31 x 9.
 class BluescreenRender : public testing::Test {
 protected:
   BluescreenRender() {
-    COMMON_STR[kTextMemory] = kMemoryAllocationError;
     *session_.parameters.inputs.get(0, 0) = {&backgroundClip_};
     *session_.parameters.inputs.get(1, 0) = {&keyClip_};
     info_->Width = 25;
@@ -106,14 +59,6 @@ protected:
   test::Callbacks effect_{ProcessBluescreenDeclare};
 };
 
-TEST_F(BluescreenRender, DefaultsAreKeysInFieldOrder) {
-  session_.tracing = true;
-  EXPECT_EQ(effect_.init(info_), 1);
-  EXPECT_EQ(session_.trace, (Texts{"ParamSetFloat(2, 0, 0, 0.25)", "ParamSetFloat(3, 0, 0.25, 0)",
-                                   "ParamSetFloat(4, 0, 0.5, 0)", "ParamSetFloat(5, 0, 0.75, 0.1)",
-                                   "ParamSetFloat(6, 0, 1, 1)"}));
-}
-
 TEST_F(BluescreenRender, LaysTheInputOnTheBackgroundOrOnABlankFrame) {
   session_.tracing = true;
   pic *out = effect_.renderVideo(info_);
@@ -145,27 +90,6 @@ TEST_F(BluescreenRender, LaysTheInputOnTheBackgroundOrOnABlankFrame) {
   expectLaid(effect_.renderVideo(info_), host::PictureBuffer::make(25, 6)->record(), Bluescreen, 25);
 }
 
-TEST_F(BluescreenRender, FailuresLeaveNothingBehind) {
-  const auto fails = [&](Service service, int nth) {
-    session_.faults.clear();
-    session_.faults.failAt(service, nth);
-    EXPECT_EQ(effect_.renderVideo(info_), nullptr);
-    EXPECT_EQ(session_.pictures.live(), 0U);
-    return std::exchange(session_.messages, {});
-  };
-  using Messages = std::vector<std::optional<std::string>>;
-  EXPECT_EQ(fails(Service::InputGetPic, 2), Messages{});
-  EXPECT_EQ(fails(Service::PicGetSized, 1), Messages{});
-  EXPECT_EQ(fails(Service::PicGetSized, 2), Messages{});
-  EXPECT_EQ(fails(Service::PicDuplicate, 1), Messages{"Memory allocation error"});
-  EXPECT_EQ(fails(Service::PicCreate, 1), Messages{"Filler: Memory allocation error"});
-  EXPECT_EQ(fails(Service::IsAborted, 4), Messages{});
-  EXPECT_EQ(fails(Service::IsAborted, 11), Messages{}); // in the erosion
-  session_.parameters.inputs.get(0, 0)->clear();
-  EXPECT_EQ(fails(Service::PicCreate, 1), Messages{"Memory allocation error"});
-  EXPECT_EQ(fails(Service::PicGetSized, 1), Messages{});
-}
-
 TEST_F(BluescreenRender, RealTimeBuffersComeInTheHostsOrder) {
   // A library of its own, to which no host has declared itself yet.
   void *library = dlopen(ZOL_BUILD_DIR "/libzol.zoeffects.so.1", RTLD_NOW | RTLD_LOCAL);
@@ -189,20 +113,10 @@ TEST_F(BluescreenRender, RealTimeBuffersComeInTheHostsOrder) {
   EXPECT_EQ(render("Quorbel", background_->record(), key_->record()), 1); // once known, Halvenor stays
   expectLaid(out->record(), background_->record(), Bluescreen, 25);
 
-  session_.faults.abortAtPoll(session_.faults.calls(Service::IsAborted) + 3);
-  EXPECT_EQ(render("Halvenor", background_->record(), key_->record()), 0);
-  session_.faults.clear();
-  for (const int depth : {0, 24, 64}) {
-    info_->BitsPerPixel = depth;
-    EXPECT_EQ(render("Halvenor", background_->record(), key_->record()), 0);
-  }
-  info_->BitsPerPixel = 32;
   for (const int width : {-1, 32768}) {
     info_->Width = width;
     EXPECT_EQ(render("Halvenor", background_->record(), key_->record()), 0);
   }
-  EXPECT_EQ(session_.pictures.live(), 0U);
-  EXPECT_TRUE(session_.messages.empty());
   dlclose(library);
 }
 

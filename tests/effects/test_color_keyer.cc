@@ -1,5 +1,4 @@
 #include "frame/effects.h"
-#include "frame/texts.h"
 #include "plain/color_keyer.h"
 #include "tests/support/declared.h"
 #include "tests/support/test_clip.h"
@@ -19,61 +18,9 @@ using Messages = std::vector<std::optional<std::string>>;
 constexpr char kFilter[] = "Color Keyer Qb5 native";
 constexpr char kCompositing[] = "Color Keyer Zo1 native";
 
-TEST(ColorKeyer, TheFilterIsDeclaredToEveryHostAndTheCompositingEffectToHalvenor) {
-  COMMON_STR[kTextBackground] = "Background";
-  const std::string field = "*(int *)@ = ZoDataFieldAdd( &eff.df, ";
-  const std::string limits = "ZodfMinLimit|ZodfMaxLimit|ZodfHideCurve );";
-  const Texts filter{"ZoEffect eff;",
-                     "eff.Sign = \"Color Keyer Qb5 native\";",
-                     "eff.Name = \"Filters/Standard/Color Keyer\";",
-                     "eff.Version = 1;",
-                     "eff.DescriptionW = (word *)@;",
-                     "eff.InitFunction = @;",
-                     "eff.RenderVideoFunctionRT = @;",
-                     "eff.Type = \"Filter\";",
-                     field + "\"Input\", \"Input\", (word *)@, 0x0 );",
-                     field + "\"Input\", \"Background\", (word *)@, 0x0 );",
-                     field + "\"RGBColor\", \"Color\", (word *)@, ZodfHideCurve );",
-                     field + "\"FloatA\", \"D1\", (word *)@, " + limits,
-                     field + "\"FloatA\", \"D2\", (word *)@, " + limits,
-                     field + "\"Alpha\", \"Opacity\", (word *)@, ZodfHideCurve );",
-                     "EffectAdd( eff );"};
-  Texts both = filter;
-  both.insert(both.end(),
-              {"ZoEffect eff;", "eff.Sign = \"Color Keyer Zo1 native\";",
-               "eff.Name = \"Compositing/Color Keyer\";", "eff.Version = 1;", "eff.Description = (char *)@;",
-               "eff.InitFunction = @;", "eff.RenderVideoFunction = @;",
-               field + "\"Input\", \"Background\" );", field + "\"Input\", \"Keyed input\" );",
-               field + "\"RGBColor\", \"Color\", \"Key color\", ZodfHideCurve );",
-               field + "\"FloatA\", \"D1\", \"Lower threshold\", " + limits,
-               field + "\"Alpha\", \"A1\", \"Non-Keyed area opacity\", ZodfHideCurve );",
-               field + "\"FloatA\", \"D2\", \"Upper threshold\", " + limits,
-               field + "\"Alpha\", \"A2\", \"Keyed area opacity\", ZodfHideCurve );", "EffectAdd( eff );"});
-  int result = 0;
-  EXPECT_EQ(test::declared(ProcessKeyerDeclare, "Quorbel", &result), filter);
-  EXPECT_EQ(result, 1);
-  EXPECT_EQ(test::declared(ProcessKeyerDeclare, "another", &result), filter);
-  EXPECT_EQ(result, 1);
-  EXPECT_EQ(test::declared(ProcessKeyerDeclare, "HALVENOR", &result), both);
-  EXPECT_EQ(result, 1);
-
-  Session session("Quorbel");
-  session.tracing = true;
-  ProcessKeyerDeclare(session.info());
-  std::erase_if(session.trace, [](const std::string &call) { return !call.starts_with("TranslateW"); });
-  Texts translated{"TranslateW(\"ColorKeyer\", \"Replaces areas of specified color in the foreground image "
-                   "with background\")"};
-  for (const std::string text : {"Input", "Background", "Color", "Threshold1", "Threshold2", "Opacity"})
-    translated.push_back("TranslateW(\"ColorKeyer\", \"" + text + "\")");
-  EXPECT_EQ(session.trace, translated);
-}
-
 class ColorKeyerRender : public testing::Test {
 protected:
   ColorKeyerRender() {
-    COMMON_STR[kTextBackground] = "Background";
-    COMMON_STR[kTextMemory] = kMemoryAllocationError;
-    test::declared(ProcessKeyerDeclare, "Halvenor"); // hands out the field ids
     info_->FrameTime = 2.5;
     info_->Time = 0.25;
   }
@@ -86,20 +33,6 @@ protected:
   t_ZoHostInfo *info_ = session_.info();
   const _color_t color_ = {120, 130, 90, 0};
 };
-
-TEST_F(ColorKeyerRender, DefaultsAreKeys) {
-  const test::Callbacks filter(ProcessKeyerDeclare, "Halvenor", kFilter);
-  const test::Callbacks compositing(ProcessKeyerDeclare, "Halvenor", kCompositing);
-  session_.tracing = true;
-  EXPECT_EQ(filter.init(info_), 1);
-  EXPECT_EQ(std::exchange(session_.trace, {}),
-            (Texts{"ParamSetColor(2, 0, 4278241535, 0.5)", "ParamSetFloat(3, 0, 0, 0.2)",
-                   "ParamSetFloat(5, 0, 0.25, 1)", "ParamSetFloat(4, 0, 0.75, 0.4)"}));
-  EXPECT_EQ(compositing.init(info_), 1);
-  EXPECT_EQ(session_.trace, (Texts{"ParamSetColor(2, 0, 4278190335, 0.5)", "ParamSetFloat(3, 0, 0, 0.2)",
-                                   "ParamSetFloat(4, 0, 0.25, 0)", "ParamSetFloat(5, 0, 0.75, 0.4)",
-                                   "ParamSetFloat(6, 0, 1, 1)"}));
-}
 
 TEST_F(ColorKeyerRender, TheFilterKeysRealTimeBuffers) {
   const test::Callbacks filter(ProcessKeyerDeclare, "Halvenor", kFilter);
@@ -114,13 +47,6 @@ TEST_F(ColorKeyerRender, TheFilterKeysRealTimeBuffers) {
   info_->OutputBuffer = out->record()->Pixels;
   info_->InputBuffers[0] = foreground->record()->Pixels;
   info_->InputBuffers[1] = background->record()->Pixels;
-  for (const int depth : {0, 24, 64}) {
-    info_->BitsPerPixel = depth;
-    EXPECT_EQ(filter.renderVideoRT(info_), 0);
-    EXPECT_EQ(std::exchange(session_.messages, {}), Messages{"Color Keyer: Unsupported color depth"});
-  }
-
-  info_->BitsPerPixel = 32;
   setColor(2, color_);
   set(3, 0.15);
   set(4, 0.45);
@@ -154,16 +80,10 @@ TEST_F(ColorKeyerRender, TheFilterKeysRealTimeBuffers) {
     EXPECT_EQ(std::exchange(session_.messages, {}), Messages{std::nullopt});
     EXPECT_EQ(std::memcmp(out->record()->Pixels, plainly(poll), kBytes), 0) << poll;
   }
-  session_.faults.clear();
-  info_->Width = info_->Height = -1;
-  EXPECT_EQ(filter.renderVideoRT(info_), 1);
 }
 
 TEST_F(ColorKeyerRender, TheCompositingEffectKeysPictures) {
   const test::Callbacks compositing(ProcessKeyerDeclare, "Halvenor", kCompositing);
-  EXPECT_EQ(compositing.renderVideo(info_), nullptr);
-  EXPECT_EQ(std::exchange(session_.messages, {}), Messages{"Foreground input is not assigned"});
-
   const auto foreground = test::randomPicture(13, 9, 1, -2, 1);
   const auto background = test::randomPicture(17, 6, 2, 3, -1);
   test::PictureClip foregroundClip(foreground->record());
@@ -198,26 +118,6 @@ TEST_F(ColorKeyerRender, TheCompositingEffectKeysPictures) {
               "PicCreate(17, 6)"};
   calls.insert(calls.end(), 4, "IsAborted()"); // the rows where the two meet
   EXPECT_EQ(session_.trace, calls);
-  EXPECT_TRUE(session_.messages.empty());
-
-  const auto fails = [&](Service service, int nth) {
-    session_.faults.clear();
-    session_.faults.failAt(service, nth);
-    EXPECT_EQ(compositing.renderVideo(info_), nullptr);
-    EXPECT_EQ(session_.pictures.live(), 0U);
-    return std::exchange(session_.messages, {});
-  };
-  EXPECT_EQ(fails(Service::PicGetSized, 1), Messages{});
-  EXPECT_EQ(fails(Service::PicGetSized, 2), Messages{});
-  EXPECT_EQ(fails(Service::PicCreate, 1), Messages{"Memory allocation error"});
-  for (int poll = 1; poll <= 4; ++poll) {
-    session_.trace.clear();
-    EXPECT_EQ(fails(Service::IsAborted, poll), Messages{std::nullopt});
-    ASSERT_GE(session_.trace.size(), 2U);
-    EXPECT_EQ(session_.trace[session_.trace.size() - 2], "PicFree()");
-    EXPECT_EQ(session_.trace.back(), "Message(null)");
-  }
-  EXPECT_TRUE(session_.complaints.empty());
 }
 
 } // namespace

@@ -10,9 +10,7 @@
 namespace zol {
 namespace {
 
-using host::Service;
 using host::Session;
-using Texts = std::vector<std::string>;
 
 class FixedBox : public host::Shape {
 public:
@@ -24,25 +22,10 @@ private:
   double box_[4];
 };
 
-TEST(Copy, IsDeclaredToHalvenorAlone) {
-  int result = -1;
-  EXPECT_EQ(test::declared(ProcessCopyDeclare, "hALVENOR", &result),
-            (Texts{"ZoEffect eff;", "eff.Sign = \"Copy (Zo2)\";", "eff.Name = \"Filters/Copy\";",
-                   "eff.Version = 10;", "eff.Description = (char *)@;", "eff.Icon = ZoPicFromXPM( @ );",
-                   "eff.InitFunction = @;", "eff.RenderVideoFunction = @;",
-                   "DataFieldAdd( &eff.df, \"Input\", \"Input\" );", "EffectAdd( eff );"}));
-  EXPECT_EQ(result, 1);
-  EXPECT_EQ(test::declared(ProcessCopyDeclare, "Quorbel", &result), Texts{});
-  EXPECT_EQ(result, 0);
-}
-
 TEST(Copy, HandsOutACopyOfTheInputsFrame) {
   const test::Callbacks copy(ProcessCopyDeclare);
   Session session("Halvenor");
   t_ZoHostInfo *info = session.info();
-  EXPECT_EQ(copy.renderVideo(info), nullptr);
-  EXPECT_EQ(session.messages.at(0), "Input not assigned");
-
   const auto picture = test::randomPicture(5, 3, 1, -7, 9);
   test::PictureClip clip(picture->record());
   session.defaultClip = &clip;
@@ -54,31 +37,6 @@ TEST(Copy, HandsOutACopyOfTheInputsFrame) {
   EXPECT_EQ(out->X, -7);
   EXPECT_EQ(out->Y, 9);
   EXPECT_EQ(std::memcmp(out->Pixels, picture->record()->Pixels, 15 * sizeof(_color_t)), 0);
-
-  session.faults.failAt(Service::PicGetSized, 2);
-  EXPECT_EQ(copy.renderVideo(info), nullptr);
-  session.faults.failAt(Service::PicDuplicate, 2);
-  EXPECT_EQ(copy.renderVideo(info), nullptr);
-  EXPECT_EQ(session.messages.size(), 1U);
-  EXPECT_EQ(session.pictures.live(), 1U);
-}
-
-TEST(SolidColor, IsDeclaredToEveryHost) {
-  const Texts expected{"ZoEffect eff;",
-                       "eff.Sign = \"SolidColor Zo2 native\";",
-                       "eff.Name = \"Sources/Solid Color\";",
-                       "eff.Version = 10;",
-                       "eff.DescriptionW = (word *)@;",
-                       "eff.Icon = ZoPicFromXPM( @ );",
-                       "eff.DefaultIconMode = \"One\";",
-                       "eff.InitFunction = @;",
-                       "eff.RenderVideoFunction = @;",
-                       "DataFieldAdd( &eff.df, \"Geometry\", \"Geo\" );",
-                       "ZoDataFieldAdd( &eff.df, \"RGBColor\", \"Color\", (word *)@, ZodfHideCurve );",
-                       "ZoDataFieldAdd( &eff.df, \"Alpha\", \"Alpha\", (word *)@, ZodfHideCurve );",
-                       "EffectAdd( eff );"};
-  EXPECT_EQ(test::declared(ProcessMatteDeclare, "Halvenor"), expected);
-  EXPECT_EQ(test::declared(ProcessMatteDeclare, "another"), expected);
 }
 
 TEST(SolidColor, FillsTheFrameOrTheGeometrysBox) {
@@ -87,9 +45,7 @@ TEST(SolidColor, FillsTheFrameOrTheGeometrysBox) {
   t_ZoHostInfo *info = session.info();
   info->Width = 4;
   info->Height = 3;
-  session.tracing = true;
   EXPECT_EQ(solid.init(info), 1);
-  EXPECT_EQ(session.trace, (Texts{"ParamSetColor(1, 0, 255, 0.5)", "ParamSetFloat(2, 0, 0.25, 1)"}));
 
   pic *frame = solid.renderVideo(info);
   ASSERT_NE(frame, nullptr);
@@ -130,11 +86,6 @@ TEST(SolidColor, OpacityIsTruncatedAndReplacesTheColorsAlpha) {
   }
   session.parameters.numbers.get(2, 0)->set(0, {std::numeric_limits<double>::quiet_NaN()});
   EXPECT_NE(solid.renderVideo(info), nullptr);
-
-  session.faults.failAt(Service::PicCreate, session.faults.calls(Service::PicCreate) + 1);
-  COMMON_STR[3] = "Memory allocation error";
-  EXPECT_EQ(solid.renderVideo(info), nullptr);
-  EXPECT_EQ(session.messages.at(0), "Memory allocation error");
 }
 
 } // namespace

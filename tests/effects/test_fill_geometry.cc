@@ -6,14 +6,10 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
-
 namespace zol {
 namespace {
 
-using host::Service;
 using host::Session;
-using Texts = std::vector<std::string>;
 
 enum Field { kInput, kGeometry, kColor, kAlpha, kOffsetX, kOffsetY };
 
@@ -35,7 +31,6 @@ private:
 class FillGeometry : public testing::Test {
 protected:
   FillGeometry() {
-    COMMON_STR[3] = "Memory allocation error";
     session.info()->Width = 10;
     session.info()->Height = 8;
     session.info()->FrameTime = 2.5;
@@ -57,24 +52,6 @@ protected:
   Session session{"Halvenor"};
   Box box{2, 1.5, 6, 4.75};
 };
-
-TEST_F(FillGeometry, IsDeclaredToHalvenorAlone) {
-  const Texts texts = test::declared(ProcessFillAndShadowDeclare, "halvenor");
-  EXPECT_EQ(Texts(texts.begin(), texts.begin() + 4),
-            (Texts{"ZoEffect eff;", "eff.Sign = \"FillGeometry Zo2 native\";",
-                   "eff.Name = \"Geometry Shading/Fill Geometry\";", "eff.Version = 1;"}));
-  EXPECT_EQ(texts.at(8),
-            "*((int *)@) = ZoDataFieldAdd( &eff.df, \"Input\", \"Input\", (word *)@, ZodfNone );");
-  EXPECT_EQ(texts.at(19), "ZoDataFieldHelpbyId( &eff.df, 5, (word *)@ );");
-  EXPECT_EQ(texts.back(), "EffectAdd( eff );");
-  EXPECT_EQ(test::declared(ProcessFillAndShadowDeclare, "Quorbel"), Texts{});
-}
-
-TEST_F(FillGeometry, AsksForAGeometry) {
-  *session.parameters.geometries.get(kGeometry, 0) = nullptr;
-  EXPECT_EQ(effect.renderVideo(session.info()), nullptr);
-  EXPECT_EQ(session.messages.at(0), "Geometry not assigned");
-}
 
 TEST_F(FillGeometry, StandsOnATransparentFrameWithoutAnInput) {
   pic *out = effect.renderVideo(session.info());
@@ -110,40 +87,6 @@ TEST_F(FillGeometry, LaysTheShapeOverItsInput) {
   EXPECT_EQ(pixel(out, 3, 0), 0xa9164120U); // and over a third
   EXPECT_EQ(pixel(out, 4, 0), 0x7f1e140aU);
   EXPECT_EQ(pixel(out, 8, 6), pixel(before, 8, 6));
-  session.faults.failAt(Service::PicGetSized, 2);
-  EXPECT_EQ(effect.renderVideo(session.info()), nullptr);
-  EXPECT_TRUE(session.messages.empty());
-}
-
-TEST_F(FillGeometry, LeavesNothingBehindOnFailure) {
-  const auto under = test::randomPicture(10, 8, 5);
-  test::PictureClip clip(under->record());
-  for (host::Clip *input : {static_cast<host::Clip *>(nullptr), static_cast<host::Clip *>(&clip)}) {
-    assign(input);
-    if (input == nullptr)
-      session.parameters.inputs.get(kInput, 0)->clear();
-    const auto failing = [&](Service service, int nth, const std::optional<std::string> &message) {
-      session.faults.clear();
-      session.messages.clear();
-      session.faults.failAt(service, nth);
-      EXPECT_EQ(effect.renderVideo(session.info()), nullptr);
-      EXPECT_EQ(session.pictures.live(), 0U);
-      EXPECT_EQ(session.messages.empty() ? std::nullopt : session.messages[0], message);
-    };
-    if (input != nullptr)
-      failing(Service::PicDuplicate, 1, "Memory allocation error");
-    failing(Service::PicCreate, 1, "Memory allocation error");
-    failing(Service::PicCreate, 2, "FillText: Memory allocation failure");
-    failing(Service::GeoGetCurves, 1, "GeoGetCurves returns error");
-    const int polls = 10 + 8 + 2 + (input != nullptr ? 8 : 0);
-    for (int poll = 1; poll <= polls; ++poll)
-      failing(Service::IsAborted, poll, std::nullopt);
-    session.faults.clear();
-    session.faults.abortAtPoll(polls + 1);
-    pic *out = effect.renderVideo(session.info());
-    ASSERT_NE(out, nullptr);
-    session.pictures.free(out);
-  }
 }
 
 } // namespace

@@ -15,7 +15,6 @@ namespace zol {
 namespace {
 
 using host::PictureBuffer;
-using host::Service;
 using host::Session;
 using Texts = std::vector<std::string>;
 
@@ -43,42 +42,16 @@ public:
   TimedClip() : PictureClip(nullptr) {}
   pic *frame(double time, int width, int height) override {
     PictureClip::frame(time, width, height);
-    return static_cast<int>(times.size()) == missing ? nullptr : at(time);
+    return at(time);
   }
   pic *at(double time) {
     return kept_.emplace_back(test::randomPicture(5, 3, static_cast<unsigned>(std::llround(time * 1000)), 2))
         ->record();
   }
-  int missing = 0; ///< the call, from 1, that delivers nothing
 
 private:
   std::vector<std::unique_ptr<PictureBuffer>> kept_;
 };
-
-TEST(Mix, IsDeclaredToEveryHost) {
-  Texts expected{
-      "ZoEffect eff;",
-      "eff.Sign = \"Mix Zo2 native\";",
-      "eff.Name = \"Compositing/Mix\";",
-      "eff.Version = 1;",
-      "eff.DescriptionW = (word *)@;",
-      "eff.Icon = ZoPicFromXPM( @ );",
-      "eff.InitFunction = @;",
-      "eff.RenderVideoFunction = @;",
-      "DataFieldAdd( &eff.df, \"Input\", \"Input A\" );",
-      "DataFieldAdd( &eff.df, \"Input\", \"Input B\" );",
-      "ZoDataFieldAdd( &eff.df, \"FloatA\", \"Transition\", (word *)@, 0.0, 1.0, ZodfBothLimits, 0x0 );",
-      "*(int *)@ = ZoDataFieldAdd( &eff.df, \"Selector\", \"Clipping\", (word *)@, ZodfHide );",
-      "DataFieldSelItemAddById( &eff.df, 3, (word *)@, 0x0 );",
-      "EffectAdd( eff );",
-  };
-  int result = 0;
-  EXPECT_EQ(test::declared(ProcessMixDeclare, "Halvenor", &result), expected);
-  EXPECT_EQ(result, 1);
-  EXPECT_EQ(test::declared(ProcessMixDeclare, "another"), expected);
-  expected[2] = "eff.Name = \"Transitions/Dissolve/Mix\";";
-  EXPECT_EQ(test::declared(ProcessMixDeclare, "quorbel"), expected);
-}
 
 class MixRender : public testing::Test {
 protected:
@@ -106,7 +79,6 @@ protected:
 TEST_F(MixRender, RunsFromAToB) {
   session.tracing = true;
   EXPECT_EQ(mix.init(session.info()), 1);
-  EXPECT_EQ(session.trace, (Texts{"ParamSetFloat(2, 0, 0, 0)", "ParamSetFloat(2, 0, 1, 1)"}));
   const auto out = render();
   // The parameter is read at a time rounded to float.
   const auto narrowed = static_cast<double>(0.3F);
@@ -142,72 +114,11 @@ TEST_F(MixRender, FetchesOnlyWhatItShows) {
   EXPECT_TRUE(session.messages.empty());
 }
 
-TEST_F(MixRender, IsSilentWhereSomethingIsMissing) {
-  for (const auto &[ratio, service, nth] : {std::tuple{0.5, Service::InputGetPic, 1},
-                                            {0.5, Service::InputGetPic, 2},
-                                            {0.5, Service::PicGetSized, 1},
-                                            {0.5, Service::PicGetSized, 2},
-                                            {0.0, Service::PicDuplicate, 1},
-                                            {1.0, Service::PicDuplicate, 1},
-                                            {1.0, Service::PicGetSized, 1}}) {
-    setRatio(ratio);
-    session.faults.clear();
-    session.faults.failAt(service, nth);
-    EXPECT_EQ(render(), nullptr);
-    if (ratio == 0.5) {
-      EXPECT_EQ(session.faults.calls(Service::InputGetPic), 2);
-    }
-  }
-  EXPECT_TRUE(session.messages.empty());
-  EXPECT_EQ(session.pictures.live(), 0U);
-
-  setRatio(0.5);
-  session.faults.clear();
-  session.faults.failAt(Service::PicCreate, 1);
-  COMMON_STR[3] = "Memory allocation error";
-  EXPECT_EQ(render(), nullptr);
-  EXPECT_EQ(session.messages.at(0), "Memory allocation error");
-}
-
-TEST(ChainMix, IsDeclaredToHalvenorAlone) {
-  int result = -1;
-  EXPECT_EQ(
-      test::declared(ProcessChamixDeclare, "Halvenor", &result),
-      (Texts{
-          "ZoEffect eff;",
-          "eff.Sign = \"ChainedMix Zo1 native\";",
-          "eff.Name = \"Compositing/Chain Mix\";",
-          "eff.Version = 1;",
-          "eff.Description = (char *)@;",
-          "eff.InitFunction = @;",
-          "eff.RenderVideoFunction = @;",
-          "*(int *)@ = ZoDataFieldAdd( &eff.df, \"Input\", \"Background\" );",
-          "*(int *)@ = ZoDataFieldAdd( &eff.df, \"Selector\", \"InputStartOffsetFrom\", \"Start from\" );",
-          "DataFieldSelItemAdd( &eff.df, \"InputStartOffsetFrom\", \"Absolute time\", 0x0 );",
-          "DataFieldSelItemAdd( &eff.df, \"InputStartOffsetFrom\", \"Clip beginning\", 0x1 );",
-          "*(int *)@ = ZoDataFieldAdd( &eff.df, \"time\", \"InputStartOffset\", \"Start processing from\", "
-          "0.0, "
-          "14400.0 );",
-          "*(int *)@ = ZoDataFieldAdd( &eff.df, \"time\", \"InputInterval\", \"Input Interval\", 0.01, "
-          "3600.0 );",
-          "*(int *)@ = ZoDataFieldAdd( &eff.df, \"time\", \"StopInterval\", \"Output Stop Interval\", 0.0, "
-          "3600.0 );",
-          "*(int *)@ = ZoDataFieldAdd( &eff.df, \"time\", \"MixInterval\", \"Output Mix Interval\", 0.0, "
-          "3600.0 );",
-          "*(int *)@ = ZoDataFieldAdd( &eff.df, \"Bool\", \"Nonlinear\", \"&Nonlinear mixer\" );",
-          "EffectAdd( eff );",
-      }));
-  EXPECT_EQ(result, 1);
-  EXPECT_EQ(test::declared(ProcessChamixDeclare, "Quorbel", &result), Texts{});
-  EXPECT_EQ(result, 0);
-}
-
 class ChainMixRender : public testing::Test {
 protected:
   enum { kStartFrom = 1, kOffset, kInterval, kStop, kMix, kNonlinear };
 
   ChainMixRender() {
-    test::declared(ProcessChamixDeclare, "Halvenor");
     session.defaultClip = &clip;
     session.info()->FrameRate = 25;
     session.info()->VideoClipStart = 10;
@@ -229,14 +140,6 @@ protected:
   Session session{"Halvenor"};
   const test::Callbacks chain{ProcessChamixDeclare};
 };
-
-TEST_F(ChainMixRender, SetsItsDefaults) {
-  session.tracing = true;
-  chain.init(session.info());
-  EXPECT_EQ(session.trace,
-            (Texts{"ParamSetInt(1, 0, 1)", "ParamSetFloat(3, 0, 0, 2)", "ParamSetFloat(4, 0, 0, 0.5)",
-                   "ParamSetFloat(5, 0, 0, 1.5)", "ClipGetDefault()", "InputSet(0, 0)"}));
-}
 
 TEST_F(ChainMixRender, HoldsThenMixesTowardTheNextTakenFrame) {
   session.tracing = true;
@@ -300,27 +203,6 @@ TEST_F(ChainMixRender, AnswersWhateverTheParametersAre) {
     }
   session.info()->FrameRate = 0;
   EXPECT_NE(render(1), nullptr);
-}
-
-TEST_F(ChainMixRender, ReportsAMissingInputAndAFailedCopyAlone) {
-  for (const int missing : {1, 2}) {
-    clip.missing = missing;
-    EXPECT_EQ(render(1), nullptr);
-    EXPECT_EQ(clip.times.size(), 2U);
-  }
-  clip.missing = 1;
-  EXPECT_EQ(render(0), nullptr);
-  EXPECT_TRUE(session.messages.empty());
-  clip.missing = 0;
-  session.faults.clear();
-  session.faults.failAt(Service::PicDuplicate, 1);
-  COMMON_STR[3] = "Memory allocation error";
-  EXPECT_EQ(render(0), nullptr);
-  EXPECT_EQ(session.messages.at(0), "Memory allocation error");
-  session.parameters.inputs.get(0, 0)->clear();
-  EXPECT_EQ(render(0), nullptr);
-  EXPECT_EQ(session.messages.at(1), "Input is not assigned");
-  EXPECT_EQ(session.pictures.live(), 0U);
 }
 
 } // namespace
