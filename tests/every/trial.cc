@@ -218,7 +218,12 @@ Trial::Trial(const Subject &subject, const Setup &setup)
                                                               unsigned(i) + 1, i == 2 ? 1 : 2));
   };
   addClip();
-  instance_ = std::make_unique<host::Instance>(effect_, subject.identity, clips_[0].get());
+  host::Timeline timeline;
+  timeline.width = setup.width;
+  timeline.height = setup.height;
+  timeline.pixelAspect = 16.0 / 15;
+  timeline.sampleRate = setup.rate;
+  instance_ = std::make_unique<host::Instance>(effect_, subject.identity, timeline, clips_[0].get());
   instance_->openDialog();
   std::vector<host::Clip *> assigned;
   for (size_t f = 0; f < effect_.fields.size(); ++f) {
@@ -243,12 +248,7 @@ Trial::Trial(const Subject &subject, const Setup &setup)
 
   t_ZoHostInfo &info = *session().info();
   info.Services = servicesWithRubbish();
-  info.Width = setup.width;
-  info.Height = setup.height;
-  info.PixelAspect = 16.0 / 15;
   info.VideoClipStart = 0.04;
-  info.AudioFormat[0] = setup.rate;
-  info.AudioFormat[1] = 2;
 }
 
 void Trial::setNumber(int field, int item, double value) {

@@ -2,7 +2,7 @@
 // what any render must keep.
 #pragma once
 
-#include "host/model/instance.h"
+#include "host/render/instance.h"
 #include "host/script/library.h"
 
 #include <cstdint>
