@@ -25,7 +25,8 @@ const uint8_t *bytesOf(const Frame &frame) { return reinterpret_cast<const uint8
 uint8_t *bytesOf(Frame &frame) { return reinterpret_cast<uint8_t *>(frame.data()); }
 
 std::vector<BlockVector> search(const FieldPair &field, const BlockGrid &grid, bool quickly) {
-  std::vector<uint16_t> memory(quickly ? BlockFinder::bytesFor(field) / sizeof(uint16_t) : 0);
+  const auto entries = static_cast<size_t>(BlockFinder::bytesFor(field) / sizeof(uint16_t));
+  std::vector<uint16_t> memory(quickly ? entries : 0);
   std::vector<BlockVector> vectors(grid.count());
   BlockFinder(field, grid, quickly ? memory.data() : nullptr).find(0, vectors.size(), vectors.data());
   return vectors;
