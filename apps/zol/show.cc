@@ -2,6 +2,7 @@
 
 #include "apps/zol/commands.h"
 
+#include "host/media/process.h"
 #include "host/model/text.h"
 #include "host/render/instance.h"
 #include "host/script/library.h"
@@ -9,6 +10,8 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <map>
+#include <regex>
 
 namespace zol::command {
 namespace {
@@ -77,6 +80,80 @@ nlohmann::json fieldJson(const Field &field, const std::string &value) {
   return json;
 }
 
+// ---- Markdown ----
+
+/// In one line, for a cell of a table.
+std::string cell(const std::string &marked) {
+  const std::string line = std::regex_replace(plainText(marked), std::regex("\\s*\n\\s*"), " ");
+  return std::regex_replace(line, std::regex("\\|"), "\\|");
+}
+
+std::string listOf(const std::vector<std::string> &words, const char *separator = ", ") {
+  std::string text;
+  for (const std::string &word : words)
+    text += (text.empty() ? "" : separator) + word;
+  return text;
+}
+
+/// Under which name which host has the effect. Declares all effects anew: no instance outlives it.
+std::string hostsText(const std::string &library, const std::string &sign) {
+  std::map<std::string, std::vector<std::string>> hosts;
+  for (const char *identity : {"Halvenor", "Quorbel", "any other host"}) {
+    const host::EffectLibrary declared(library, identity);
+    for (const host::Effect &effect : declared.registry().effects())
+      if (effect.sign == sign)
+        hosts["`" + effect.name + "`"].emplace_back(identity);
+  }
+  std::vector<std::string> names;
+  for (const auto &[name, identities] : hosts)
+    names.push_back(name + " under " + (identities.size() == 3 ? "every host" : listOf(identities, " and ")));
+  return listOf(names);
+}
+
+std::string callbacksText(const host::Effect &effect) {
+  std::vector<std::string> names;
+  const auto add = [&](bool has, const char *name) {
+    if (has)
+      names.emplace_back(name);
+  };
+  add(effect.renderVideo != nullptr, "pictures");
+  add(effect.renderVideoRT != nullptr, "pictures in real time");
+  add(effect.renderAudio != nullptr, "sound");
+  add(effect.onDialogOpen != nullptr || effect.onDialogItemEdit != nullptr, "dialog");
+  return listOf(names);
+}
+
+void showMarkdown(const HostOptions &options, const std::string &wanted) {
+  const host::EffectLibrary library(options.libraryFile(), options.host);
+  const host::Effect &effect = library.effect(wanted);
+  host::Instance instance(effect, options.host);
+  instance.openDialog();
+  std::printf("# %s\n\n", effect.name.substr(effect.name.rfind('/') + 1).c_str());
+  const std::string description = std::regex_replace(plainText(effect.description), std::regex(" +\n"), "\n");
+  if (!description.empty())
+    std::printf("%s\n\n", std::string(host::trimmed(description)).c_str());
+  std::printf("| field | kind | takes | default | |\n|---|---|---|---|---|\n");
+  for (size_t i = 0; i < effect.fields.size(); ++i) {
+    const Field &field = effect.fields[i];
+    if (isHidden(field))
+      continue;
+    std::vector<std::string> items;
+    for (const host::Item &item : field.items)
+      items.push_back(cell(item.text));
+    for (const std::string &item : instance.datasetItems(static_cast<int>(i)))
+      items.push_back("set as " + cell(item));
+    std::string help = cell(field.help);
+    if (!field.label.empty() && field.label != field.name)
+      help = "shown as \"" + cell(field.label) + "\"" + (help.empty() ? "" : ". ") + help;
+    std::printf("| %s | %s | %s%s%s | %s | %s |\n", cell(field.name).c_str(), field.kind.c_str(),
+                takes(field).c_str(), items.empty() ? "" : " ", listOf(items).c_str(),
+                cell(instance.valueText(static_cast<int>(i))).c_str(), help.c_str());
+  }
+  std::printf("\nSign `%s`, version %d, declared as %s. Callbacks: %s.\n", effect.sign.c_str(),
+              effect.version, hostsText(options.libraryFile(), effect.sign).c_str(),
+              callbacksText(effect).c_str());
+}
+
 void show(const HostOptions &options, const std::string &wanted, bool json) {
   const host::EffectLibrary library(options.libraryFile(), options.host);
   const host::Effect &effect = library.effect(wanted);
@@ -129,10 +206,12 @@ void addShow(CLI::App &zol) {
   const auto options = std::make_shared<HostOptions>();
   const auto effect = std::make_shared<std::string>();
   const auto json = std::make_shared<bool>(false);
+  const auto markdown = std::make_shared<bool>(false);
   app->add_option("effect", *effect, "The effect, by its name or a unique ending of it")->required();
   options->addTo(*app);
   app->add_flag("--json", *json, "As JSON");
-  app->callback([=] { show(*options, *effect, *json); });
+  app->add_flag("--markdown", *markdown, "As its page of the documentation")->excludes("--json");
+  app->callback([=] { *markdown ? showMarkdown(*options, *effect) : show(*options, *effect, *json); });
 }
 
 } // namespace zol::command
