@@ -25,7 +25,7 @@ public:
   ///   toggles         on, off
   ///   selectors       an item's text or value
   ///   colours         #rrggbb or #rrggbbaa, or keys of them
-  ///   geometries      SVG path data, or @file.svg
+  ///   geometries      SVG path data, or @file.svg with all its shapes
   /// Throws HostError for what the field does not take.
   void set(std::string_view name, std::string_view value);
 
