@@ -126,7 +126,7 @@ std::string callbacksText(const host::Effect &effect) {
 void showMarkdown(const HostOptions &options, const std::string &wanted) {
   const host::EffectLibrary library(options.libraryFile(), options.host);
   const host::Effect &effect = library.effect(wanted);
-  host::Instance instance(effect, options.host);
+  host::Instance instance(effect, options.host, host::Timeline());
   instance.openDialog();
   std::printf("# %s\n\n", effect.name.substr(effect.name.rfind('/') + 1).c_str());
   const std::string description = std::regex_replace(plainText(effect.description), std::regex(" +\n"), "\n");

@@ -5,7 +5,8 @@
 
 namespace zol::host {
 
-Matrix operator*(const Matrix &m, const Matrix &n) {
+Matrix operator*(const Matrix &outer, const Matrix &inner) {
+  const Matrix &m = outer, &n = inner;
   return {m.a * n.a + m.c * n.b, m.b * n.a + m.d * n.b,       m.a * n.c + m.c * n.d,
           m.b * n.c + m.d * n.d, m.a * n.e + m.c * n.f + m.e, m.b * n.e + m.d * n.f + m.f};
 }

@@ -23,8 +23,8 @@ public:
   Session &session() { return session_; }
 
   /// Sets a field by its name or label (without regard to case), or an item of a data set by the item's name,
-  /// to a value as users write it (host/model/values.h); a geometry to SVG path data or @file.svg. Throws
-  /// HostError for what the field does not take.
+  /// to a value as users write it (host/model/values.h); a geometry to SVG path data or all of @file.svg.
+  /// Throws HostError for what the field does not take.
   void set(std::string_view name, std::string_view value);
 
   /// What settings left out of the files that they name, a line each.
