@@ -109,10 +109,7 @@ int UnionMix::band(int y) const {
   return rows;
 }
 
-void blendPixels(const _color_t *a, const _color_t *b, float ratio, _color_t *out, int width) {
-  const int weightB = weightOf(ratio);
-  const auto row = withinOne(weightB) ? ZOL_SELECT(blendRow) : blendRowWrapped;
-  row(a, b, out, width, weightB);
-}
+RowBlend::RowBlend(float ratio)
+    : weightB_(weightOf(ratio)), run_(withinOne(weightB_) ? ZOL_SELECT(blendRow) : blendRowWrapped) {}
 
 } // namespace zol

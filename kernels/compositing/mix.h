@@ -27,7 +27,18 @@ private:
   _color_t *out_;
 };
 
-/// Mixes `width` pixels, truncated one by one; what does not fit a channel wraps.
-void blendPixels(const _color_t *a, const _color_t *b, float ratio, _color_t *out, int width);
+/// Mixes pixels that are truncated one by one; what does not fit a channel wraps.
+class RowBlend {
+public:
+  explicit RowBlend(float ratio);
+
+  void operator()(const _color_t *a, const _color_t *b, _color_t *out, int width) const {
+    run_(a, b, out, width, weightB_);
+  }
+
+private:
+  int weightB_;
+  void (*run_)(const _color_t *a, const _color_t *b, _color_t *out, int width, int weightB);
+};
 
 } // namespace zol

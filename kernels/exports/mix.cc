@@ -26,11 +26,12 @@ ZOL_EXPORT pic *mix_pics_intersect(pic *a, pic *b, float ratio, t_ZoHostInfo *ho
   if (!out)
     return nullptr;
   zol::placeAt(*out, area);
+  const zol::RowBlend blend(ratio);
   const bool finished = zol::forEachRow(host, area.height(), [&](int row) {
     const int y = area.top + row;
     if (area.width() > 0)
-      zol::blendPixels(zol::pixelAt(*a, area.left, y), zol::pixelAt(*b, area.left, y), ratio,
-                       out->Pixels + area.index(area.left, y), area.width());
+      blend(zol::pixelAt(*a, area.left, y), zol::pixelAt(*b, area.left, y),
+            out->Pixels + area.index(area.left, y), area.width());
   });
   return finished ? out.release() : nullptr;
 }
