@@ -113,13 +113,9 @@ ZOL_BENCH(screen, shrink_sse2, 4, 0, SimdLevel::sse2);
 ZOL_BENCH(screen, noiseclean_sse2, 0, 19.2F, SimdLevel::sse2);
 ZOL_BENCH(colorKey, background_sse2, SimdLevel::sse2);
 ZOL_BENCH(screen, matte_avx2, 0, 0, SimdLevel::avx2);
-ZOL_BENCH(screen, matte_avx512, 0, 0, SimdLevel::avx512);
 ZOL_BENCH(screen, shrink_avx2, 4, 0, SimdLevel::avx2);
-ZOL_BENCH(screen, shrink_avx512, 4, 0, SimdLevel::avx512);
 ZOL_BENCH(screen, noiseclean_avx2, 0, 19.2F, SimdLevel::avx2);
-ZOL_BENCH(screen, noiseclean_avx512, 0, 19.2F, SimdLevel::avx512);
 ZOL_BENCH(colorKey, background_avx2, SimdLevel::avx2);
-ZOL_BENCH(colorKey, background_avx512, SimdLevel::avx512);
 
 } // namespace
 

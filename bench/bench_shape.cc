@@ -70,8 +70,6 @@ void fill(benchmark::State &state, zol::test::Outline (*make)(), Fill *function,
   BENCHMARK_CAPTURE(fill, name##_sse2, make, FillShapeXYOffset, zol::SimdLevel::sse2, colour)                \
       ->Unit(benchmark::kMillisecond);                                                                       \
   BENCHMARK_CAPTURE(fill, name##_avx2, make, FillShapeXYOffset, zol::SimdLevel::avx2, colour)                \
-      ->Unit(benchmark::kMillisecond);                                                                       \
-  BENCHMARK_CAPTURE(fill, name##_avx512, make, FillShapeXYOffset, zol::SimdLevel::avx512, colour)            \
       ->Unit(benchmark::kMillisecond)
 
 ZOL_FILL(path_of_500_cubics, path500, 0xffc08040U);

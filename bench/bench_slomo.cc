@@ -76,7 +76,6 @@ int main(int argc, char **argv) {
         add("plain", inBetween<Plain>, SimdLevel::sse2)->Iterations(1);
       add("sse2", inBetween<Fast>, SimdLevel::sse2);
       add("avx2", inBetween<Fast>, SimdLevel::avx2);
-      add("avx512", inBetween<Fast>, SimdLevel::avx512);
     }
   benchmark::RunSpecifiedBenchmarks();
 }

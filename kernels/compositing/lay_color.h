@@ -9,6 +9,6 @@ namespace zol {
 /// Lays the colour (0xRRGGBB) over `count` pixels with the alphas of the mask. With m the mask's and d the
 /// pixel's alpha, w = 255 m and v = d (255 - m): the alpha becomes (w + v) / 255 and every colour channel
 /// (w colour + v pixel) / (w + v), both truncated. Where m is 0 the pixel stays as it is.
-ZOL_LEVELS(void layColor(_color_t *pixels, const _color_t *mask, int count, unsigned colour);)
+ZOL_LEVELS_TO(avx2, void layColor(_color_t *pixels, const _color_t *mask, int count, unsigned colour);)
 
 } // namespace zol

@@ -17,11 +17,11 @@ constexpr int kDifferences = 511;
 // composeRow  lays `key` on `out` by byMatte's weight and alpha of the matte in its alpha, the key channel
 //             held down to the larger of the other two.
 // keyRow      both at once: lays `key` on `out` by those of the difference in `source`.
-ZOL_LEVELS(void matteRow(KeyChannel channel, const _color_t *source, _color_t *out, int width,
-                         const WeightAndAlpha *byDifference);
-           void composeRow(KeyChannel channel, const _color_t *key, _color_t *out, int width,
-                           const WeightAndAlpha *byMatte);
-           void keyRow(KeyChannel channel, const _color_t *source, const _color_t *key, _color_t *out,
-                       int width, const WeightAndAlpha *byDifference);)
+ZOL_LEVELS_TO(avx2, void matteRow(KeyChannel channel, const _color_t *source, _color_t *out, int width,
+                                  const WeightAndAlpha *byDifference);
+              void composeRow(KeyChannel channel, const _color_t *key, _color_t *out, int width,
+                              const WeightAndAlpha *byMatte);
+              void keyRow(KeyChannel channel, const _color_t *source, const _color_t *key, _color_t *out,
+                          int width, const WeightAndAlpha *byDifference);)
 
 } // namespace zol

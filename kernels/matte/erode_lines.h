@@ -23,7 +23,8 @@ struct ErodeReach {
 
 /// Erodes `count` lines of `lanes` bytes from src into dst, which do not overlap. Lines outside do not
 /// erode. The work does not depend on the reach.
-ZOL_LEVELS(void erodeLines(const uint8_t *src, ptrdiff_t srcStride, int count, int lanes,
-                           const ErodeReach &reach, uint8_t *work, uint8_t *dst, ptrdiff_t dstStride);)
+ZOL_LEVELS_TO(avx2,
+              void erodeLines(const uint8_t *src, ptrdiff_t srcStride, int count, int lanes,
+                              const ErodeReach &reach, uint8_t *work, uint8_t *dst, ptrdiff_t dstStride);)
 
 } // namespace zol

@@ -8,11 +8,11 @@
 
 namespace zol {
 
-ZOL_LEVELS(
-    /// keys = the words' keys, made non-zero by bit 0.
-    void rowKeys(const uint8_t *pic, unsigned words, uint32_t *keys);
-    /// The same for the words whose keys differ in a and b, those of b; 0 for the others.
-    void changedRowKeys(const uint8_t *a, const uint8_t *b, unsigned words, uint32_t *keys);)
+ZOL_LEVELS_TO(avx2,
+              /// keys = the words' keys, made non-zero by bit 0.
+              void rowKeys(const uint8_t *pic, unsigned words, uint32_t *keys);
+              /// The same for the words whose keys differ in a and b, those of b; 0 for the others.
+              void changedRowKeys(const uint8_t *a, const uint8_t *b, unsigned words, uint32_t *keys);)
 
 namespace slomo {
 

@@ -12,7 +12,7 @@ inline constexpr int kSearchLanes = 16;
 /// a, b, c, d reaches `line`; then the other coordinate's value there, from its ends and Hermite tangents.
 /// A decreasing cubic is searched with coefficients and line negated, which negates every intermediate.
 struct CrossingSearch {
-  alignas(64) double a[kSearchLanes], b[kSearchLanes], c[kSearchLanes], d[kSearchLanes];
+  alignas(32) double a[kSearchLanes], b[kSearchLanes], c[kSearchLanes], d[kSearchLanes];
   double line[kSearchLanes];
   double low[kSearchLanes], high[kSearchLanes];
   double q0[kSearchLanes], q1[kSearchLanes], t0[kSearchLanes], t1[kSearchLanes];
@@ -20,6 +20,6 @@ struct CrossingSearch {
 
 /// Writes kSearchLanes crossings. A lane stops once it is within 1e-4 of its line or its interval is
 /// narrower than 1e-6, and stands still while others go on.
-ZOL_LEVELS(void searchCrossings(const CrossingSearch *search, double *crossings);)
+ZOL_LEVELS_TO(avx2, void searchCrossings(const CrossingSearch *search, double *crossings);)
 
 } // namespace zol

@@ -20,7 +20,7 @@ struct RowEdges {
 /// it. `columns` are the spans of the width + 1 lines between the columns, from which the coverages of left
 /// and right edges are taken; spans that end above `row` are dropped from their fronts, so that rows must
 /// come in ascending order.
-ZOL_LEVELS(void blendShapeRow(_color_t *pixels, int width, int row, const RowEdges *edges,
-                              CrossingLine *columns, unsigned colour);)
+ZOL_LEVELS_TO(avx2, void blendShapeRow(_color_t *pixels, int width, int row, const RowEdges *edges,
+                                       CrossingLine *columns, unsigned colour);)
 
 } // namespace zol

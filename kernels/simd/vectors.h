@@ -2,7 +2,7 @@
 //
 // Arithmetic, comparisons, bits, shifts and ?: are the compiler's own: lane by lane, integers modulo their
 // width, a constant beside a vector in every lane. A comparison gives a mask, all bits of a lane set where it
-// holds. The functions here are what has no sign of its own.
+// holds; ! of one holds for what is not a number, too. The functions here are what has no sign of its own.
 //
 // "Block by block" operations move data between lanes within every 16 bytes; low and high are the halves of
 // each block. What one of them takes apart another puts together in the same order.
@@ -18,6 +18,7 @@
 #include <immintrin.h>
 #pragma GCC diagnostic pop
 #include <type_traits>
+#include <utility>
 
 namespace zol::ZOL_LEVEL {
 namespace {
@@ -181,7 +182,7 @@ template <class Vec> inline Vec absoluteDifference(Vec a, Vec b) {
   return subSaturated(a, b) | subSaturated(b, a);
 }
 
-/// a where the mask is set, else b. Cheaper than ?: where the mask was not just compared.
+/// a where the mask is set, else b. For masks that are not a comparison themselves, which ?: takes apart.
 template <class Mask, class Vec> inline Vec select(Mask mask, Vec a, Vec b) {
   return as<Vec>((mask & as<Mask>(a)) | (~mask & as<Mask>(b)));
 }
@@ -210,9 +211,12 @@ inline I16xN mulAddPairs(U8xN a, I8xN b) {
 }
 #endif
 
+template <class Vec, int... i> inline Vec duplicateEvens(Vec v, std::integer_sequence<int, i...>) {
+  return __builtin_shufflevector(v, v, (i & ~1)...);
+}
 /// The even lanes, each in its own place and in the next.
-inline U16xN duplicateEvens(U16xN v) {
-  return as<U16xN>(ZOL_V(shufflehi_epi16)(ZOL_V(shufflelo_epi16)(as<Register>(v), 0xA0), 0xA0));
+template <class Vec> inline Vec duplicateEvens(Vec v) {
+  return duplicateEvens(v, std::make_integer_sequence<int, kLanes<Vec>>());
 }
 
 // ---- Between lanes, block by block ----
