@@ -29,7 +29,9 @@ function(zol_add_levels name objects options)
       add_library(${name}_${level} OBJECT ${ARGN})
       list(TRANSFORM ZOL_NEEDS_${level} PREPEND "-m" OUTPUT_VARIABLE flags)
       target_compile_definitions(${name}_${level} PRIVATE ZOL_LEVEL=${level})
-      target_compile_options(${name}_${level} PRIVATE ${options} ${flags} -Wmissing-declarations)
+      # Lanes count modulo their width, signed ones too.
+      target_compile_options(${name}_${level} PRIVATE ${options} ${flags} -Wmissing-declarations
+        -fwrapv -fno-sanitize=signed-integer-overflow)
       list(APPEND ${objects} $<TARGET_OBJECTS:${name}_${level}>)
       list(FILTER ARGN EXCLUDE REGEX "\\.${level}\\.simd\\.cc$")
     endif()
