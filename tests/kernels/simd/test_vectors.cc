@@ -9,6 +9,7 @@
 #include <limits>
 #include <numeric>
 #include <random>
+#include <string>
 
 namespace zol {
 namespace {
@@ -62,6 +63,16 @@ template <class Lane> void fillDomain(std::vector<Lane> &a, std::vector<Lane> &b
   b.resize(a.size());
 }
 
+/// Where two results differ first, bit for bit; empty where they do not.
+template <class Out>
+std::string difference(const std::vector<Out> &actual, const std::vector<Out> &expected) {
+  for (size_t i = 0; i < actual.size(); ++i)
+    if (std::memcmp(&actual[i], &expected[i], sizeof(Out)) != 0)
+      return "lane " + std::to_string(i) + ": " + testing::PrintToString(actual[i]) + ", not " +
+             testing::PrintToString(expected[i]);
+  return "";
+}
+
 /// `lane` gives a lane of the result from the blocks of both operands.
 template <class In, class Out, class Lane> void expectCase(const char *name, size_t index, Lane lane) {
   static constexpr int kIns = 16 / sizeof(In), kOuts = 16 / sizeof(Out);
@@ -74,7 +85,7 @@ template <class In, class Out, class Lane> void expectCase(const char *name, siz
           static_cast<Out>(lane(&a[block * kIns], &b[block * kIns], i));
   test::atEveryLevel([&] {
     ZOL_SELECT(vectorCases)()[index](a.data(), b.data(), actual.data(), a.size() * sizeof(In));
-    EXPECT_EQ(std::memcmp(actual.data(), expected.data(), actual.size() * sizeof(Out)), 0) << name;
+    EXPECT_EQ(difference(actual, expected), "") << name;
   });
 }
 
