@@ -129,20 +129,6 @@ TEST(AudioSwitcher, DialogKeepsOneLevelForEachInput) {
     EXPECT_EQ(edited(other), Texts{});
 }
 
-TEST(AudioSwitcher, ReadsEveryCurveForEverySample) {
-  Effect effect(ProcessAudioSwitcherDeclare);
-  Sound first({1, 1, 1, 1}, 2), third({1, 1}, 1);
-  *effect.parameters.inputs.get(0, 0) = {&first.clip, nullptr, &third.clip};
-  test::setBlock(effect, 0.5, 2, 4, 2);
-  Texts expected{"DataFieldItemCount(0)",    "InputGetPic(0, 0)", "InputGetAudio(0.5, 1)",
-                 "InputGetPic(0, 1)",        "InputGetPic(0, 2)", "InputGetAudio(0.5, 1)",
-                 "AudioCreate(0.5, 1, 4, 2)"};
-  for (const char *time : {"0.5)", "0.5)", "0.75)", "0.75)"})
-    for (const char *item : {"4, 0, ", "4, 2, ", "5, 0, "})
-      expected.push_back(std::string("ParamGetFloat(") + item + time);
-  EXPECT_EQ(effect.tracedRender(), expected);
-}
-
 TEST(AudioSwitcher, ClampsTheSumBeforeTheMaster) {
   Effect effect(ProcessAudioSwitcherDeclare);
   Sound loud({0.8F, -0.8F, 0.1F, 0.7F}, 2), same({0.8F, -0.8F, 0.1F, 0.7F}, 2), brief({0.5F}, 1);
@@ -219,9 +205,6 @@ TEST(AudioTransition, FadesOverTheClip) {
                          (inputs & 2) != 0 ? b.data() : nullptr, fadeIn == 1, position, step);
         EXPECT_EQ(effect.render(), expected);
       }
-  EXPECT_EQ(effect.tracedRender(),
-            (Texts{"InputGetPic(0, 0)", "InputGetPic(1, 0)", "InputGetAudio(2, 3)", "InputGetAudio(2, 3)",
-                   "AudioCreate(2, 3, 300, 2)", "ParamGetInt(2, 0)", "ParamGetInt(3, 0)"}));
   // A clip without length and a block without frames have no place; nothing goes wrong.
   effect.info()->ClipEnd = effect.info()->ClipStart;
   EXPECT_EQ(effect.render().size(), 600U);
@@ -241,9 +224,6 @@ TEST(SimpleAudioSwitcher, Routes) {
   *effect.parameters.integers.get(1, 0) = 3;
   *effect.parameters.integers.get(2, 0) = 0;
   EXPECT_EQ(effect.render(), (Samples{1.5, 0, 4, 0}));
-  EXPECT_EQ(effect.tracedRender(),
-            (Texts{"InputGetPic(0, 0)", "InputGetAudio(0, 0.5)", "AudioCreate(0, 0.5, 4, 2)",
-                   "ParamGetInt(1, 0)", "ParamGetInt(2, 0)"}));
 }
 
 } // namespace

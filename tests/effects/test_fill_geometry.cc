@@ -13,21 +13,6 @@ using host::Session;
 
 enum Field { kInput, kGeometry, kColor, kAlpha, kOffsetX, kOffsetY };
 
-class Box : public host::Shape {
-public:
-  Box(double left, double top, double right, double bottom)
-      : outline_(test::polygon({{left, top}, {right, top}, {right, bottom}, {left, bottom}})) {}
-  void box(double *, double) const override {}
-  int curves(double time, bool, void *user, t_ZoSegmentFn callback) const override {
-    times.push_back(time);
-    return outline_.handOver(user, callback);
-  }
-  mutable std::vector<double> times;
-
-private:
-  test::Outline outline_;
-};
-
 class FillGeometry : public testing::Test {
 protected:
   FillGeometry() {
@@ -50,13 +35,12 @@ protected:
 
   const test::Callbacks effect{ProcessFillAndShadowDeclare};
   Session session{"Halvenor"};
-  Box box{2, 1.5, 6, 4.75};
+  test::OutlineShape box{test::polygon({{2, 1.5}, {6, 1.5}, {6, 4.75}, {2, 4.75}})};
 };
 
 TEST_F(FillGeometry, StandsOnATransparentFrameWithoutAnInput) {
   pic *out = effect.renderVideo(session.info());
   ASSERT_NE(out, nullptr);
-  EXPECT_EQ(box.times, std::vector<double>{2.5});
   EXPECT_EQ(pixel(out, 3, 3), 0xff1e140aU);
   EXPECT_EQ(pixel(out, 3, 1), 0x7f1e140aU); // half covered: straight alpha
   EXPECT_EQ(pixel(out, 6, 3), 0U);

@@ -154,6 +154,27 @@ TEST_P(Every, AnswersEveryFailure) {
   expectSection("messages.txt", GetParam().text(), failures.lines());
 }
 
+// ---- Calls and bytes as ever ----
+
+/// The calls of renders in order, and a hash of what they gave.
+TEST_P(Every, CallsTheHostAsEver) {
+  std::string lines;
+  for (const unsigned values : {0U, 1U, 2U}) {
+    Trial trial(GetParam(), {.values = values, .blockFrames = 3});
+    host::Session &session = trial.session();
+    session.trace.clear();
+    session.tracing = true;
+    const Answer answer = trial.render();
+    for (size_t i = 0, same = 1; i < session.trace.size(); i += same) {
+      for (same = 1; i + same < session.trace.size() && session.trace[i + same] == session.trace[i];)
+        ++same;
+      lines += session.trace[i] + (same > 1 ? " x " + std::to_string(same) : "") + '\n';
+    }
+    lines += (answer.given ? hashOf(answer.bytes) : "nothing") + '\n';
+  }
+  expectSection("calls.txt", GetParam().text(), lines);
+}
+
 /// Opens and edits the dialog of a fresh instance, with a service failing or none.
 TEST_P(Every, OpensItsDialogWhateverFails) {
   const auto open = [&](host::Session &session) {

@@ -1,8 +1,8 @@
 #include "tests/every/trial.h"
 
 #include "frame/zol.h"
+#include "tests/support/dice.h"
 #include "tests/support/outline.h"
-#include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
 
@@ -51,17 +51,6 @@ const t_ZoServices *servicesWithRubbish() {
 }
 
 // ---- Values ----
-
-/// The same on every machine, which the standard's distributions are not.
-class Dice {
-public:
-  explicit Dice(unsigned seed) : random_(seed) {}
-  int below(int sides) { return static_cast<int>(random_() % static_cast<unsigned>(sides)); }
-  double share() { return static_cast<double>(random_()) / 4294967296.0; }
-
-private:
-  std::mt19937 random_;
-};
 
 /// Within the range, its ends and small values as likely as any other.
 double numberWithin(double least, double most, Dice &dice) {

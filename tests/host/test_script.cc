@@ -1,11 +1,9 @@
 // Declaration scripts: statements in, registered effects and errors out.
 
 #include "host/script/interpreter.h"
-#include "host/services/session.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <set>
 #include <sstream>
 
 namespace zol::host {
@@ -236,51 +234,6 @@ TEST_F(Script, AStatementInErrorSparesItsNeighbours) {
 
   interpreter.execute("ZoEffect eff; EffectAdd( eff );");
   EXPECT_EQ(interpreter.errors().back().reason, "an effect without a sign");
-}
-
-/// The library's own declarations, run as a host runs them.
-void expectDeclarationsRun(void *handle, int (*declare)(t_ZoHostInfo *), const std::string &identity) {
-  ProcessMemory memory(handle);
-  Registry registry;
-  Interpreter interpreter(registry, memory);
-  Session session(identity);
-  session.onStatement = [&](const char *text) { return interpreter.execute(text); };
-  session.onTranslated = [&](const std::u16string &text) {
-    memory.handedOut(reinterpret_cast<const uint16_t *>(text.data()), text.size());
-  };
-  EXPECT_EQ(declare(session.info()), 1);
-  for (const Interpreter::Error &error : interpreter.errors())
-    ADD_FAILURE() << error.statement << " column " << error.column << ": " << error.reason;
-
-  std::set<std::string> signs;
-  for (const Effect &effect : registry.effects()) {
-    EXPECT_TRUE(signs.insert(effect.sign).second) << effect.sign;
-    EXPECT_EQ(registry.find(effect.name), &effect) << effect.name;
-    EXPECT_EQ(registry.find(effect.sign), &effect) << effect.sign;
-  }
-  const bool halvenor = identity == "Halvenor";
-  EXPECT_EQ(registry.find("time warp") != nullptr, halvenor); // declared twice, listed once
-  EXPECT_EQ(registry.find("copy") != nullptr, halvenor);
-  const Effect *solid = registry.find("SOLID COLOR");
-  ASSERT_NE(solid, nullptr);
-  EXPECT_EQ(solid->fields.at(1).label, "Color");
-  EXPECT_EQ(solid->icon.value().pixels.size(), 100U * 75U);
-  EXPECT_NE(solid->init, nullptr);
-}
-
-TEST(Declarations, RunWithoutErrorsUnderEveryIdentity) {
-  void *program = dlopen(nullptr, RTLD_NOW);
-  void *library = dlopen(ZOL_BUILD_DIR "/libzol.zoeffects.so.1", RTLD_NOW | RTLD_LOCAL);
-  ASSERT_NE(library, nullptr) << dlerror();
-  const auto declare = reinterpret_cast<int (*)(t_ZoHostInfo *)>(dlsym(library, "ZoDeclare"));
-  ASSERT_NE(declare, nullptr);
-  for (const char *identity : {"Halvenor", "Quorbel", "Other"}) {
-    SCOPED_TRACE(identity);
-    expectDeclarationsRun(program, ZoDeclare, identity);
-    expectDeclarationsRun(library, declare, identity);
-  }
-  dlclose(library);
-  dlclose(program);
 }
 
 int writable = 0;

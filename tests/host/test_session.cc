@@ -125,15 +125,5 @@ TEST(Session, AudioBlocksHaveTheFramesOfTheirStretch) {
   EXPECT_EQ(s.AudioCreate(1.0, 0.0, 48000, 2), nullptr);
 }
 
-TEST(Session, TracesCallsAsText) {
-  Session session("Halvenor");
-  session.tracing = true;
-  t_ZoHostInfo *info = session.info();
-  info->Services->ParamSetFloat(info, 1, 0, 0.5, 0.1);
-  info->Services->Message(info, nullptr);
-  EXPECT_EQ(session.trace, (std::vector<std::string>{"ParamSetFloat(1, 0, 0.5, 0.1)", "Message(null)"}));
-  EXPECT_EQ(session.messages.at(0), std::nullopt);
-}
-
 } // namespace
 } // namespace zol::host

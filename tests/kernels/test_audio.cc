@@ -4,6 +4,7 @@
 #include "kernels/sound/crossfade.h"
 #include "kernels/sound/tone.h"
 #include "plain/audio.h"
+#include "tests/support/dice.h"
 #include "tests/support/levels.h"
 
 #include <gtest/gtest.h>
@@ -30,22 +31,6 @@ ptrdiff_t difference(const std::vector<float> &a, const std::vector<float> &b) {
   return -1;
 }
 
-class Random {
-public:
-  uint32_t operator()() { return static_cast<uint32_t>(engine_()); }
-  uint32_t operator()(uint32_t below) { return (*this)() % below; }
-  float unit() { return static_cast<float>((*this)() >> 8) * 0x1p-24F; }
-  /// Any exponent from least to most.
-  double scaled(int least, int most) {
-    const double value =
-        std::ldexp(1.0 + unit(), least + static_cast<int>((*this)(static_cast<uint32_t>(most - least))));
-    return (*this)(2) != 0 ? value : -value;
-  }
-
-private:
-  std::mt19937 engine_{5};
-};
-
 void expectSine(uint32_t first, size_t frames, unsigned channels, double start, uint32_t rate,
                 float frequency, float volume) {
   std::vector<float> expected(frames * channels), actual(frames * channels);
@@ -61,10 +46,11 @@ void expectSine(uint32_t first, size_t frames, unsigned channels, double start, 
 }
 
 TEST(Sine, EqualsThePlainForm) {
-  Random random;
+  test::Dice random(5);
   for (int i = 0; i < 1000; ++i)
-    expectSine(random(100000), random(700), random(4), random.scaled(-20, 22), 8000 + random(200000),
-               static_cast<float>(random.scaled(-4, 15)), random.unit() * 2);
+    expectSine(random.below(100000), random.below(700), random.below(4), random.scaled(-20, 22),
+               8000 + random.below(200000), static_cast<float>(random.scaled(-4, 15)),
+               static_cast<float>(random.share()) * 2);
   for (int hour = 0; hour < 30; ++hour) // whole phases, which meet the lowest point exactly
     for (const float frequency : {1.0F, 100.0F, 1000.0F, 12000.0F, 20000.0F})
       expectSine(0, 480, 2, hour * 3600.0, 48000, frequency, 1);
@@ -81,15 +67,15 @@ TEST(Sine, HasADefinedSampleForEveryArgument) {
 
 // Phases everywhere up to the limit, most of them beside the extremes and the crossings.
 TEST(Sine, BoundsHoldTheLibrarysSine) {
-  Random random;
+  test::Dice random(5);
   constexpr int kCount = 1024;
   std::vector<float> turns(kCount), low(kCount), high(kCount);
   for (int round = 0; round < 300; ++round) {
     for (float &turn : turns) {
       turn = static_cast<float>(random.scaled(-40, 25));
-      if (random(4) != 0) {
+      if (random.below(4) != 0) {
         turn = std::round(turn * 4) / 4;
-        for (uint32_t step = random(4); step > 0; --step)
+        for (uint32_t step = random.below(4); step > 0; --step)
           turn = std::nextafter(turn, 0.0F);
       }
     }
@@ -110,32 +96,33 @@ TEST(Sine, BoundsHoldTheLibrarysSine) {
   }
 }
 
-float anySample(Random &random, int kind) {
+float anySample(test::Dice &random, int kind) {
   switch (kind) {
-  case 0: return static_cast<float>(static_cast<int16_t>(random())) * 0x1p-15F;
-  case 1: return std::bit_cast<float>(random());
-  case 2: return (static_cast<float>(random(5)) - 2) * (random(2) != 0 ? kLeast : 0.5F);
+  case 0: return static_cast<float>(static_cast<int16_t>(random.word())) * 0x1p-15F;
+  case 1: return std::bit_cast<float>(random.word());
+  case 2: return (static_cast<float>(random.below(5)) - 2) * (random.below(2) != 0 ? kLeast : 0.5F);
   default: return static_cast<float>(random.scaled(-60, 3));
   }
 }
 
 TEST(Crossfade, EqualsThePlainForm) {
-  Random random;
+  test::Dice random(5);
   constexpr Ramp kRamps[] = {
       {0, 0x1p-10F}, {1, -0x1p-9F}, {-3, 0.01F},        {0.999F, 1e-5F}, {0, kLeast},
       {1, 0},        {1, 1e-9F},    {0.5F, -kInfinity}, {kNan, 0.1F},    {FLT_MAX, FLT_MAX}};
   for (int round = 0; round < 3000; ++round) {
-    const unsigned channels = round % 40 == 0 ? 700 : random(4);
-    const size_t frames = random(2000) / (channels + 1);
+    const unsigned channels = round % 40 == 0 ? 700 : random.below(4);
+    const size_t frames = random.below(2000) / (channels + 1);
     std::vector<float> first(frames * channels), second(first), expected(first), actual(first);
     const int kind = round % 4;
     for (std::vector<float> *samples : {&first, &second})
       for (float &sample : *samples)
         sample = anySample(random, kind);
-    const Ramp ramp = round % 3 == 0 ? kRamps[random(std::size(kRamps))]
-                                     : Ramp{random.unit(), static_cast<float>(random.scaled(-30, -8))};
-    const bool fadeOut = random(2) != 0, fadeIn = random(2) != 0;
-    const uint32_t assigned = 1 + random(3);
+    const Ramp ramp =
+        round % 3 == 0 ? kRamps[random.below(std::size(kRamps))]
+                       : Ramp{static_cast<float>(random.share()), static_cast<float>(random.scaled(-30, -8))};
+    const bool fadeOut = random.below(2) != 0, fadeIn = random.below(2) != 0;
+    const uint32_t assigned = 1 + random.below(3);
     const float *a = (assigned & 1) != 0 ? first.data() : nullptr;
     const float *b = (assigned & 2) != 0 ? second.data() : nullptr;
     plain::crossfade(expected.data(), frames, channels, a, fadeOut, b, fadeIn, ramp.position, ramp.step);
@@ -172,11 +159,11 @@ TEST(Crossfade, MeetsSilenceWhereAnInputHasNoSamples) {
 TEST(Routing, EqualsThePlainFormAndLeavesTheRest) {
   constexpr float kLeft = 77.0F; // what is found there before
   constexpr size_t kFrames = 37;
-  Random random;
+  test::Dice random(5);
   for (unsigned inChannels = 0; inChannels < 4; ++inChannels) {
     std::vector<float> in(kFrames * inChannels);
     for (float &sample : in)
-      sample = random(4) != 0 ? anySample(random, 1 + static_cast<int>(random(2))) : FLT_MAX;
+      sample = random.below(4) != 0 ? anySample(random, 1 + static_cast<int>(random.below(2))) : FLT_MAX;
     for (unsigned channels = 0; channels < 4; ++channels)
       for (int first = -1; first < 5; ++first)
         for (int second = -1; second < 5; ++second) {

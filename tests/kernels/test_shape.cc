@@ -3,46 +3,28 @@
 #include "host/services/session.h"
 #include "kernels/simd/levels.h"
 #include "plain/shape.h"
-#include "tests/support/failing_malloc.h"
+#include "tests/support/dice.h"
 #include "tests/support/levels.h"
 #include "tests/support/outline.h"
-#include "tests/support/same_pixels.h"
-#include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <limits>
-#include <memory>
+#include <random>
 
 namespace zol {
 namespace {
 
-using host::Service;
 using host::Session;
 using test::Outline;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-/// Draws 32 random bits at a time.
-auto randomWords(unsigned seed) {
-  return [engine = std::make_shared<std::mt19937>(seed)] { return static_cast<unsigned>((*engine)()); };
+void *handleOf(const test::OutlineShape &shape) {
+  return const_cast<host::Shape *>(static_cast<const host::Shape *>(&shape));
 }
-
-/// An outline as a handle of the host; hands over `most` segments and then fails.
-class Geometry : public host::Shape {
-public:
-  explicit Geometry(Outline outline) : outline_(std::move(outline)) {}
-  void box(double out[4], double) const override { std::fill_n(out, 4, 0.0); }
-  int curves(double, bool, void *user, t_ZoSegmentFn callback) const override {
-    return outline_.handOver(user, callback);
-  }
-  void *handle() { return static_cast<host::Shape *>(this); }
-
-private:
-  Outline outline_;
-};
 
 struct Filled {
   int result;
@@ -63,11 +45,11 @@ Filled fill(const Work &work, decltype(FillShapeXYOffset) *function, SimdLevel l
   capSimdLevel(level);
   Session session("Halvenor");
   session.tracing = true;
-  Geometry geometry(work.outline);
+  const test::OutlineShape geometry(work.outline);
   const auto picture = test::randomPicture(work.width, work.height, 7, work.x, work.y);
   char error[64] = "before";
   Filled filled;
-  filled.result = function(session.info(), error, picture->record(), geometry.handle(), 2.5, work.colour,
+  filled.result = function(session.info(), error, picture->record(), handleOf(geometry), 2.5, work.colour,
                            work.xOffset, work.yOffset);
   const auto *bytes = reinterpret_cast<const uint8_t *>(picture->record()->Pixels);
   filled.bytes.assign(bytes, bytes + picture->pixels() * 4);
@@ -86,20 +68,20 @@ void expectPlain(const Work &work, const std::string &what) {
 }
 
 TEST(FillShape, GivesThePlainFormsBytesAndCallsOnRandomOutlines) {
-  const auto random = randomWords(5);
-  const auto below = [&](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+  test::Dice dice(5);
   for (int round = 0; round < 250; ++round) {
-    const int width = below(8) == 0 ? below(4) : below(90), height = below(8) == 0 ? below(4) : below(70);
-    const bool whole = below(3) == 0;
-    const auto offset = [&] { return whole ? below(21) - 10 : below(2000) / 100.0 - 10; };
-    const int segments = below(10) == 0 ? 200 : 1 + below(12);
-    const unsigned opacity = below(3) == 0 ? static_cast<unsigned>(below(256)) : 255U;
-    const Work work{test::scribble(segments, 70, below(2) * 40, below(4) != 0, whole, random()),
-                    below(30) - 15,
-                    below(30) - 15,
+    const int width = dice.below(8) == 0 ? dice.below(4) : dice.below(90),
+              height = dice.below(8) == 0 ? dice.below(4) : dice.below(70);
+    const bool whole = dice.below(3) == 0;
+    const auto offset = [&] { return whole ? dice.below(21) - 10 : dice.below(2000) / 100.0 - 10; };
+    const int segments = dice.below(10) == 0 ? 200 : 1 + dice.below(12);
+    const unsigned opacity = dice.below(3) == 0 ? static_cast<unsigned>(dice.below(256)) : 255U;
+    const Work work{test::scribble(segments, 70, dice.below(2) * 40, dice.below(4) != 0, whole, dice.word()),
+                    dice.below(30) - 15,
+                    dice.below(30) - 15,
                     width,
                     height,
-                    opacity << 24 | (random() & 0xffffffU),
+                    opacity << 24 | (dice.word() & 0xffffffU),
                     offset(),
                     offset()};
     expectPlain(work, "round " + std::to_string(round));
@@ -129,136 +111,47 @@ TEST(FillShape, GivesThePlainFormsBytesOnRegularOutlines) {
 
 TEST(FillShape, TakesHostileCoordinates) {
   const std::vector<double> hostile{kNaN, kInfinity, -kInfinity, 1e300, -1e300, 1e18, -3e9, 1e-310, 5};
-  const auto random = randomWords(11);
+  test::Dice dice(11);
   for (int round = 0; round < 400; ++round) {
-    Outline outline = test::scribble(1 + round % 5, 30, 5, true, false, random());
-    for (unsigned many = 1 + random() % 3; many > 0; --many) {
-      auto &segment = outline.segments[random() % outline.segments.size()];
+    Outline outline = test::scribble(1 + round % 5, 30, 5, true, false, dice.word());
+    for (unsigned many = 1 + dice.word() % 3; many > 0; --many) {
+      auto &segment = outline.segments[dice.word() % outline.segments.size()];
       test::Vector *const points[] = {&segment.P0, &segment.P1, &segment.H0, &segment.H1};
-      (*points[random() % 4])[random() % 2] = hostile[random() % hostile.size()];
+      (*points[dice.word() % 4])[dice.word() % 2] = hostile[dice.word() % hostile.size()];
     }
-    const double offset = round % 9 == 0 ? hostile[random() % hostile.size()] : 0;
+    const double offset = round % 9 == 0 ? hostile[dice.word() % hostile.size()] : 0;
     expectPlain({outline, 0, 0, 30, 30, 0xff204080U, offset, 0}, "round " + std::to_string(round));
     Session session("Halvenor");
-    Geometry geometry(outline);
-    for (const double x : {15.0, hostile[random() % hostile.size()]})
-      for (const double y : {15.0, hostile[random() % hostile.size()]})
-        EXPECT_EQ(PointIsInTheShape(session.info(), geometry.handle(), x, y, 0),
-                  plain::pointIsInTheShape(session.info(), geometry.handle(), x, y, 0));
+    const test::OutlineShape geometry(outline);
+    for (const double x : {15.0, hostile[dice.word() % hostile.size()]})
+      for (const double y : {15.0, hostile[dice.word() % hostile.size()]})
+        EXPECT_EQ(PointIsInTheShape(session.info(), handleOf(geometry), x, y, 0),
+                  plain::pointIsInTheShape(session.info(), handleOf(geometry), x, y, 0));
   }
-}
-
-// Coverage from edges alone is an estimate. On convex shapes it stays this close to the area, in 255ths of
-// a pixel, averaged over the pixels that the outline touches: 5.9 measured, 2.3 percent.
-TEST(FillShape, CoverageIsNearTheAreaOfConvexShapes) {
-  constexpr int kSize = 96, kSamples = 32;
-  struct Ellipse {
-    double x, y, rx, ry;
-  };
-  double sum = 0;
-  int touched = 0, worst = 0;
-  for (const Ellipse &e : {Ellipse{48, 48, 40, 40}, {47.3, 48.6, 41.7, 23.1}, {48.5, 47.9, 11.3, 44.2}}) {
-    const Filled filled =
-        fill({test::ellipse(e.x, e.y, e.rx, e.ry), 0, 0, kSize, kSize, 0xffffffffU, 0, 0}, FillShapeXYOffset);
-    for (int y = 0; y < kSize; ++y)
-      for (int x = 0; x < kSize; ++x) {
-        int inside = 0;
-        for (int i = 0; i < kSamples * kSamples; ++i) {
-          const double dx = (x + (i % kSamples + 0.5) / kSamples - e.x) / e.rx;
-          const double dy = (y + (i / kSamples + 0.5) / kSamples - e.y) / e.ry;
-          inside += dx * dx + dy * dy <= 1;
-        }
-        const double area = 255.0 * inside / (kSamples * kSamples);
-        const double error = std::fabs(filled.bytes[static_cast<size_t>(y * kSize + x) * 4 + 3] - area);
-        if (inside == 0 || inside == kSamples * kSamples) {
-          EXPECT_LE(error, 8) << x << ", " << y;
-          continue;
-        }
-        sum += error;
-        worst = std::max(worst, static_cast<int>(error));
-        ++touched;
-      }
-  }
-  EXPECT_LT(sum / touched, 6.0);
-  EXPECT_LT(worst, 120);
 }
 
 TEST(FillShape, RefusesMissingParameters) {
   Session session("Halvenor");
-  Geometry geometry{Outline{}};
+  const test::OutlineShape geometry{Outline{}};
   const auto picture = test::randomPicture(2, 2, 1);
   char error[64] = "";
-  EXPECT_EQ(FillShape(session.info(), error, nullptr, geometry.handle(), 0, 0), 0);
+  EXPECT_EQ(FillShape(session.info(), error, nullptr, handleOf(geometry), 0, 0), 0);
   EXPECT_STREQ(error, "Illegal parameter(s)");
   error[0] = 0;
   EXPECT_EQ(FillShape(session.info(), error, picture->record(), nullptr, 0, 0), 0);
   EXPECT_STREQ(error, "Illegal parameter(s)");
-  EXPECT_EQ(FillShape(session.info(), nullptr, picture->record(), geometry.handle(), 0, 0), 0);
+  EXPECT_EQ(FillShape(session.info(), nullptr, picture->record(), handleOf(geometry), 0, 0), 0);
   EXPECT_EQ(PointIsInTheShape(session.info(), nullptr, 1, 1, 0), 0);
   EXPECT_EQ(session.messages.size(), 1U);
   EXPECT_EQ(session.messages.at(0), "Illegal parameter");
 }
 
-/// Fills under faults and expects 0, an untouched picture and nothing left behind; returns the error text.
-std::string failToFill(Session &session, const Outline &outline) {
-  Geometry geometry(outline);
-  const auto picture = test::randomPicture(20, 10, 1), before = test::randomPicture(20, 10, 1);
-  char error[64] = "before";
-  EXPECT_EQ(FillShape(session.info(), error, picture->record(), geometry.handle(), 0, ~0U), 0);
-  EXPECT_TRUE(test::samePixels(*picture->record(), *before->record()));
-  EXPECT_EQ(session.pictures.live(), 0U);
-  return error;
-}
-
-TEST(FillShape, LeavesNothingBehindWhenTheHostFailsOrStops) {
-  const Outline outline = test::ellipse(10, 5, 8, 4);
-  {
-    Session session("Halvenor");
-    session.faults.failAt(Service::GeoGetCurves, 1);
-    EXPECT_EQ(failToFill(session, outline), "GeoGetCurves returns error");
-    EXPECT_TRUE(session.messages.empty());
-  }
-  {
-    Session session("Halvenor");
-    session.faults.failAt(Service::PicCreate, 1);
-    EXPECT_EQ(failToFill(session, outline), "");
-    EXPECT_EQ(session.messages.at(0), "FillText: Memory allocation failure");
-  }
-  for (int poll = 1; poll <= 20 + 10 + 2; ++poll) {
-    Session session("Halvenor");
-    session.faults.abortAtPoll(poll);
-    EXPECT_EQ(failToFill(session, outline), "");
-    EXPECT_EQ(session.faults.calls(Service::IsAborted), poll);
-    EXPECT_TRUE(session.messages.empty());
-  }
-}
-
-TEST(FillShape, TakesFailingAllocations) {
-  Outline outline = test::ring(10, 5, 9, 4, 200, 2); // more than the first block of segments
-  Geometry geometry(outline);
-  int failures = 0;
-  for (bool failed = true; failed; ++failures) {
-    Session session("Halvenor");
-    const auto picture = test::randomPicture(20, 10, 1);
-    char error[64];
-    const test::FailingMalloc failing(failures + 1);
-    const int result = FillShape(session.info(), error, picture->record(), geometry.handle(), 0, ~0U);
-    failed = failing.failed();
-    EXPECT_EQ(result, failed ? 0 : 1);
-    EXPECT_EQ(session.pictures.live(), 0U);
-    const test::FailingMalloc again(failures + 1);
-    const int inside = PointIsInTheShape(session.info(), geometry.handle(), 10, 4, 0);
-    EXPECT_EQ(inside, again.failed() ? 0 : 1);
-  }
-  EXPECT_GE(failures, 9);
-}
-
 TEST(PointIsInTheShape, WalksTheScanlinesCrossings) {
   Session session("Halvenor");
   const auto inside = [&](const Outline &outline, double x, double y) {
-    Geometry geometry(outline);
-    const int result = PointIsInTheShape(session.info(), geometry.handle(), x, y, 0);
-    EXPECT_EQ(result, plain::pointIsInTheShape(session.info(), geometry.handle(), x, y, 0));
+    const test::OutlineShape geometry(outline);
+    const int result = PointIsInTheShape(session.info(), handleOf(geometry), x, y, 0);
+    EXPECT_EQ(result, plain::pointIsInTheShape(session.info(), handleOf(geometry), x, y, 0));
     return result;
   };
   Outline two = test::polygon({{2, 0}, {4, 0}, {4, 9}, {2, 9}});
@@ -331,11 +224,11 @@ TEST(SegmentLength, EndsOnHostileSegments) {
                           1e12F,
                           1e7F,
                           0};
-  const auto random = randomWords(4);
+  test::Dice dice(4);
   for (int round = 0; round < 300; ++round) {
     float segment[8];
     for (float &value : segment)
-      value = values[random() % 8];
+      value = values[dice.below(8)];
     const double length = SegmentLength(segment, 0, 1);
     EXPECT_TRUE(std::isnan(length) || length >= 0);
   }

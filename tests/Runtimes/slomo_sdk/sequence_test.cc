@@ -9,32 +9,25 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <tuple>
 
 namespace zol::test {
 namespace {
 
 int id;
 
-TEST(Sequence, ConstructionAndClose) {
+TEST(Sequence, CloseForgetsTheSequenceAndKeepsTheFlags) {
   Fast e;
-  EXPECT_TRUE(e.m_pSeqID == nullptr && e.m_dNewFPS == 25 && e.m_dOldFPS == 25 && e.m_nBytesPerPixel == 4);
-  EXPECT_TRUE(e.m_pOutFrame == nullptr && e.m_pMask == nullptr && e.m_pObjectList == nullptr &&
-              e.m_pFillStack == nullptr);
   for (int d = -256; d < 256; ++d)
     EXPECT_EQ(e.m_pSquares[d], unsigned(d * d));
+  EXPECT_TRUE(e.m_pSeqID == nullptr && e.m_dNewFPS == 25 && e.m_dOldFPS == 25 && e.m_nBytesPerPixel == 4);
   ASSERT_EQ(e.SetSequence(&id, 17, 9, 50, 12, 3, 4, 1), 0);
-  EXPECT_TRUE(e.m_pSeqID == &id && e.m_dNewFPS == 50 && e.m_dOldFPS == 50 && e.m_nOldFrames == 12 &&
-              e.m_nNewFrames == 12);
-  EXPECT_TRUE(e.m_nWidth == 17 && e.m_nHeight == 9 && e.m_bInterlaced == 1 && e.m_bFieldOrder == 1 &&
-              e.m_nFormat == 1);
-  EXPECT_EQ(e.m_nBytesPerPixel, 2u);
+  EXPECT_TRUE(e.m_bInterlaced == 1 && e.m_bFieldOrder == 1 && e.m_nBytesPerPixel == 2);
   e.m_nCPUFlags = 6;
   e.Close();
   EXPECT_TRUE(e.m_pSeqID == nullptr && e.m_dNewFPS == 0 && e.m_dOldFPS == 0 && e.m_nOldFrames == 0 &&
-              e.m_nNewFrames == 0);
-  EXPECT_TRUE(e.m_nWidth == 0 && e.m_nHeight == 0 && e.m_bInterlaced == 0 && e.m_bFieldOrder == 0 &&
-              e.m_nFormat == 0);
-  EXPECT_TRUE(e.m_nBytesPerPixel == 4 && e.m_nCPUFlags == 6);
+              e.m_nNewFrames == 0 && e.m_nWidth == 0 && e.m_nHeight == 0 && e.m_nFormat == 0);
+  EXPECT_TRUE(e.m_bInterlaced == 0 && e.m_bFieldOrder == 0 && e.m_nBytesPerPixel == 4 && e.m_nCPUFlags == 6);
   EXPECT_TRUE(e.m_pOutFrame == nullptr && e.m_pMask == nullptr && e.m_pObjectList == nullptr &&
               e.m_pFillStack == nullptr);
 }
@@ -201,30 +194,19 @@ TEST(Processor, HasMmx) { EXPECT_EQ(GetCPUProp(), 1u); }
 #if defined(__i386__)
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 TEST(Layout, FieldsFollowThePointerToTheProvider) {
+#define ZOL_FIELD(name) std::tuple{#name, offsetof(CSlowMotion, name), sizeof(CSlowMotion::name)}
   size_t at = 4;
-#define ZOL_FIELD(name)                                                                                      \
-  EXPECT_EQ(offsetof(CSlowMotion, name), at) << #name;                                                       \
-  at += sizeof(CSlowMotion::name)
-  ZOL_FIELD(m_pSeqID);
-  ZOL_FIELD(m_dNewFPS);
-  ZOL_FIELD(m_dOldFPS);
-  ZOL_FIELD(m_bInterlaced);
-  ZOL_FIELD(m_bFieldOrder);
-  ZOL_FIELD(m_nFormat);
-  ZOL_FIELD(m_nWidth);
-  ZOL_FIELD(m_nHeight);
-  ZOL_FIELD(m_nOldFrames);
-  ZOL_FIELD(m_nNewFrames);
-  ZOL_FIELD(m_nBytesPerPixel);
-  ZOL_FIELD(m_nCPUFlags);
-  ZOL_FIELD(m_pOutFrame);
-  ZOL_FIELD(m_pFrameA);
-  ZOL_FIELD(m_pFrameB);
-  ZOL_FIELD(m_SquareTable);
-  ZOL_FIELD(m_pSquares);
-  ZOL_FIELD(m_pMask);
-  ZOL_FIELD(m_pObjectList);
-  ZOL_FIELD(m_pFillStack);
+  for (const auto &[name, offset, size] :
+       {ZOL_FIELD(m_pSeqID),      ZOL_FIELD(m_dNewFPS),        ZOL_FIELD(m_dOldFPS),
+        ZOL_FIELD(m_bInterlaced), ZOL_FIELD(m_bFieldOrder),    ZOL_FIELD(m_nFormat),
+        ZOL_FIELD(m_nWidth),      ZOL_FIELD(m_nHeight),        ZOL_FIELD(m_nOldFrames),
+        ZOL_FIELD(m_nNewFrames),  ZOL_FIELD(m_nBytesPerPixel), ZOL_FIELD(m_nCPUFlags),
+        ZOL_FIELD(m_pOutFrame),   ZOL_FIELD(m_pFrameA),        ZOL_FIELD(m_pFrameB),
+        ZOL_FIELD(m_SquareTable), ZOL_FIELD(m_pSquares),       ZOL_FIELD(m_pMask),
+        ZOL_FIELD(m_pObjectList), ZOL_FIELD(m_pFillStack)}) {
+    EXPECT_EQ(offset, at) << name;
+    at += size;
+  }
 #undef ZOL_FIELD
 }
 #endif

@@ -1,10 +1,8 @@
 #include "frame/effects.h"
 #include "tests/support/declared.h"
-#include "tests/support/test_clip.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <limits>
 
 namespace zol {
@@ -21,23 +19,6 @@ public:
 private:
   double box_[4];
 };
-
-TEST(Copy, HandsOutACopyOfTheInputsFrame) {
-  const test::Callbacks copy(ProcessCopyDeclare);
-  Session session("Halvenor");
-  t_ZoHostInfo *info = session.info();
-  const auto picture = test::randomPicture(5, 3, 1, -7, 9);
-  test::PictureClip clip(picture->record());
-  session.defaultClip = &clip;
-  EXPECT_EQ(copy.init(info), 1);
-  info->FrameTime = 2.5;
-  pic *out = copy.renderVideo(info);
-  ASSERT_NE(out, nullptr);
-  EXPECT_EQ(clip.times, std::vector<double>{2.5});
-  EXPECT_EQ(out->X, -7);
-  EXPECT_EQ(out->Y, 9);
-  EXPECT_EQ(std::memcmp(out->Pixels, picture->record()->Pixels, 15 * sizeof(_color_t)), 0);
-}
 
 TEST(SolidColor, FillsTheFrameOrTheGeometrysBox) {
   const test::Callbacks solid(ProcessMatteDeclare);
