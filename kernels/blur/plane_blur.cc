@@ -16,6 +16,8 @@ namespace {
 constexpr int kLanes = kTentMaxLanes;
 constexpr int kLaneGroup = kTentLaneGroup;
 
+constexpr int kTapMargin = kTentMaxTaps * static_cast<int>(sizeof(_color_t));
+
 constexpr int roundUp(int value, int unit) { return (value + unit - 1) / unit * unit; }
 
 } // namespace
@@ -23,24 +25,57 @@ constexpr int roundUp(int value, int unit) { return (value + unit - 1) / unit * 
 template <class Pixel>
 PlaneBlur<Pixel>::PlaneBlur(const Tent &tent, const Pixel *src, size_t width, size_t height,
                             int32_t *rowBuffer)
-    : tent_(tent), src_(reinterpret_cast<const uint8_t *>(src)), width_(static_cast<int>(width)),
-      height_(static_cast<int>(height)), wholeBytes_(rowBytes() / kLaneGroup * kLaneGroup),
-      rowBuffer_(rowBuffer), slopes_(width * kPixelBytes), columns_(width * kLanes),
+    : tent_(tent), groups_(tent), src_(reinterpret_cast<const uint8_t *>(src)),
+      width_(static_cast<int>(width)), height_(static_cast<int>(height)),
+      wholeBytes_(rowBytes() / kLaneGroup * kLaneGroup), rowBuffer_(rowBuffer), slopes_(width * kPixelBytes),
+      groupSums_((static_cast<size_t>(roundUp(rowBytes(), kLaneGroup)) + kLanes) * groups_.keptLines()),
+      tapRow_(2 * (rowBytes() + kTapMargin)), columns_(width * kLanes),
       window_(static_cast<size_t>(kBandRows + 2 * tent.reach + 2) * kLaneGroup) {
   if (!*this)
     return;
   std::fill_n(rowBuffer_, wholeBytes_, 0);
   std::fill_n(slopes_.data(), wholeBytes_, int16_t{0});
+  std::fill_n(groupSums_.data(), ptrdiff_t{roundUp(rowBytes(), kLaneGroup)} * groups_.keptLines(),
+              int16_t{0});
   std::memset(columns_.data(), 0, width * kLanes);
+  std::memset(tapRow_.data(), 0, 2 * (rowBytes() + kTapMargin));
 }
 
 template <class Pixel> void PlaneBlur<Pixel>::band(int top, Pixel *dst) {
   const int rows = std::min(kBandRows, height_ - top);
+  if (usesTaps())
+    return blurByTaps(top, rows, dst);
   for (int at = 0; at < wholeBytes_; at += kLanes)
-    blurColumns(top, rows, at, std::min(kLanes, wholeBytes_ - at), {rowBuffer_ + at, slopes_.data() + at});
+    blurColumns(top, rows, at, std::min(kLanes, wholeBytes_ - at),
+                {rowBuffer_ + at, slopes_.data() + at, groupSums(at)});
   if (wholeBytes_ < rowBytes())
-    blurColumns(top, rows, wholeBytes_, kLaneGroup, {restWeighted_, restSlopes_});
+    blurColumns(top, rows, wholeBytes_, kLaneGroup, {restWeighted_, restSlopes_, groupSums(wholeBytes_)});
   blurRows(rows, dst);
+}
+
+/// Both passes row by row: the second finds what the first left in its cache.
+template <class Pixel> void PlaneBlur<Pixel>::blurByTaps(int top, int rows, Pixel *dst) {
+  uint8_t *const row = tapRow_.data() + kTapMargin;
+  const uint8_t *const absent = row + rowBytes() + kTapMargin;
+  const auto blurPixels = [&](int x, int count, uint8_t *to) {
+    const uint8_t *taps[2 * kTentMaxTaps + 1];
+    for (int d = -kTentMaxTaps; d <= kTentMaxTaps; ++d)
+      taps[kTentMaxTaps + d] = row + (x + d) * kPixelBytes;
+    taps_(tent_, taps + kTentMaxTaps, tent_.sumAt(x, width_), count * kPixelBytes, to + x * kPixelBytes);
+  };
+  const int inside = std::max(0, width_ - 2 * tent_.reach);
+  for (int y = top; y < top + rows; ++y, dst += width_) {
+    const uint8_t *taps[2 * kTentMaxTaps + 1];
+    for (int d = -kTentMaxTaps; d <= kTentMaxTaps; ++d)
+      taps[kTentMaxTaps + d] = y + d >= 0 && y + d < height_ ? src_ + ptrdiff_t{y + d} * rowBytes() : absent;
+    taps_(tent_, taps + kTentMaxTaps, tent_.sumAt(y, height_), rowBytes(), row);
+
+    for (int x = 0; x < width_;) {
+      const int count = x == tent_.reach && inside > 0 ? inside : 1;
+      blurPixels(x, count, reinterpret_cast<uint8_t *>(dst));
+      x += count;
+    }
+  }
 }
 
 /// The first pass for the columns of the band that begin `at` bytes into the row, which it leaves transposed
@@ -51,7 +86,7 @@ void PlaneBlur<Pixel>::blurColumns(int top, int rows, int at, int lanes, const T
   const int bytes = std::min(lanes, rowBytes() - at);
   const TentSource source =
       bytes < lanes ? gather(top, rows, at, bytes) : TentSource{src_ + at, rowBytes(), 0, height_};
-  lines_(tent_, source, top == 0 ? -tent_.reach : top, top + rows, lanes, sums, block, kLanes);
+  lines_(tent_, groups_, source, top == 0 ? -tent_.reach : top, top + rows, lanes, sums, block, kLanes);
   transpose(reinterpret_cast<const Pixel *>(block), kBandRows, rows, bytes / kPixelBytes,
             reinterpret_cast<Pixel *>(columns_.data() + ptrdiff_t{at / kPixelBytes} * kLanes), kBandRows);
 }
@@ -76,10 +111,13 @@ template <class Pixel> void PlaneBlur<Pixel>::blurRows(int rows, Pixel *dst) {
   int32_t weighted[kLanes] = {};
   int16_t slopes[kLanes] = {};
   const int lanes = roundUp(rows * kPixelBytes, kLaneGroup);
+  int16_t *const groupSums = this->groupSums(roundUp(rowBytes(), kLaneGroup));
+  std::fill_n(groupSums, kLanes * groups_.keptLines(), int16_t{0});
   const TentSource source{columns_.data(), kLanes, 0, width_};
   for (int x = 0; x < width_; x += kBlockColumns) {
     const int columns = std::min(kBlockColumns, width_ - x);
-    lines_(tent_, source, x == 0 ? -tent_.reach : x, x + columns, lanes, {weighted, slopes}, block, kLanes);
+    lines_(tent_, groups_, source, x == 0 ? -tent_.reach : x, x + columns, lanes,
+           {weighted, slopes, groupSums}, block, kLanes);
     transpose(reinterpret_cast<const Pixel *>(block), kBandRows, columns, rows, dst + x, width_);
   }
 }

@@ -3,6 +3,7 @@
 
 #include "kernels/blur/tent.h"
 #include "kernels/blur/tent_lines.h"
+#include "kernels/blur/tent_taps.h"
 #include "kernels/simd/scratch.h"
 
 #include <cstddef>
@@ -20,7 +21,7 @@ public:
   /// `rowBuffer` has an element for every byte of a row. Tests as false afterwards when memory ran out.
   PlaneBlur(const Tent &tent, const Pixel *src, size_t width, size_t height, int32_t *rowBuffer);
 
-  explicit operator bool() const { return slopes_ && columns_ && window_; }
+  explicit operator bool() const { return slopes_ && groupSums_ && tapRow_ && columns_ && window_; }
 
   /// Writes the rows of the band that begins at row `top`, or as many as there are, to dst. Bands come in
   /// order, each once.
@@ -28,20 +29,30 @@ public:
 
 private:
   [[nodiscard]] int rowBytes() const { return width_ * kPixelBytes; }
+  /// Room for what is kept of the bytes from `at` on.
+  [[nodiscard]] int16_t *groupSums(int at) const {
+    return groupSums_.data() + ptrdiff_t{at} * groups_.keptLines();
+  }
+  [[nodiscard]] bool usesTaps() const { return tent_.reach <= kTentMaxTaps; }
+  void blurByTaps(int top, int rows, Pixel *dst);
   void blurColumns(int top, int rows, int at, int lanes, const TentSums &sums);
   TentSource gather(int top, int rows, int at, int bytes);
   void blurRows(int rows, Pixel *dst);
 
+  const decltype(ZOL_SELECT(tentTaps)) taps_ = ZOL_SELECT(tentTaps);
   const decltype(ZOL_SELECT(tentLines)) lines_ = ZOL_SELECT(tentLines);
   const Tent &tent_;
+  const StepGroups groups_;
   const uint8_t *src_;
   int width_;
   int height_;
   int wholeBytes_; ///< of a row, in whole groups of lanes; the rest has sums of its own
   int32_t *rowBuffer_;
   Scratch<int16_t> slopes_;
+  Scratch<int16_t> groupSums_; ///< of each block of columns in turn, then those of the rows
   int32_t restWeighted_[kTentLaneGroup] = {};
   int16_t restSlopes_[kTentLaneGroup] = {};
+  Scratch<uint8_t> tapRow_;  ///< a row after the first pass between absent pixels, and an absent row
   Scratch<uint8_t> columns_; ///< the band after the first pass, transposed: kTentMaxLanes bytes a column
   Scratch<uint8_t> window_;  ///< gathered rows, kTentLaneGroup bytes each
 };

@@ -41,4 +41,22 @@ struct Tent {
   int edgeFall = 0;           ///< the fall at distance `reach` where the ramp does not include it, or 0
 };
 
+/// The steps of a tent, gathered into groups of one shape and what is left over. The gaps between the steps
+/// of a rounded straight line are balanced, so that they recur; and they read the same backwards, so that a
+/// group's sum serves ahead of a line and, later, behind it.
+struct StepGroups {
+  /// Gathers none where single steps are cheaper.
+  explicit StepGroups(const Tent &tent);
+
+  /// Of the sums that are to be kept, line by line: from the furthest group behind to the furthest ahead.
+  [[nodiscard]] int keptLines() const { return count == 0 ? 0 : 2 * start[count - 1] + shape[size - 1] + 2; }
+
+  int count = 0;                     ///< of groups
+  short start[Tent::kMaxSteps] = {}; ///< the distance of each group's first step, ascending
+  int size = 0;                      ///< steps in a group
+  short shape[Tent::kMaxSteps] = {}; ///< a group's steps as distances from its first
+  int singleCount = 0;
+  short single[Tent::kMaxSteps] = {}; ///< the distances of all other steps, ascending
+};
+
 } // namespace zol

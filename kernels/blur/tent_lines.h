@@ -27,11 +27,12 @@ struct TentSource {
 struct TentSums {
   int32_t *weighted;
   int16_t *slopes;
+  int16_t *groups; ///< StepGroups::keptLines() times as many
 };
 
 /// Goes from line `from` up to line `to`, exclusive, and writes those that are not negative to dst: for each
 /// of `lanes` bytes the weighted sum of the lines present, divided by their weights and truncated.
-ZOL_LEVELS(void tentLines(const Tent &tent, const TentSource &source, int from, int to, int lanes,
-                          const TentSums &sums, uint8_t *dst, ptrdiff_t dstStride);)
+ZOL_LEVELS(void tentLines(const Tent &tent, const StepGroups &groups, const TentSource &source, int from,
+                          int to, int lanes, const TentSums &sums, uint8_t *dst, ptrdiff_t dstStride);)
 
 } // namespace zol

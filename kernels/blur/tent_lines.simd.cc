@@ -5,6 +5,7 @@
 
 #include "kernels/blur/tent_lines.h"
 
+#include "kernels/blur/weighted_sums.h"
 #include "kernels/simd/vectors.h"
 
 namespace zol::ZOL_LEVEL {
@@ -22,78 +23,68 @@ struct ByteSums {
     whole -= bytes;
     odd -= bytes >> 8;
   }
+  void add(const ByteSums &sums) {
+    whole += sums.whole;
+    odd += sums.odd;
+  }
+  void subtract(const ByteSums &sums) {
+    whole -= sums.whole;
+    odd -= sums.odd;
+  }
   [[nodiscard]] U16xN even() const { return whole - (odd << 8); }
 };
 
-/// The factors a and b in every pair of words.
-inline I16xN pairs(int a, int b) { return as<I16xN>(splat<I32xN>((a & 0xFFFF) | b * 0x10000)); }
-
-/// The pairs (a, b) in the lower and in the upper half of each block, weighted by the pairs of `factors`.
-struct Products {
-  I32xN low, high;
-};
-inline Products weighPairs(U16xN a, U16xN b, I16xN factors) {
-  return {mulAddPairs(as<I16xN>(interleaveLow(a, b)), factors),
-          mulAddPairs(as<I16xN>(interleaveHigh(a, b)), factors)};
+ByteSums loadSums(const int16_t *from) { return {load<U16xN>(from), load<U16xN>(from + kLanes<U16xN>)}; }
+void storeSums(int16_t *to, const ByteSums &sums) {
+  store(to, sums.whole);
+  store(to + kLanes<U16xN>, sums.odd);
 }
-
-/// Divides weighted sums by the weights and truncates, exactly.
-///
-/// n / weights is at most 255. Where it is not an integer it lies at least 1 / weights below the next one,
-/// k. In floats of 128 to 255 half a place is 2^-17, so that the division, rounded, stays below k. So does
-/// the product with a reciprocal that is rounded up, by less than 2^-23 of itself, as long as
-/// 1 / weights > 2^-17 + 255 * 2^-23; and no multiple of the weights falls below its quotient.
-class Quotient {
-public:
-  explicit Quotient(int weights)
-      : weights_(static_cast<float>(weights)), byReciprocal_(weights <= 26000), reciprocal_(1 / weights_) {
-    if (static_cast<double>(reciprocal_) * weights < 1)
-      reciprocal_ = __builtin_bit_cast(float, __builtin_bit_cast(int32_t, reciprocal_) + 1);
-  }
-
-  [[nodiscard]] I32xN of(I32xN n) const {
-    const auto sums = convert<F32xN>(n);
-    return convert<I32xN>(byReciprocal_ ? sums * reciprocal_ : sums / weights_);
-  }
-
-private:
-  float weights_;
-  bool byReciprocal_;
-  float reciprocal_;
-};
 
 alignas(kVectorBytes) constexpr uint8_t kAbsent[kTentMaxLanes] = {};
 
 } // namespace
 
-void tentLines(const Tent &tent, const TentSource &source, int from, int to, int lanes, const TentSums &sums,
-               uint8_t *dst, ptrdiff_t dstStride) {
+void tentLines(const Tent &tent, const StepGroups &groups, const TentSource &source, int from, int to,
+               int lanes, const TentSums &sums, uint8_t *dst, ptrdiff_t dstStride) {
   constexpr int kAtOnce = kVectorBytes < kTentLaneGroup ? 2 : 1; // vectors
   constexpr int kLinesAhead = 8;                                 // that are fetched before they are needed
   static_assert(kTentLaneGroup % (kAtOnce * kVectorBytes) == 0);
 
   ptrdiff_t stepOffset[Tent::kMaxSteps];
-  for (int i = 0; i < tent.stepCount; ++i)
-    stepOffset[i] = tent.step[i] * source.stride;
+  for (int i = 0; i < groups.singleCount; ++i)
+    stepOffset[i] = groups.single[i] * source.stride;
   const auto line = [&](int k) {
     return k >= 0 && k < source.count ? source.lines + (k - source.begin) * source.stride : kAbsent;
   };
   const I16xN rampFactors = pairs(tent.slope, tent.stepFall);
   const I16xN edgeFactors = pairs(tent.edgeFall, 0);
 
-  // Steps present ahead of the line, stepsFrom to stepsTo, and behind it, the first stepsBehind.
-  int stepsFrom = tent.stepCount;
-  int stepsTo = tent.stepCount;
+  // The sum of the group that begins at line k is kept in row k, modulo the rows kept.
+  const int kept = groups.keptLines();
+  const auto groupFrom = [&](int k) { return sums.groups + ptrdiff_t{(k % kept + kept) % kept} * lanes; };
+  int16_t *groupAhead[Tent::kMaxSteps];
+  const int16_t *groupBehind[Tent::kMaxSteps];
+  const uint8_t *newest[Tent::kMaxSteps]; // lines of the furthest group ahead
+
+  // Single steps present ahead of the line, stepsFrom to stepsTo, and behind it, the first stepsBehind.
+  int stepsFrom = groups.singleCount;
+  int stepsTo = groups.singleCount;
   int stepsBehind = 0;
   int weights = 1;
   Quotient quotient(weights);
   for (int y = from; y < to; ++y) {
-    while (stepsFrom > 0 && tent.step[stepsFrom - 1] >= -y)
+    while (stepsFrom > 0 && groups.single[stepsFrom - 1] >= -y)
       --stepsFrom;
-    while (stepsTo > 0 && tent.step[stepsTo - 1] >= source.count - y)
+    while (stepsTo > 0 && groups.single[stepsTo - 1] >= source.count - y)
       --stepsTo;
-    while (stepsBehind < tent.stepCount && tent.step[stepsBehind] < y)
+    while (stepsBehind < groups.singleCount && groups.single[stepsBehind] < y)
       ++stepsBehind;
+    for (int i = 0; i < groups.count; ++i) {
+      groupAhead[i] = groupFrom(y + groups.start[i]);
+      groupBehind[i] = groupFrom(y - 1 - groups.start[i] - groups.shape[groups.size - 1]);
+    }
+    for (int i = 0; i < groups.size; ++i)
+      newest[i] = line(y + groups.start[groups.count - 1] + groups.shape[i]);
     const ptrdiff_t here = (y - source.begin) * source.stride;
     const uint8_t *const before = line(y - 1);
     const uint8_t *const rampAhead = line(y - 1 + tent.ramp);
@@ -115,19 +106,29 @@ void tentLines(const Tent &tent, const TentSource &source, int from, int to, int
       for (int i = 0; i < stepsBehind; ++i)
         for (int v = 0; v < kAtOnce; ++v)
           steps[v].subtract(load<U16xN>(start + (here - source.stride - stepOffset[i]) + v * kVectorBytes));
+      for (int v = 0; v < kAtOnce && groups.count > 0; ++v) {
+        const int at = x + v * kVectorBytes;
+        ByteSums group;
+        for (int i = 0; i < groups.size; ++i)
+          group.add(load<U16xN>(newest[i] + at));
+        storeSums(groupAhead[groups.count - 1] + at, group);
+        for (int i = 0; i < groups.count; ++i) {
+          steps[v].add(loadSums(groupAhead[i] + at));
+          steps[v].subtract(loadSums(groupBehind[i] + at));
+        }
+      }
 
       for (int v = 0; v < kAtOnce; ++v) {
         const int at = x + v * kVectorBytes;
         // The ramp: its ends move on, and its middle changes sides.
         int16_t *const slopes = sums.slopes + at;
-        ByteSums ramp{load<U16xN>(slopes), load<U16xN>(slopes + kVectorBytes / 2)};
+        ByteSums ramp = loadSums(slopes);
         const U16xN middle = load<U16xN>(before + at);
         ramp.add(load<U16xN>(rampAhead + at));
         ramp.add(load<U16xN>(rampBehind + at));
         ramp.whole -= middle + middle;
         ramp.odd -= (middle >> 8) + (middle >> 8);
-        store(slopes, ramp.whole);
-        store(slopes + kVectorBytes / 2, ramp.odd);
+        storeSums(slopes, ramp);
 
         int32_t *const weighted = sums.weighted + at;
         const Products even = weighPairs(ramp.even(), steps[v].even(), rampFactors);

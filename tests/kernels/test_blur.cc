@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -74,6 +75,24 @@ TEST(Tent, FallsAddUpToTheWeights) {
   EXPECT_FALSE(Tent(1.01).isCopy());
 }
 
+TEST(StepGroups, AreTheStepsInShapesThatReadTheSameBackwards) {
+  int gathered = 0;
+  for (double radius = 1.5; radius < 300; radius += 0.7) {
+    const Tent tent(radius);
+    const StepGroups groups(tent);
+    gathered += groups.count > 0;
+    std::vector<short> steps(groups.single, groups.single + groups.singleCount);
+    for (int i = 0; i < groups.count; ++i)
+      for (int j = 0; j < groups.size; ++j)
+        steps.push_back(static_cast<short>(groups.start[i] + groups.shape[j]));
+    std::sort(steps.begin(), steps.end());
+    EXPECT_EQ(steps, std::vector<short>(tent.step, tent.step + tent.stepCount)) << radius;
+    for (int i = 0; i < groups.size; ++i)
+      EXPECT_EQ(groups.shape[i] + groups.shape[groups.size - 1 - i], groups.shape[groups.size - 1]) << radius;
+  }
+  EXPECT_GT(gathered, 100);
+}
+
 TEST(Blur, IsThePlainForm) {
   unsigned seed = 0;
   for (const int width : {1, 2, 7, 16, 17, 33, 67, 130})
@@ -96,6 +115,19 @@ TEST(Blur, IsThePlainForm) {
       std::swap(upright.Width, upright.Height);
       expectPlain(&upright, radius);
     }
+}
+
+TEST(Blur, IsThePlainFormOfNarrowPicturesAndFewNeighbours) {
+  for (const double radius : {1.0001, 1.5, 2.0, 2.5, 3.0, 3.99, 4.0, 4.01, 5.0})
+    for (int width = 1; width <= 20; ++width)
+      expectPlain(test::randomPicture(width, 1 + width * 7 % 11, static_cast<unsigned>(width))->record(),
+                  radius);
+}
+
+TEST(Blur, IsThePlainFormWhereStepsAreGathered) {
+  for (const double radius : {64.0, 71.0, 80.0, 90.0, 99.5, 100.0, 104.9, 110.0, 130.0, 150.0, 170.7, 250.0})
+    for (const auto &[width, height] : {std::pair{33, 270}, {301, 70}, {5, 3}})
+      expectPlain(test::randomPicture(width, height, 7)->record(), radius);
 }
 
 TEST(Blur, EmptyPicturesAreEitherMadeOrRefused) {
