@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #ifdef ZOL_WITH_ZIMG
@@ -79,9 +80,11 @@ Channels<Byte> channelsOf(const PictureLayout &layout, Part part, Byte *data, in
   for (const int index : planes) {
     const PictureLayout::Plane plane = layout.plane(index);
     const bool chroma = format.isChroma(index);
-    channels.views.push_back({data + plane.offset + static_cast<size_t>(field) * plane.pitch,
+    // Where a source has no row in this field, its first one stands in.
+    const int first = std::is_const_v<Byte> && field >= plane.height ? 0 : field;
+    channels.views.push_back({data + plane.offset + static_cast<size_t>(first) * plane.pitch,
                               plane.pitch * static_cast<size_t>(fields), plane.width,
-                              (plane.height - field + fields - 1) / fields, chroma ? format.chromaShiftX : 0,
+                              (plane.height - first + fields - 1) / fields, chroma ? format.chromaShiftX : 0,
                               chroma ? format.chromaShiftY : 0});
   }
   return channels;
@@ -376,8 +379,10 @@ struct Converter::Work {
       throw MediaError("pictures cannot be converted: neither side is BGRA");
     placed.width = static_cast<int>(at.target.width);
     placed.height = static_cast<int>(at.target.height);
-    const bool byFields = (from.interlaced || to.interlaced) &&
-                          (in.chromaShiftY > 0 || out.chromaShiftY > 0 || from.height != placed.height);
+    // Chroma of a quarter of the rows is not interlaced.
+    const int shiftY = std::max(in.chromaShiftY, out.chromaShiftY);
+    const bool byFields =
+        (from.interlaced || to.interlaced) && (shiftY == 1 || (shiftY == 0 && from.height != placed.height));
     for (int i = 0; i < (byFields ? 2 : 1); ++i) {
       Field &field = fields.emplace_back();
       const int count = byFields ? 2 : 1;

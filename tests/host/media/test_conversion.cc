@@ -557,6 +557,22 @@ TEST_F(Conversion, ExtendsToTheEvenSizesThatEncodersTake) {
   EXPECT_EQ(extended, converted(larger, repeated, even));
 }
 
+TEST_F(Conversion, TakesEverySmallSize) {
+  for (const char *name : {"yuv420p", "yuva420p", "yuv410p", "gray10le", "gbrp", "bgra"})
+    for (const Fit fit : {Fit::Stretch, Fit::Letterbox, Fit::Crop, Fit::Extend})
+      for (int size = 0; size < 256; ++size) {
+        const int width = 1 + size % 4, height = 1 + size / 4 % 4;
+        PictureLayout from =
+            layoutOf(name, 1 + size / 16 % 4, 1 + size / 64, {M::Bt709, true, S::Left}, true);
+        PictureLayout to = bgraLayout(width, height);
+        const Bytes white = converted(bgraLayout(from.width, from.height),
+                                      Bytes(bgraLayout(from.width, from.height).bytes(), 255), from);
+        EXPECT_EQ(converted(from, white, to, fit, 0xFFFFFFFF), Bytes(to.bytes(), 255))
+            << name << ' ' << from.width << 'x' << from.height << " to " << width << 'x' << height << " fit "
+            << static_cast<int>(fit);
+      }
+}
+
 TEST_F(Conversion, RefusesWhatItCannotDo) {
   EXPECT_THROW(Converter(layoutOf("yuv420p", 16, 16), layoutOf("yuv444p", 16, 16)), MediaError);
   EXPECT_THROW(Converter(layoutOf("yuv420p", 16, 16, {M::Rgb, false, S::Left}), bgraLayout(16, 16)),
