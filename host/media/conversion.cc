@@ -2,7 +2,7 @@
 
 #include "host/media/aligned_bytes.h"
 #include "host/media/bgra_rows.h"
-#include "host/media/error.h"
+#include "host/model/error.h"
 
 #include <algorithm>
 #include <cmath>
@@ -158,7 +158,7 @@ End endOf(const PictureLayout &layout, Part part, bool grey, int width, int rows
   char reason[256] = "";
   zimg_get_last_error(reason, sizeof reason);
   zimg_clear_last_error();
-  throw MediaError(std::string("pictures cannot be converted: ") + reason);
+  throw HostError(std::string("pictures cannot be converted: ") + reason);
 }
 
 /// Some rows of every plane, used in turn.
@@ -376,7 +376,7 @@ struct Converter::Work {
         scaled(fit != Fit::Extend) {
     const PixelFormat &in = from.format, &out = to.format;
     if (!in.packed && !out.packed)
-      throw MediaError("pictures cannot be converted: neither side is BGRA");
+      throw HostError("pictures cannot be converted: neither side is BGRA");
     placed.width = static_cast<int>(at.target.width);
     placed.height = static_cast<int>(at.target.height);
     // Chroma of a quarter of the rows is not interlaced.
@@ -520,7 +520,7 @@ struct Converter::Work {};
 bool Converter::available() { return false; }
 
 Converter::Converter(const PictureLayout &, const PictureLayout &, Fit, uint32_t) {
-  throw MediaError("pictures cannot be converted: this program was built without zimg");
+  throw HostError("pictures cannot be converted: this program was built without zimg");
 }
 
 void Converter::convert(const uint8_t *, uint8_t *) {}

@@ -37,7 +37,7 @@ public:
   static bool available();
 
   /// One of the formats must be kBgra, and kBgra what is letterboxed. Bars get the bytes of `bars`. Throws
-  /// MediaError, without the name of a file, for what cannot be converted.
+  /// HostError, without the name of a file, for what cannot be converted.
   Converter(const PictureLayout &from, const PictureLayout &to, Fit fit = Fit::Stretch,
             uint32_t bars = 0xFF000000);
   ~Converter();

@@ -71,7 +71,7 @@ struct PictureLayout {
   PixelFormat format = kBgra;
   int width = 0;
   int height = 0;
-  ColorCoding coding;
+  ColorCoding coding{};
   bool interlaced = false; ///< Rows 0, 2, ... are one field, rows 1, 3, ... the other.
   double pixelAspect = 1;  ///< Width of a pixel by its height.
 

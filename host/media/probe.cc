@@ -100,9 +100,11 @@ void readVideo(const Json &stream, MediaInfo &info) {
   info.videoCodec = text(stream, "codec_name");
   const std::string pixelFormat = text(stream, "pix_fmt");
   info.alpha = hasAlpha(pixelFormat) || text(member(stream, "tags"), "alpha_mode") == "1";
-  info.untaggedHd = pixelFormat.starts_with("yuv") && !pixelFormat.starts_with("yuvj") &&
-                    member(stream, "color_space").is_null() && (info.width >= 1280 || info.height >= 720);
+  info.pixels = pipeFormat(pixelFormat, info.alpha);
+  info.coding = colorCoding(info.pixels, info.width, info.height, text(stream, "color_space"),
+                            text(stream, "color_range"), text(stream, "chroma_location"));
   info.pixelAspect = rationalIn(text(stream, "sample_aspect_ratio")).value_or(1).value();
+  info.turned = rotation(stream) != 0;
   if (std::lround(std::fmod(std::abs(rotation(stream)), 180)) == 90) {
     std::swap(info.width, info.height);
     info.pixelAspect = 1 / info.pixelAspect;
@@ -154,7 +156,7 @@ MediaInfo runProbe(const std::string &url, const std::string &shown, const std::
       "-show_entries",
       "format=format_name,duration:"
       "stream=codec_type,codec_name,width,height,pix_fmt,sample_aspect_ratio,avg_frame_rate,r_frame_rate,"
-      "nb_frames,duration,field_order,color_space,sample_rate,channels:"
+      "nb_frames,duration,field_order,color_space,color_range,chroma_location,sample_rate,channels:"
       "stream_disposition=attached_pic:stream_tags=rotate,alpha_mode:stream_side_data=rotation",
       url};
   Process::Options options;

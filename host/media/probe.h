@@ -1,6 +1,7 @@
 // What a media file holds.
 #pragma once
 
+#include "host/media/pixel_format.h"
 #include "host/model/error.h"
 #include "host/model/rational.h"
 
@@ -33,7 +34,9 @@ struct MediaInfo {
   bool interlaced = false;
   bool topFieldFirst = false;
   std::string videoCodec;
-  bool untaggedHd = false; ///< YUV of high definition that does not name its matrix, taken as BT.709.
+  PixelFormat pixels;  ///< As its pictures cross a pipe without loss.
+  ColorCoding coding;  ///< In that format.
+  bool turned = false; ///< Whether it is displayed turned, in whatever direction.
 
   bool hasAudio = false;
   int sampleRate = 0;

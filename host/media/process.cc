@@ -1,6 +1,7 @@
 #include "host/media/process.h"
 
 #include "host/media/interrupt.h"
+#include "host/media/pipe_size.h"
 #include "host/model/text.h"
 
 #include <algorithm>
@@ -22,7 +23,6 @@ namespace zol::host {
 namespace {
 
 constexpr size_t kErrorTail = 4096; // bytes of the child's standard error that are kept
-constexpr int kPipeBytes = 1 << 20; // wished capacity of a pipe, so that a frame takes few switches
 constexpr size_t kFeedBytes = 64 * 1024;
 constexpr int kFirstFreeFd = 10; // above the descriptors that the child's streams are moved to
 
@@ -91,7 +91,7 @@ struct Pipe {
           failWith("cannot make a pipe", errno);
         *end = Descriptor(moved);
       }
-    fcntl(writeEnd.get(), F_SETPIPE_SZ, kPipeBytes);
+    enlargePipe(writeEnd.get());
   }
 };
 
@@ -119,6 +119,12 @@ struct SpawnSetup {
   SpawnSetup(const SpawnSetup &) = delete;
   SpawnSetup &operator=(const SpawnSetup &) = delete;
 };
+
+/// Whether the child has ended; it stays to be reaped. Waits for that without WNOHANG, up to the next signal.
+bool hasEnded(pid_t pid, int flags) {
+  siginfo_t info{};
+  return waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOWAIT | flags) == 0 && info.si_pid == pid;
+}
 
 int exitStatus(int status) { return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status); }
 
@@ -195,11 +201,25 @@ void Process::kill() {
   output_.reset();
   if (pid_ <= 0)
     return;
-  ::kill(pid_, SIGKILL);
+  terminate();
+  while (!hasEnded(pid_, 0)) {
+  }
+  reap();
+  drainErrors();
+}
+
+void Process::terminate() {
+  const std::lock_guard lock(reaping_);
+  if (pid_ > 0)
+    ::kill(pid_, SIGKILL);
+}
+
+/// Of a child that has ended.
+void Process::reap() {
+  const std::lock_guard lock(reaping_);
   while (waitpid(pid_, &status_, 0) < 0 && errno == EINTR) {
   }
   pid_ = -1;
-  drainErrors();
 }
 
 void Process::drainErrors() {
@@ -366,15 +386,13 @@ int Process::wait() {
     input_.reset();
   endSecond();
   while (pid_ > 0) {
-    if (errors_ || second_ || feeding()) {
+    const bool busy = errors_ || second_ || feeding();
+    if (busy)
       pollOnce(0, kGlance);
-      if (waitpid(pid_, &status_, WNOHANG) == pid_)
-        pid_ = -1;
-    } else {
-      while (waitpid(pid_, &status_, 0) < 0 && errno == EINTR)
-        stopIfInterrupted();
-      pid_ = -1;
-    }
+    else
+      stopIfInterrupted();
+    if (hasEnded(pid_, busy ? WNOHANG : 0)) // not under the lock, so that terminate() can bring it about
+      reap();
   }
   drainErrors();
   return exitStatus(status_);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -30,8 +31,8 @@ private:
 };
 
 /// One running program. Its standard error is read on the side by every call that waits, so it never stalls
-/// the child; the last line that is not blank is kept. Not for use by several threads at once. A write to a
-/// child that is gone is an error, never a SIGPIPE.
+/// the child; the last line that is not blank is kept. Not for use by several threads at once, terminate()
+/// aside. A write to a child that is gone is an error, never a SIGPIPE.
 class Process {
 public:
   enum class Stream { None, Pipe, Inherit };
@@ -78,6 +79,8 @@ public:
 
   /// Kills and reaps at once.
   void kill();
+  /// Kills alone, so that calls that wait come to an end; other threads may be in them.
+  void terminate();
 
   /// The last line on the child's standard error that is not blank.
   [[nodiscard]] std::string lastLine() const;
@@ -92,9 +95,11 @@ private:
   [[nodiscard]] bool feeding() const { return feeds_ && input_; }
   void feedChild(bool readable);
   bool sendSecond();
+  void reap();
 
   std::string name_;
   Options options_;
+  std::mutex reaping_; ///< Held where the child's number may become invalid.
   pid_t pid_ = -1;
   int status_ = 0;
   Descriptor input_, output_, errors_, second_;

@@ -2,8 +2,8 @@
 #include "host/media/aligned_bytes.h"
 #include "host/media/bgra_rows.h"
 #include "host/media/conversion.h"
-#include "host/media/error.h"
 #include "host/media/process.h"
+#include "host/model/error.h"
 
 #include <algorithm>
 #include <array>
@@ -574,9 +574,9 @@ TEST_F(Conversion, TakesEverySmallSize) {
 }
 
 TEST_F(Conversion, RefusesWhatItCannotDo) {
-  EXPECT_THROW(Converter(layoutOf("yuv420p", 16, 16), layoutOf("yuv444p", 16, 16)), MediaError);
+  EXPECT_THROW(Converter(layoutOf("yuv420p", 16, 16), layoutOf("yuv444p", 16, 16)), HostError);
   EXPECT_THROW(Converter(layoutOf("yuv420p", 16, 16, {M::Rgb, false, S::Left}), bgraLayout(16, 16)),
-               MediaError);
+               HostError);
 }
 
 TEST(Placement, KeepsTheShapeAndTheFields) {
