@@ -53,9 +53,10 @@ WriterOptions RenderJob::writerOptions() const {
     return !input.isStream() && input.info()->hasAudio;
   });
   if (withSound != inputs_.end()) {
-    options.soundFile = withSound->file();
-    options.soundStart = timeline.timeOfFrame(settled_.span.first);
-    options.soundDuration = timeline.timeOfFrame(settled_.span.count);
+    options.companion.file = withSound->file();
+    options.companion.sound = true;
+    options.companion.start = timeline.timeOfFrame(settled_.span.first);
+    options.companion.duration = timeline.timeOfFrame(settled_.span.count);
   }
   return options;
 }
@@ -77,8 +78,8 @@ std::vector<std::string> RenderJob::commands() const {
   std::vector<std::string> lines;
   for (const Input &input : inputs_)
     lines.push_back(input.commandLine());
-  lines.push_back(writer_->commandLine());
-  std::erase(lines, "");
+  const auto writing = writer_->commandLines();
+  lines.insert(lines.end(), writing.begin(), writing.end());
   return lines;
 }
 

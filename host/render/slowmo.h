@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Runtimes/slomo_sdk/SlowMotion.h"
+#include "host/media/format.h"
 #include "host/model/clip.h"
 #include "host/model/rational.h"
 #include "host/render/render.h"
@@ -15,7 +16,6 @@
 namespace zol::host {
 
 enum class SlowMotionMethod : unsigned { mix = 0, vector = 1, object = 2 };
-enum class FieldOrder { none, topFirst, bottomFirst };
 
 /// What a clip shows at any time, also between its frames. The clip answers null where it has no frame, holds
 /// whole frames of one size, and outlives this one.
