@@ -179,8 +179,7 @@ void execute(RenderWords &words) {
     plan.alpha = "drop";
   std::transform(words.faults.begin(), words.faults.end(), std::back_inserter(plan.faults), faultIn);
   host::RenderJob job(plan);
-  for (const std::string &note : job.notes())
-    std::fprintf(stderr, "zol: %s\n", note.c_str());
+  printNotes(job.notes(), words.quiet);
   if (words.dryRun) {
     for (const std::string &line : job.commands())
       std::printf("%s\n", line.c_str());
@@ -191,6 +190,8 @@ void execute(RenderWords &words) {
     host::stopIfInterrupted();
     progress.show(done, all);
   });
+  progress.clear();
+  printNotes(job.notes(), words.quiet);
 }
 
 } // namespace

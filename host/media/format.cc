@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <optional>
 
 namespace zol::host {
 namespace {
@@ -366,6 +365,12 @@ const PictureRow *rowOfEncoder(std::string_view encoder) {
 }
 
 } // namespace
+
+std::optional<Quality> qualityNamed(std::string_view name) {
+  constexpr std::string_view kNames[] = {"draft", "good", "best", "lossless"};
+  const auto *found = std::find(std::begin(kNames), std::end(kNames), name);
+  return found == std::end(kNames) ? std::nullopt : std::optional(static_cast<Quality>(found - kNames));
+}
 
 std::string optionOf(const std::vector<std::string> &options, std::string_view names) {
   for (size_t i = options.size(); i > 1; --i)

@@ -3,6 +3,7 @@
 
 #include "host/model/rational.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +11,9 @@
 namespace zol::host {
 
 enum class Quality { draft, good, best, lossless };
+
+/// By the names above.
+std::optional<Quality> qualityNamed(std::string_view name);
 
 /// What is wanted of the encoders; all that is left out follows from the format.
 struct EncodingChoice {

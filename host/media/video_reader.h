@@ -61,6 +61,11 @@ public:
   /// Has all pictures scaled to fill this size; to be called before the first at().
   void scaleTo(int width, int height);
 
+  /// Has the first sound of a stream, which nobody else can read, written beside into a file, as raw floats
+  /// of the rate and the channels that info() tells, from the beginning on; to be called before the first
+  /// at().
+  void writeSoundTo(std::string file) { soundFile_ = std::move(file); }
+
   /// The frame shown at `start + index / rate`; the last one for every index behind the end; a still always.
   /// The same index gives the same bytes in any order of calls. Next frames and those of the window are
   /// cheap, others start the child anew with a seek. Throws HostError when the file cannot be decoded, and
@@ -82,6 +87,7 @@ private:
   Source source_;
   VideoReaderOptions options_;
   MediaInfo info_;
+  std::string soundFile_;
   std::unique_ptr<Process> process_;
   std::deque<std::shared_ptr<Frame>> recent_; ///< Frames next_ - size ... next_ - 1.
   std::shared_ptr<Frame> spare_;

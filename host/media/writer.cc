@@ -37,13 +37,23 @@ std::string tempoFilter(double tempo) {
 
 } // namespace
 
+bool canCopyPictures(const std::string &from, const std::string &to, const EncodingChoice &encoding,
+                     const MediaPrograms &programs) {
+  Words args{programs.ffmpeg, "-v", "error", "-nostdin", "-y", "-i", fileUrl(from)};
+  add(args, {"-map", "0:V:0", "-c", "copy", "-frames:v", "1"});
+  if (const std::string_view muxer = formatOf(to, encoding).muxer; !muxer.empty())
+    add(args, {"-f", std::string(muxer)});
+  args.emplace_back("/dev/null");
+  return Process(args).wait() == 0;
+}
+
 MediaWriter::MediaWriter(std::string file, WriterOptions options)
     : file_(std::move(file)), options_(std::move(options)),
       raw_(file_ == "-" && optionOf(options_.encoding.options, "-f").empty()) {
-  check();
   if (!raw_)
     output_ = isSequence() ? makeOutputSequence(file_, options_.overwrite)
                            : makeOutputFile(file_, options_.overwrite);
+  check();
 }
 
 MediaWriter::~MediaWriter() = default;
@@ -136,7 +146,7 @@ void MediaWriter::addSoundWords(Words &args, const std::string &input) const {
     append(tempoFilter(from.tempo));
   if (!encoding.layouts.empty())
     append("aformat=channel_layouts=" + encoding.layouts);
-  const bool endless = from.sound && from.duration <= 0 && hasPictures();
+  const bool endless = from.sound && from.duration <= 0 && hasPictures() && !soundComesLate();
   if (endless)
     append("apad");
   if (!filters.empty())

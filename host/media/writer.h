@@ -47,6 +47,10 @@ struct WriterOptions {
   MediaPrograms programs;
 };
 
+/// Whether a file can take the pictures of another as they are; tried with the first of them.
+bool canCopyPictures(const std::string &from, const std::string &to, const EncodingChoice &encoding,
+                     const MediaPrograms &programs);
+
 /// Writes one file whose format the name tells, or a set of numbered pictures. It appears whole in finish()
 /// or not at all: see Output. `-` is standard output: raw BGRA frames, or raw floats without pictures, unless
 /// the options for ffmpeg name a format.

@@ -83,6 +83,12 @@ std::vector<std::string> Chain::notes() {
   return lines;
 }
 
+const NumberCurve *Chain::numbers(size_t stage, std::string_view field) const {
+  Instance &instance = stages_[stage]->instance();
+  const int id = instance.effect().fieldId(field);
+  return id < 0 ? nullptr : instance.session().parameters.numbers.find(id, 0);
+}
+
 void Chain::release() {
   for (const auto &clip : clips_)
     clip->release();

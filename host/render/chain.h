@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -50,6 +51,9 @@ public:
 
   /// What settings left out of the files that they name, a line each.
   [[nodiscard]] std::vector<std::string> notes();
+
+  /// The values over time of a stage's field; null where it has no such field, or not of numbers.
+  [[nodiscard]] const NumberCurve *numbers(size_t stage, std::string_view field) const;
 
   /// Gives back all that inputs and stages have handed out.
   void release();

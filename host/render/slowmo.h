@@ -12,6 +12,7 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace zol::host {
 
@@ -51,11 +52,14 @@ struct SlowMotionPlan {
   SlowMotionMethod method = SlowMotionMethod::vector;
   FieldOrder fields = FieldOrder::none;
   bool overwrite = false;
+  bool noSound = false;
+  EncodingChoice encoding;
   MediaPrograms programs;
 };
 
-/// Writes the clip `factor` times as long at its own frame rate, without its sound. Throws HostError with one
-/// clear line; the output appears whole or not at all.
-void slowMotion(const SlowMotionPlan &plan, const Progress &progress);
+/// Writes the clip `factor` times as long at its own frame rate, its sound stretched to that length as far as
+/// it bears it. Throws HostError with one clear line; the output appears whole or not at all. What is left
+/// out, a line each.
+std::vector<std::string> slowMotion(const SlowMotionPlan &plan, const Progress &progress);
 
 } // namespace zol::host
