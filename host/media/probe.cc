@@ -118,8 +118,28 @@ void readVideo(const Json &stream, MediaInfo &info) {
   info.frameRate = info.still ? Rational() : frameRate(stream);
 }
 
+MediaExtras extrasOf(const Json &answer) {
+  MediaExtras extras;
+  const auto addTimecode = [&](const Json &object) {
+    if (extras.timecode.empty())
+      extras.timecode = text(member(object, "tags"), "timecode");
+  };
+  for (const Json &stream : member(answer, "streams")) {
+    const std::string type = text(stream, "codec_type");
+    extras.sounds += type == "audio";
+    if (type == "subtitle")
+      extras.subtitles.push_back(text(stream, "codec_name"));
+    extras.others += type == "attachment" || (type == "data" && text(stream, "codec_tag_string") != "tmcd");
+    addTimecode(stream);
+  }
+  addTimecode(member(answer, "format"));
+  extras.tags = !member(member(answer, "format"), "tags").empty() || !member(answer, "chapters").empty();
+  return extras;
+}
+
 MediaInfo infoFrom(const Json &answer) {
   MediaInfo info;
+  info.extras = extrasOf(answer);
   const Json &format = member(answer, "format");
   info.format = text(format, "format_name");
   const Json &streams = member(answer, "streams");
@@ -158,6 +178,8 @@ MediaInfo runProbe(const std::string &url, const std::string &shown, const std::
       "stream=codec_type,codec_name,width,height,pix_fmt,sample_aspect_ratio,avg_frame_rate,r_frame_rate,"
       "nb_frames,duration,field_order,color_space,color_range,chroma_location,sample_rate,channels:"
       "stream_disposition=attached_pic:stream_tags=rotate,alpha_mode:stream_side_data=rotation",
+      "-show_entries",
+      "stream=codec_tag_string:stream_tags=timecode:format_tags:chapter=id",
       url};
   Process::Options options;
   options.output = Process::Stream::Pipe;

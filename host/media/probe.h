@@ -19,6 +19,15 @@ struct MediaPrograms {
   bool operator==(const MediaPrograms &) const = default;
 };
 
+/// What else stands in a file beside its first pictures and its first sound.
+struct MediaExtras {
+  int sounds = 0;                     ///< tracks of sound, the first one counted too
+  std::vector<std::string> subtitles; ///< the codec of each track
+  int others = 0;                     ///< tracks of data and attachments; timecodes aside
+  bool tags = false;                  ///< whether it says anything of itself, or has chapters
+  std::string timecode;               ///< of its first picture; empty: none
+};
+
 /// Facts about a file. Everything about pictures is 0 or false without hasVideo, likewise sound.
 struct MediaInfo {
   std::string format;  ///< The container as ffprobe names it, possibly several names joined by commas.
@@ -42,6 +51,8 @@ struct MediaInfo {
   int sampleRate = 0;
   int channels = 0;
   std::string audioCodec;
+
+  MediaExtras extras;
 };
 
 /// Looks into a file. Cover pictures of sound files do not count as video. Throws HostError for what cannot

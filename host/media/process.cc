@@ -435,6 +435,15 @@ int writeFully(int fd, const void *data, size_t size) {
 
 std::string errorMessage(int error) { return std::generic_category().message(error); }
 
+namespace {
+
+std::string octal(unsigned char code) {
+  return {static_cast<char>('0' + code / 64), static_cast<char>('0' + code / 8 % 8),
+          static_cast<char>('0' + code % 8)};
+}
+
+} // namespace
+
 std::string shellQuoted(const std::vector<std::string> &arguments) {
   constexpr const char *kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+=./:,@%";
   std::string line;
@@ -447,7 +456,12 @@ std::string shellQuoted(const std::vector<std::string> &arguments) {
     }
     line += '\'';
     for (const char c : argument)
-      line += c == '\'' ? std::string("'\\''") : std::string(1, c);
+      if (c == '\'')
+        line += "'\\''";
+      else if (const auto code = static_cast<unsigned char>(c); c != '\n' && (code < ' ' || code == 0x7F))
+        line += "'\"$(printf '\\" + octal(code) + "')\"'"; // which a terminal would obey
+      else
+        line += c;
     line += '\'';
   }
   return line;

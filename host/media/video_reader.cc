@@ -128,6 +128,9 @@ std::vector<std::string> VideoReader::arguments(size_t first) const {
   if (info_.still)
     add({"-frames:v", "1"});
   add({"-f", "rawvideo", "-pix_fmt", format, "pipe:1"});
+  if (!soundFile_.empty()) // -y: the file is there already
+    add({"-map", "0:a:0", "-af", "aresample=async=1:first_pts=0", "-ar", std::to_string(info_.sampleRate),
+         "-ac", std::to_string(info_.channels), "-f", "f32le", "-y", fileUrl(soundFile_)});
   return args;
 }
 

@@ -54,6 +54,11 @@ public:
   /// Has all pictures scaled to fill this size; to be called before the first at().
   void scaleTo(int width, int height);
 
+  /// Has the first sound of a stream, which nobody else can read, written beside into a file, as raw floats
+  /// of the rate and the channels that info() tells, from the beginning on; to be called before the first
+  /// at().
+  void writeSoundTo(std::string file) { soundFile_ = std::move(file); }
+
   /// The frame shown at `start + index / rate`; the last one for every index behind the end; a still always.
   /// The same index gives the same bytes in any order of calls. Next frames, those of the window and those
   /// that were asked for lately are cheap, also at a few places of a file in turn; others start a child anew
@@ -93,6 +98,7 @@ private:
   Source source_;
   VideoReaderOptions options_;
   MediaInfo info_;
+  std::string soundFile_;
   std::shared_ptr<FramePool> pool_;
   std::vector<Cursor> cursors_;
   std::deque<Known> asked_; ///< What was asked for lately, the latest last.

@@ -11,6 +11,7 @@ bool PictureLoop::step(MediaWriter &writer) {
     if (const auto length = leading_->length();
         length && indexAt(time, leading_->pictures()->rate()) >= *length)
       return false;
+  opacity_.settle(picture->record()->Pixels, picture->pixels());
   writer.writeFrame(picture->record()->Pixels);
   chain_.release();
   ++done_;
