@@ -483,8 +483,24 @@ std::string conversion(const PictureEncoding &encoding, const PictureShape &shap
 
 } // namespace
 
-std::string filtersFor(const PictureEncoding &encoding, const PictureShape &shape) {
-  std::string filters = conversion(encoding, shape);
+std::optional<ColorCoding> codingOf(Colours colours, int width, int height) {
+  const bool highDefinition = width >= 1280 || height >= 720;
+  switch (colours) {
+  case asis:
+  case palette: break;
+  case Colours::jpeg: return ColorCoding{ColorMatrix::Bt601, true, ChromaSite::Center};
+  case bt709: return ColorCoding{ColorMatrix::Bt709};
+  case untagged: return ColorCoding{highDefinition ? ColorMatrix::Bt709 : ColorMatrix::Bt601};
+  }
+  return std::nullopt;
+}
+
+std::string filtersFor(const PictureEncoding &encoding, const PictureShape &shape, const PixelFormat &from) {
+  std::string filters;
+  if (from == kBgra)
+    filters = conversion(encoding, shape);
+  else if (from.name() != encoding.pixelFormat)
+    filters = "format=" + encoding.pixelFormat; // the same samples in another order
   const auto append = [&](const std::string &filter) { (filters += filters.empty() ? "" : ",") += filter; };
   if (shape.fields != FieldOrder::none)
     append(shape.fields == FieldOrder::topFirst ? "setfield=tff" : "setfield=bff");

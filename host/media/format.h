@@ -1,6 +1,7 @@
 // Formats of written files: what each can hold, and the words that have ffmpeg encode it.
 #pragma once
 
+#include "host/media/pixel_format.h"
 #include "host/model/rational.h"
 
 #include <optional>
@@ -89,7 +90,10 @@ struct PictureShape {
   FieldOrder fields = FieldOrder::none;
 };
 
-/// ffmpeg's filters that bring BGRA pictures to an encoding.
-std::string filtersFor(const PictureEncoding &encoding, const PictureShape &shape);
+/// How the samples of YUV pictures are coded; nothing where that is ffmpeg's matter.
+std::optional<ColorCoding> codingOf(Colours colours, int width, int height);
+
+/// ffmpeg's filters that bring pictures of a format, BGRA or what codingOf() tells, to an encoding.
+std::string filtersFor(const PictureEncoding &encoding, const PictureShape &shape, const PixelFormat &from);
 
 } // namespace zol::host

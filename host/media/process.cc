@@ -14,6 +14,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -416,6 +417,14 @@ std::string Process::lastLine() const {
     end = begin - 1;
   }
   return {};
+}
+
+Descriptor nonBlockingOutput() {
+  struct stat status {};
+  if (fstat(STDOUT_FILENO, &status) == 0 && S_ISFIFO(status.st_mode))
+    if (const int anew = open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_CLOEXEC); anew >= 0)
+      return Descriptor(anew);
+  return Descriptor(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0));
 }
 
 int writeFully(int fd, const void *data, size_t size) {

@@ -111,7 +111,12 @@ private:
   std::string errorText_;
 };
 
-/// Writes all of it, without a SIGPIPE; 0 or the error number.
+/// Standard output, where it is a pipe opened anew so that writing to it never blocks; whoever shares it sees
+/// no difference.
+Descriptor nonBlockingOutput();
+
+/// Writes all of it, without a SIGPIPE; 0 or the error number. Throws Interrupted, while the descriptor
+/// blocks only where the signal comes to this thread.
 int writeFully(int fd, const void *data, size_t size);
 
 /// The system's words for an error number.

@@ -19,12 +19,33 @@ using Words = std::vector<std::string>;
 constexpr int kLargestSide = 32767;
 constexpr size_t kMostQueued = size_t{64} << 20;
 
-void add(Words &args, std::initializer_list<std::string> more) { args.insert(args.end(), more); }
+void add(Words &args, const Words &more) { args.insert(args.end(), more.begin(), more.end()); }
 
 void addWords(Words &args, std::string_view words) {
   for (const std::string_view word : split(words, ' '))
     if (!word.empty())
       args.emplace_back(word);
+}
+
+/// Options of an input or an output. Some encoders look at the frames alone, some files at the options alone:
+/// both name the colours.
+Words colourWords(Colours colours) {
+  if (colours == Colours::jpeg)
+    return {"-color_range", "pc"};
+  if (colours == Colours::untagged)
+    return {"-color_range", "tv"};
+  if (colours == Colours::bt709)
+    return {"-color_range",
+            "tv",
+            "-colorspace",
+            "bt709",
+            "-color_primaries",
+            "bt709",
+            "-color_trc",
+            "bt709",
+            "-chroma_sample_location",
+            "left"};
+  return {};
 }
 
 /// Slower than half goes in steps.
@@ -54,6 +75,7 @@ MediaWriter::MediaWriter(std::string file, WriterOptions options)
     output_ = isSequence() ? makeOutputSequence(file_, options_.overwrite)
                            : makeOutputFile(file_, options_.overwrite);
   check();
+  pipe_ = pipeLayout();
 }
 
 MediaWriter::~MediaWriter() = default;
@@ -103,19 +125,45 @@ void MediaWriter::check() const {
     (void)soundEncoding(format, file_, o.encoding);
 }
 
+size_t MediaWriter::pictureBytes() const {
+  return size_t{4} * static_cast<size_t>(options_.width) * static_cast<size_t>(options_.height);
+}
+
 // ---- The command ----
+
+PictureEncoding MediaWriter::encodingOfPictures() const {
+  const WriterOptions &o = options_;
+  constexpr int kLeastOfFfv1 = 4; // smaller ones come back damaged
+  PictureEncoding encoding = pictureEncoding(formatOf(file_, o.encoding), file_, o.encoding, o.alpha);
+  if (encoding.words.starts_with("-c:v ffv1") && std::min(o.width, o.height) < kLeastOfFfv1)
+    return {"-c:v png", o.alpha ? "rgba" : "rgb24", Colours::asis, o.alpha, false};
+  return encoding;
+}
+
+/// Pictures as the child gets them: the encoder's where they can be made here.
+PictureLayout MediaWriter::pipeLayout() const {
+  const WriterOptions &o = options_;
+  PictureLayout layout{kBgra, o.width, o.height};
+  if (!hasPictures() || raw_ || !o.filter.empty() || !Converter::available())
+    return layout;
+  const PictureEncoding encoding = encodingOfPictures();
+  const auto coding = codingOf(encoding.colours, o.width, o.height);
+  const PixelFormat format = pipeFormat(encoding.pixelFormat);
+  if (!coding || format.family != ColorFamily::Yuv)
+    return layout;
+  const auto roundedUp = [](int size, int shift) { return (size + (1 << shift) - 1) >> shift << shift; };
+  return {format, roundedUp(o.width, format.chromaShiftX), roundedUp(o.height, format.chromaShiftY), *coding,
+          o.fields != FieldOrder::none && encoding.fields};
+}
 
 void MediaWriter::addPictureWords(Words &args, const std::string &input) const {
   const WriterOptions &o = options_;
   const Format &format = formatOf(file_, o.encoding);
-  PictureEncoding encoding = pictureEncoding(format, file_, o.encoding, o.alpha);
-  constexpr int kLeastOfFfv1 = 4; // smaller ones come back damaged
-  if (encoding.words.starts_with("-c:v ffv1") && std::min(o.width, o.height) < kLeastOfFfv1)
-    encoding = {"-c:v png", o.alpha ? "rgba" : "rgb24", Colours::asis, o.alpha, false};
+  const PictureEncoding encoding = encodingOfPictures();
   add(args, {"-map", input + ":v:0"});
   const bool fields = o.fields != FieldOrder::none && encoding.fields;
-  std::string filters =
-      filtersFor(encoding, {o.width, o.height, o.pixelAspect, fields ? o.fields : FieldOrder::none});
+  std::string filters = filtersFor(
+      encoding, {o.width, o.height, o.pixelAspect, fields ? o.fields : FieldOrder::none}, pipe_.format);
   if (!o.filter.empty())
     filters = filters.empty() ? o.filter : o.filter + ',' + filters;
   if (!filters.empty())
@@ -123,9 +171,7 @@ void MediaWriter::addPictureWords(Words &args, const std::string &input) const {
   addWords(args, encoding.words);
   if (fields)
     add(args, {"-flags", "+ildct+ilme"});
-  if (encoding.colours == Colours::bt709)
-    add(args,
-        {"-colorspace", "bt709", "-color_primaries", "bt709", "-color_trc", "bt709", "-color_range", "tv"});
+  add(args, colourWords(encoding.colours));
   if (isSequence())
     add(args, {"-start_number", std::to_string(o.firstNumber)});
   else if (format.kind == FileKind::still)
@@ -198,9 +244,13 @@ std::vector<std::string> MediaWriter::arguments(const std::string &target, Pass 
     add(args, {"-i", fileUrl(picturesAlone_)});
     pictures = next();
   } else if (hasPictures()) {
-    add(args, {"-f", "rawvideo", "-pixel_format", o.alpha ? "bgra" : "bgr0", "-video_size",
-               std::to_string(o.width) + "x" + std::to_string(o.height), "-framerate", o.rate.text(),
-               "-probesize", "32", "-analyzeduration", "0", "-i", "pipe:0"});
+    add(args,
+        {"-f", "rawvideo", "-pixel_format", pipe_.format == kBgra && !o.alpha ? "bgr0" : pipe_.format.name(),
+         "-video_size", std::to_string(pipe_.width) + "x" + std::to_string(pipe_.height), "-framerate",
+         o.rate.text(), "-probesize", "32", "-analyzeduration", "0"});
+    if (pipe_.format != kBgra)
+      add(args, colourWords(encodingOfPictures().colours));
+    add(args, {"-i", "pipe:0"});
     pictures = next();
   }
   if (!from.file.empty() && pass != Pass::picturesAlone) {
@@ -258,36 +308,78 @@ template <class Work> auto MediaWriter::orFail(Work work) {
   }
 }
 
-void MediaWriter::start() {
+void MediaWriter::prepare() {
   if (done_)
     throw std::logic_error("the file is already complete or given up");
-  if (process_ || raw_)
+  if (behind_)
     return;
-  Process::Options options;
-  options.input = Process::Stream::Pipe;
-  options.output = file_ == "-" ? Process::Stream::Inherit : Process::Stream::None;
-  options.secondInput = hasPictures() && hasSamples();
-  orFail([&] {
-    if (soundComesLate())
-      picturesAlone_ = output_->spare();
-    process_ =
-        std::make_unique<Process>(soundComesLate() ? arguments(fileUrl(picturesAlone_), Pass::picturesAlone)
-                                                   : arguments(output_->begin(), Pass::whole),
-                                  options);
-  });
+  if (raw_) {
+    standardOutput_ = nonBlockingOutput();
+  } else {
+    Process::Options options;
+    options.input = Process::Stream::Pipe;
+    options.output = file_ == "-" ? Process::Stream::Inherit : Process::Stream::None;
+    options.secondInput = hasPictures() && hasSamples();
+    orFail([&] {
+      if (soundComesLate())
+        picturesAlone_ = output_->spare();
+      process_ =
+          std::make_unique<Process>(soundComesLate() ? arguments(fileUrl(picturesAlone_), Pass::picturesAlone)
+                                                     : arguments(output_->begin(), Pass::whole),
+                                    options);
+    });
+  }
+  constexpr size_t kWaiting = size_t{64} << 20, kMostPictures = 4, kBlocks = 64;
+  const size_t depth =
+      hasPictures() ? std::clamp<size_t>(kWaiting / pictureBytes(), 1, kMostPictures) : kBlocks;
+  behind_.emplace(
+      depth, [](const std::function<void()> &work) { work(); },
+      [this] {
+        if (process_)
+          process_->terminate();
+      });
+}
+
+/// Has something done in the thread.
+void MediaWriter::hand(std::function<void()> work) {
+  prepare();
+  begun_ = true;
+  orFail([&] { behind_->put(std::move(work)); });
 }
 
 void MediaWriter::put(const void *data, size_t size) {
   if (raw_) {
-    const int error = writeFully(STDOUT_FILENO, data, size);
+    const int error = writeFully(standardOutput_.get(), data, size);
     if (error != 0)
-      fail(errorMessage(error));
+      throw HostError(errorMessage(error));
   } else if (!process_->write(data, size)) {
-    failAsChild();
+    throwAsChild();
   }
 }
 
-void MediaWriter::writeFrame(const void *pixels) {
+void MediaWriter::sendPicture(const void *pixels) {
+  if (pipe_.format == kBgra) {
+    put(pixels, pictureBytes());
+    return;
+  }
+  if (!converter_) {
+    converter_.emplace(PictureLayout{kBgra, options_.width, options_.height}, pipe_, Fit::Extend);
+    converted_ = alignedBytes(pipe_.bytes());
+  }
+  converter_->convert(static_cast<const uint8_t *>(pixels), converted_.get());
+  put(converted_.get(), pipe_.bytes());
+}
+
+void MediaWriter::sendSamples(const std::vector<float> &samples) {
+  if (!hasPictures())
+    put(samples.data(), samples.size() * sizeof(float));
+  else if (!process_->queueSecond(samples.data(), samples.size() * sizeof(float)))
+    throwAsChild();
+  else if (process_->queued() > kMostQueued)
+    throw HostError("the sound runs too far ahead of the pictures");
+}
+
+void MediaWriter::writeFrame(std::shared_ptr<const void> pixels) {
   if (!hasPictures())
     throw std::logic_error("a picture for a file of sound");
   if (frames_ == 1 && !raw_ && isStill(file_))
@@ -295,31 +387,29 @@ void MediaWriter::writeFrame(const void *pixels) {
   if (hasSamples() && !samplesEnded_ &&
       static_cast<double>(samples_) < std::floor(timeOf(frames_, options_.rate) * options_.sampleRate) + 1)
     throw std::logic_error("the sound of a picture comes before the picture");
-  start();
-  put(pixels, size_t{4} * static_cast<size_t>(options_.width) * static_cast<size_t>(options_.height));
   ++frames_;
+  hand([this, kept = std::move(pixels)] { sendPicture(kept.get()); });
+}
+
+void MediaWriter::writeFrame(const void *pixels) {
+  const auto *bytes = static_cast<const uint8_t *>(pixels);
+  auto copy = std::make_shared<std::vector<uint8_t>>(bytes, bytes + pictureBytes());
+  writeFrame(std::shared_ptr<const void>(copy, copy->data()));
 }
 
 void MediaWriter::writeSamples(const float *samples, size_t frames) {
   if (!hasSamples() || samplesEnded_)
     throw std::logic_error("samples for a file of pictures");
-  start();
-  const size_t size = frames * static_cast<size_t>(options_.channels) * sizeof(float);
   samples_ += frames;
-  if (!hasPictures()) {
-    put(samples, size);
-    return;
-  }
-  if (!process_->queueSecond(samples, size))
-    failAsChild();
-  if (process_->queued() > kMostQueued)
-    fail("the sound runs too far ahead of the pictures");
+  hand([this, copy = std::vector<float>(samples, samples + frames * static_cast<size_t>(options_.channels))] {
+    sendSamples(copy);
+  });
 }
 
 void MediaWriter::endSamples() {
   samplesEnded_ = true;
-  if (process_)
-    process_->endSecond();
+  if (behind_ && !raw_)
+    hand([this] { process_->endSecond(); });
 }
 
 std::string MediaWriter::soundBeside() {
@@ -331,8 +421,10 @@ std::string MediaWriter::soundBeside() {
 void MediaWriter::finish() {
   if (done_)
     return;
-  if (!process_ && !raw_)
+  if (!begun_ && !raw_)
     fail(hasPictures() ? "no pictures came" : "no sound came");
+  if (behind_)
+    orFail([&] { behind_->finish(); });
   if (process_) {
     waitForChild();
     if (soundComesLate()) {
@@ -352,23 +444,24 @@ void MediaWriter::waitForChild() {
   const std::string &said = process_->errorTail();
   if (status != 0 || said.find("Error writing trailer") != std::string::npos ||
       said.find("Error closing file") != std::string::npos)
-    failAsChild();
+    orFail([&] { throwAsChild(); });
 }
 
 void MediaWriter::fail(const std::string &reason) {
+  behind_.reset();
   process_.reset();
   output_.reset();
   done_ = true;
   throw HostError("cannot write " + name() + ": " + reason);
 }
 
-void MediaWriter::failAsChild() {
+void MediaWriter::throwAsChild() {
   process_->wait();
   const std::string place = picturesAlone_.empty() ? output_->place() : picturesAlone_;
   std::string reason = reasonOf(*process_, fileUrl(place));
   for (size_t at; !place.empty() && (at = reason.find(place)) != std::string::npos;)
     reason.replace(at, place.size(), file_);
-  fail(reason);
+  throw HostError(reason);
 }
 
 } // namespace zol::host

@@ -1,14 +1,19 @@
 // Frames and samples into a media file, through an ffmpeg child.
 #pragma once
 
+#include "host/media/aligned_bytes.h"
+#include "host/media/conversion.h"
 #include "host/media/format.h"
 #include "host/media/output_file.h"
 #include "host/media/probe.h"
 #include "host/media/process.h"
+#include "host/media/queue.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -53,7 +58,8 @@ bool canCopyPictures(const std::string &from, const std::string &to, const Encod
 
 /// Writes one file whose format the name tells, or a set of numbered pictures. It appears whole in finish()
 /// or not at all: see Output. `-` is standard output: raw BGRA frames, or raw floats without pictures, unless
-/// the options for ffmpeg name a format.
+/// the options for ffmpeg name a format. Pictures and samples are converted and handed on in a thread of
+/// their own: what goes wrong there is thrown by a later call, by finish() at the latest.
 class MediaWriter {
 public:
   /// Throws HostError at once for what can be told at once: a file that exists, a missing or unwritable
@@ -63,7 +69,13 @@ public:
   MediaWriter(const MediaWriter &) = delete;
   MediaWriter &operator=(const MediaWriter &) = delete;
 
-  /// The next picture: width * height pixels of four bytes (blue, green, red, alpha), rows without padding.
+  /// Starts the child, so that it is ready when the first picture is; writing does so otherwise.
+  void prepare();
+
+  /// The next picture: width * height pixels of four bytes (blue, green, red, alpha), rows without padding,
+  /// which stay as they are.
+  void writeFrame(std::shared_ptr<const void> pixels);
+  /// The same for pixels that are copied.
   void writeFrame(const void *pixels);
 
   /// The next `frames` sample frames, interleaved. Beside pictures, give the sound of a picture before the
@@ -102,23 +114,36 @@ private:
   [[nodiscard]] bool isSequence() const;
   [[nodiscard]] std::string name() const { return file_ == "-" ? "to standard output" : file_; }
   void check() const;
-  void start();
+  [[nodiscard]] size_t pictureBytes() const;
+  [[nodiscard]] PictureEncoding encodingOfPictures() const;
+  [[nodiscard]] PictureLayout pipeLayout() const;
+  void begin();
+  void hand(std::function<void()> work);
+  void sendPicture(const void *pixels);
+  void sendSamples(const std::vector<float> &samples);
   void put(const void *data, size_t size);
   void waitForChild();
   template <class Work> auto orFail(Work work);
   [[noreturn]] void fail(const std::string &reason);
-  [[noreturn]] void failAsChild();
+  [[noreturn]] void throwAsChild();
 
   std::string file_;
   WriterOptions options_;
   bool raw_; ///< To standard output, without a child.
   std::unique_ptr<Output> output_;
   std::string picturesAlone_; ///< Where pictures wait for their sound.
+  bool begun_ = false;        ///< Whether something was written.
   bool samplesEnded_ = false;
   bool done_ = false; ///< Finished or failed.
   uint64_t frames_ = 0;
   uint64_t samples_ = 0;
+  // What the thread works with, which goes first.
   std::unique_ptr<Process> process_;
+  Descriptor standardOutput_;
+  PictureLayout pipe_;
+  std::optional<Converter> converter_; ///< None where the child takes BGRA.
+  AlignedBytes converted_;
+  std::optional<WriteBehind<std::function<void()>>> behind_;
 };
 
 } // namespace zol::host

@@ -47,6 +47,7 @@ void RenderJob::run(const Progress &progress) {
 }
 
 void RenderJob::runPictures(const Progress &progress) {
+  writer_->prepare();
   if (output_.soundStream)
     inputs_[*output_.soundStream].pictures()->writeSoundTo(writer_->soundBeside());
   Opacity opacity(output_.watchAlpha, output_.forceOpaque);
