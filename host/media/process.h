@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <sys/types.h>
 #include <vector>
 
@@ -79,8 +80,8 @@ public:
   /// Kills and reaps at once.
   void kill();
 
-  /// The last line on the child's standard error that is not blank.
-  [[nodiscard]] std::string lastLine() const;
+  /// The last line on the child's standard error that is not blank, and that `tells` accepts, if given.
+  [[nodiscard]] std::string lastLine(bool (*tells)(std::string_view line) = nullptr) const;
   /// The end of its standard error as it came.
   [[nodiscard]] const std::string &errorTail() const { return errorText_; }
 
