@@ -5,10 +5,13 @@
 #include "host/media/interrupt.h"
 #include "host/model/error.h"
 #include "host/model/text.h"
+#include "host/render/batch.h"
 #include "host/render/render.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
+#include <set>
 
 namespace zol::command {
 namespace {
@@ -60,7 +63,9 @@ void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
          "an item's text or value; on or off; SVG path data or @file.svg; a file for an input")
       ->type_name("FIELD=VALUE")
       ->allow_extra_args(false);
-  app.add_option("-o", words.plan.output, "Output file, its format told by its name; - is stdout, raw")
+  app.add_option(
+         "-o", words.plan.output,
+         "Output file, its format told by its name; numbered pictures as f-%06d.png; - is stdout, raw")
       ->type_name("FILE");
   app.add_flag("-y", words.plan.overwrite, "Replace the output file if it exists");
   app.add_option("--size", words.size, "Picture size, by default the first input's, else 720x576")
@@ -110,6 +115,8 @@ void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
              "the next:\n"
              "  zol render deinterlace -i tape.avi ! blur --set Blurriness=0.02 -o soft.mp4\n"
              "  zol render mix -i a.jpg -i b.jpg -o half.png --set Transition=0.5\n"
+             "An output for each of many files, {name} being the name of the one without its extension:\n"
+             "  zol render blur -i 'in/*.jpg' -o 'out/{name}.png'\n"
              "Words behind \"--\" go to the ffmpeg that writes the output:\n"
              "  zol render blur -i a.mp4 -o b.mp4 -- -c:v libx264 -preset veryfast");
 }
@@ -158,6 +165,39 @@ template <class Value> std::optional<Value> given(Value value) {
   return value == Value{} ? std::nullopt : std::optional(value);
 }
 
+void printCommands(const host::RenderJob &job) {
+  for (const std::string &line : job.commands())
+    std::printf("%s\n", line.c_str());
+}
+
+void executeBatch(const RenderWords &words) {
+  const std::vector<RenderPlan> plans = host::batchPlans(words.plan);
+  const auto library = std::make_shared<const host::EffectLibrary>(words.host.libraryFile(), words.plan.host);
+  if (words.dryRun) {
+    for (const RenderPlan &plan : plans)
+      printCommands(host::RenderJob(plan, library));
+    return;
+  }
+  ProgressLine progress("files", words.quiet);
+  size_t failed = 0;
+  std::set<std::string> notes; // each once
+  host::runBatch(plans, library, [&](const host::BatchResult &result, size_t done) {
+    progress.clear();
+    if (!result.error.empty() && ++failed > 0)
+      std::fprintf(stderr, "zol: %s\n", host::printable(result.error).c_str());
+    for (const std::string &note : result.notes)
+      if (notes.insert(note).second)
+        printNotes({note}, words.quiet);
+    progress.show(done, plans.size());
+  });
+  progress.clear();
+  if (failed > 0)
+    throw host::HostError(std::to_string(failed) + " of " + std::to_string(plans.size()) +
+                          " files could not be rendered");
+  if (!words.quiet)
+    std::fprintf(stderr, "zol: %zu files rendered\n", plans.size());
+}
+
 void execute(RenderWords &words) {
   RenderPlan &plan = words.plan;
   plan.host = words.host.host;
@@ -178,11 +218,14 @@ void execute(RenderWords &words) {
   if (words.noAlpha)
     plan.alpha = "drop";
   std::transform(words.faults.begin(), words.faults.end(), std::back_inserter(plan.faults), faultIn);
+  if (host::isBatch(plan)) {
+    executeBatch(words);
+    return;
+  }
   host::RenderJob job(plan);
   printNotes(job.notes(), words.quiet);
   if (words.dryRun) {
-    for (const std::string &line : job.commands())
-      std::printf("%s\n", line.c_str());
+    printCommands(job);
     return;
   }
   ProgressLine progress("done", words.quiet);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 namespace zol::host {
 namespace {
@@ -192,7 +193,7 @@ constexpr Format kFormats[] = {
     {"avi", moving, "avi", "mpeg4 h264 mjpeg mpeg2 ffv1 utvideo huffyuv png dv raw",
      "s16 mp3 ac3 mp2 aac f32", "ffv1 f32", "", "", true},
     {"ogv", moving, "ogv", "theora vp8", "vorbis opus flac", "", "", "", true},
-    {"mxf", moving, "mxf", "mpeg2 dnxhd prores h264 dv", "s16 s24", "", "", "", true},
+    {"mxf", moving, "mxf", "mpeg2 dnxhd prores h264 dv", "s16 s24", "", "", "-ar 48000", true},
     {"ts", moving, "mpegts", "h264 hevc mpeg2", "aac mp2 ac3 eac3 mp3 opus", "h264", "dvb_subtitle", "",
      true},
     {"m2ts mts", moving, "mpegts", "h264 hevc mpeg2", "ac3 eac3 aac mp2", "h264", "dvb_subtitle",
@@ -215,7 +216,7 @@ constexpr Format kFormats[] = {
     {"hevc h265 265", moving, "hevc", "hevc", "", "hevc", "", ""},
     {"m2v", moving, "mpeg2video", "mpeg2", "", "", "", ""},
     {"mjpg mjpeg", moving, "mjpeg", "mjpeg", "", "", "", ""},
-    {"dv", moving, "dv", "dv", "s16", "", "", ""},
+    {"dv", moving, "dv", "dv", "s16", "", "", "-ar 48000 -ac 2"},
 
     {"wav", sound, "wav", "", "f32 s24 s16", "f32", "", "-rf64 auto"},
     {"w64", sound, "w64", "", "f32 s24 s16", "f32", "", ""},
@@ -272,6 +273,21 @@ std::string extensionsOf(FileKind kind) {
 
 // ---- Choosing ----
 
+/// The names that a choice of codecs has, as the tables have them.
+std::vector<std::string_view> codecsIn(std::string_view choice) {
+  constexpr std::pair<std::string_view, std::string_view> kOtherNames[] = {
+      {"avc", "h264"}, {"x264", "h264"}, {"h265", "hevc"}, {"x265", "hevc"},       {"dnxhr", "dnxhd"},
+      {"jpg", "jpeg"}, {"tif", "tiff"},  {"tga", "targa"}, {"mpeg2video", "mpeg2"}};
+  std::vector<std::string_view> names;
+  if (!choice.empty())
+    names = split(choice, ',');
+  for (std::string_view &name : names)
+    for (const auto &[other, own] : kOtherNames)
+      if (name == other)
+        name = own;
+  return names;
+}
+
 template <class Rows> std::string_view firstHeld(const Rows &rows, std::string_view list) {
   for (const std::string_view name : split(list, ' '))
     if (std::any_of(std::begin(rows), std::end(rows), [&](const auto &row) { return row.codec == name; }))
@@ -280,16 +296,16 @@ template <class Rows> std::string_view firstHeld(const Rows &rows, std::string_v
 }
 
 template <class Rows> auto rowOf(const Rows &rows, std::string_view codec, Quality quality) {
-  const auto exactly = [&](Quality wanted) {
-    return std::find_if(std::begin(rows), std::end(rows),
-                        [&](const auto &row) { return row.codec == codec && row.quality == wanted; });
+  const auto row = [&](Quality wanted) {
+    const auto found = std::find_if(std::begin(rows), std::end(rows), [&](const auto &candidate) {
+      return candidate.codec == codec && candidate.quality == wanted;
+    });
+    return found == std::end(rows) ? nullptr : &*found;
   };
-  auto row = exactly(quality);
-  if (row == std::end(rows) && quality != lossless)
-    row = exactly(good);
-  if (row == std::end(rows))
-    row = exactly(lossless);
-  return row == std::end(rows) ? nullptr : &*row;
+  const auto *found = row(quality);
+  for (const Quality next : {quality == lossless ? best : good, good, lossless})
+    found = found == nullptr ? row(next) : found;
+  return found;
 }
 
 template <class Rows> bool knows(const Rows &rows, std::string_view codec) {
@@ -297,8 +313,8 @@ template <class Rows> bool knows(const Rows &rows, std::string_view codec) {
 }
 
 void checkCodecs(const EncodingChoice &choice) {
-  for (const std::string_view codec : split(choice.codec, ',')) {
-    if (choice.codec.empty() || knows(kPictures, codec) || knows(kSounds, codec))
+  for (const std::string_view codec : codecsIn(choice.codec)) {
+    if (knows(kPictures, codec) || knows(kSounds, codec))
       continue;
     std::vector<std::string> names;
     for (const PictureRow &row : kPictures)
@@ -317,7 +333,7 @@ const auto &chosenRow(const Rows &rows, const Format &format, std::string_view h
                       const EncodingChoice &choice) {
   checkCodecs(choice);
   std::string_view codec;
-  for (const std::string_view wanted : split(choice.codec, ','))
+  for (const std::string_view wanted : codecsIn(choice.codec))
     if (knows(rows, wanted))
       codec = wanted;
   if (!codec.empty() && !hasWord(held, codec))
@@ -432,6 +448,8 @@ SoundEncoding soundEncoding(const Format &format, const std::string &name, const
   const SoundRow &row = chosenRow(kSounds, format, format.sounds, name, choice);
   return {std::string(row.words), std::string(row.layouts)};
 }
+
+bool holdsAttachments(const Format &format) { return format.muxer == "matroska"; }
 
 std::string subtitleEncoding(const Format &format, const std::string &codec) {
   if (hasWord(format.subtitles, codec))

@@ -79,6 +79,8 @@ SoundEncoding soundEncoding(const Format &format, const std::string &name, const
 /// there.
 std::string optionOf(const std::vector<std::string> &options, std::string_view names);
 
+bool holdsAttachments(const Format &format);
+
 /// How subtitles of a codec go into the format: "copy", the codec that they become, or empty: not at all.
 std::string subtitleEncoding(const Format &format, const std::string &codec);
 

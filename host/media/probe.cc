@@ -129,7 +129,8 @@ MediaExtras extrasOf(const Json &answer) {
     extras.sounds += type == "audio";
     if (type == "subtitle")
       extras.subtitles.push_back(text(stream, "codec_name"));
-    extras.others += type == "attachment" || (type == "data" && text(stream, "codec_tag_string") != "tmcd");
+    extras.attachments += type == "attachment";
+    extras.data += type == "data" && text(stream, "codec_tag_string") != "tmcd";
     addTimecode(stream);
   }
   addTimecode(member(answer, "format"));
@@ -220,7 +221,14 @@ MediaInfo probeBytes(const std::vector<uint8_t> &head, const MediaPrograms &prog
 std::string fileUrl(const std::string &file) { return "file:" + file; }
 
 std::string reasonOf(const Process &process, const std::string &url) {
-  std::string line = process.lastLine();
+  std::string line = process.lastLine([](std::string_view candidate) {
+    constexpr std::array kSayNothing{"Error initializing output stream", "Could not write header",
+                                     "Error while opening encoder", "Conversion failed!"};
+    return std::none_of(kSayNothing.begin(), kSayNothing.end(),
+                        [&](const char *start) { return candidate.starts_with(start); });
+  });
+  if (line.empty())
+    line = process.lastLine();
   if (line.empty())
     return "no reason given";
   if (line.starts_with(url + ": "))

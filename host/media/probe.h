@@ -23,9 +23,10 @@ struct MediaPrograms {
 struct MediaExtras {
   int sounds = 0;                     ///< tracks of sound, the first one counted too
   std::vector<std::string> subtitles; ///< the codec of each track
-  int others = 0;                     ///< tracks of data and attachments; timecodes aside
-  bool tags = false;                  ///< whether it says anything of itself, or has chapters
-  std::string timecode;               ///< of its first picture; empty: none
+  int attachments = 0;
+  int data = 0;         ///< tracks of data, timecodes aside
+  bool tags = false;    ///< whether it says anything of itself, or has chapters
+  std::string timecode; ///< of its first picture; empty: none
 };
 
 /// Facts about a file. Everything about pictures is 0 or false without hasVideo, likewise sound.

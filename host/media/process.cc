@@ -399,7 +399,7 @@ int Process::wait() {
   return exitStatus(status_);
 }
 
-std::string Process::lastLine() const {
+std::string Process::lastLine(bool (*tells)(std::string_view line)) const {
   constexpr const char *kBreaks = "\r\n";
   size_t end = errorText_.size();
   while (end > 0) {
@@ -410,7 +410,7 @@ std::string Process::lastLine() const {
       if (static_cast<unsigned char>(c) < ' ' || c == 0x7f)
         c = ' ';
     const size_t first = line.find_first_not_of(' ');
-    if (first != std::string::npos)
+    if (first != std::string::npos && (tells == nullptr || tells(std::string_view(line).substr(first))))
       return line.substr(first, line.find_last_not_of(' ') - first + 1);
     if (begin == 0)
       break;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <sys/types.h>
 #include <vector>
 
@@ -82,8 +83,8 @@ public:
   /// Kills alone, so that calls that wait come to an end; other threads may be in them.
   void terminate();
 
-  /// The last line on the child's standard error that is not blank.
-  [[nodiscard]] std::string lastLine() const;
+  /// The last line on the child's standard error that is not blank, and that `tells` accepts, if given.
+  [[nodiscard]] std::string lastLine(bool (*tells)(std::string_view line) = nullptr) const;
   /// The end of its standard error as it came.
   [[nodiscard]] const std::string &errorTail() const { return errorText_; }
 

@@ -222,9 +222,12 @@ void MediaWriter::addCompanionTracks(Words &args, const std::string &input) cons
       add(args, {"-map", input + ":s:" + std::to_string(i)});
       add(args, {"-c:s:" + std::to_string(kept++), codec});
     }
+  if (from.attachments && holdsAttachments(format))
+    add(args, {"-map", input + ":t", "-c:t", "copy"});
 }
 
-std::vector<std::string> MediaWriter::arguments(const std::string &target, Pass pass) const {
+std::vector<std::string> MediaWriter::arguments(const std::string &target, Pass pass,
+                                                const std::string &picturesAlone) const {
   const Format &format = formatOf(file_, options_.encoding);
   const WriterOptions &o = options_;
   const Companion &from = o.companion;
@@ -241,7 +244,7 @@ std::vector<std::string> MediaWriter::arguments(const std::string &target, Pass 
     sound = next();
   }
   if (pass == Pass::joining) {
-    add(args, {"-i", fileUrl(picturesAlone_)});
+    add(args, {"-i", picturesAlone});
     pictures = next();
   } else if (hasPictures()) {
     add(args,
@@ -293,8 +296,10 @@ std::vector<std::string> MediaWriter::commandLines() const {
     return {};
   const std::string target = file_ == "-" ? "pipe:1" : fileUrl(file_);
   if (!soundComesLate())
-    return {shellQuoted(arguments(target, Pass::whole))};
-  return {shellQuoted(arguments(target, Pass::picturesAlone)), shellQuoted(arguments(target, Pass::joining))};
+    return {shellQuoted(arguments(target, Pass::whole, {}))};
+  const std::string pictures = fileUrl(file_ + ".pictures");
+  return {shellQuoted(arguments(pictures, Pass::picturesAlone, {})),
+          shellQuoted(arguments(target, Pass::joining, pictures))};
 }
 
 // ---- The child ----
@@ -323,10 +328,10 @@ void MediaWriter::prepare() {
     orFail([&] {
       if (soundComesLate())
         picturesAlone_ = output_->spare();
-      process_ =
-          std::make_unique<Process>(soundComesLate() ? arguments(fileUrl(picturesAlone_), Pass::picturesAlone)
-                                                     : arguments(output_->begin(), Pass::whole),
-                                    options);
+      process_ = std::make_unique<Process>(soundComesLate()
+                                               ? arguments(fileUrl(picturesAlone_), Pass::picturesAlone, {})
+                                               : arguments(output_->begin(), Pass::whole, {}),
+                                           options);
     });
   }
   constexpr size_t kWaiting = size_t{64} << 20, kMostPictures = 4, kBlocks = 64;
@@ -413,9 +418,7 @@ void MediaWriter::endSamples() {
 }
 
 std::string MediaWriter::soundBeside() {
-  if (options_.companion.file.empty())
-    options_.companion.file = orFail([&] { return output_->spare(); });
-  return options_.companion.file;
+  return options_.companion.file = orFail([&] { return output_->spare(); });
 }
 
 void MediaWriter::finish() {
@@ -429,7 +432,8 @@ void MediaWriter::finish() {
     waitForChild();
     if (soundComesLate()) {
       process_ = orFail([&] {
-        return std::make_unique<Process>(arguments(output_->begin(), Pass::joining), Process::Options());
+        return std::make_unique<Process>(arguments(output_->begin(), Pass::joining, fileUrl(picturesAlone_)),
+                                         Process::Options());
       });
       waitForChild();
     }

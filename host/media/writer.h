@@ -32,6 +32,7 @@ struct Companion {
   bool copied = false;
   bool tags = false;                  ///< what it says of itself, and its chapters
   std::vector<std::string> subtitles; ///< codecs of its subtitle tracks; those that can be kept go along
+  bool attachments = false;           ///< whether it has any; likewise
 };
 
 struct WriterOptions {
@@ -88,8 +89,8 @@ public:
   /// Completes the file under its name.
   void finish();
 
-  /// With a companion of raw floats: the file that is to be filled with them before finish(), made at the
-  /// first call; the companion's own file name is not used. Must not be asked where writesInPlace().
+  /// With a companion of raw floats: makes the file that is to be filled with them before finish(), in the
+  /// place of the companion's own, which commandLines() alone has. Not where the output writesInPlace().
   std::string soundBeside();
 
   /// The commands that would write the file, as lines for a shell; none for raw standard output.
@@ -104,7 +105,8 @@ public:
 
 private:
   enum class Pass { whole, picturesAlone, joining };
-  [[nodiscard]] std::vector<std::string> arguments(const std::string &target, Pass pass) const;
+  [[nodiscard]] std::vector<std::string> arguments(const std::string &target, Pass pass,
+                                                   const std::string &picturesAlone) const;
   void addPictureWords(std::vector<std::string> &args, const std::string &input) const;
   void addSoundWords(std::vector<std::string> &args, const std::string &input) const;
   void addCompanionTracks(std::vector<std::string> &args, const std::string &input) const;

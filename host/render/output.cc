@@ -72,6 +72,7 @@ private:
     from.duration = span_.openEnd ? 0 : timeline_.timeOfFrame(span_.count);
     from.tags = true;
     from.subtitles = infoOf(input)->extras.subtitles;
+    from.attachments = infoOf(input)->extras.attachments > 0;
   }
 
   void settleAlpha() {
@@ -125,6 +126,7 @@ private:
       return;
     }
     Companion &from = out_.writing.companion;
+    from.file = plan_.output + ".sound";
     from.sound = true;
     from.start = timeline_.timeOfFrame(span_.first);
     from.duration = span_.openEnd ? 0 : timeline_.timeOfFrame(span_.count);
@@ -203,8 +205,10 @@ private:
     for (const std::string &codec : extras.subtitles)
       if (subtitleEncoding(*format_, codec).empty())
         add("subtitles (" + codec + ")");
-    if (extras.others > 0)
-      add("data and attachments");
+    if (extras.attachments > 0 && !holdsAttachments(*format_))
+      add("attachments");
+    if (extras.data > 0)
+      add("data");
     if (!lost.empty())
       note("left out of " + quoted(file(*companion_)) + ": " + lost);
   }

@@ -72,6 +72,8 @@ std::vector<std::string> RenderJob::commands() const {
   const auto add = [&](std::vector<std::string> more) {
     lines.insert(lines.end(), more.begin(), more.end());
   };
+  if (output_.soundStream)
+    inputs_[*output_.soundStream].pictures()->writeSoundTo(output_.writing.companion.file);
   for (const Input &input : inputs_)
     lines.push_back(input.commandLine());
   if (crossfade_)
