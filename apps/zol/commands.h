@@ -39,11 +39,16 @@ public:
   ProgressLine(const ProgressLine &) = delete;
   ProgressLine &operator=(const ProgressLine &) = delete;
   void show(uint64_t done, uint64_t all);
+  /// Makes room for other lines.
+  void clear();
 
 private:
   struct State;
   std::unique_ptr<State> state_;
 };
+
+/// What is left out or guessed, a line each on stderr, unless to be quiet.
+void printNotes(const std::vector<std::string> &notes, bool quiet);
 
 /// A description without the host's markup, tags and colour codes alike.
 std::string plainText(const std::string &marked);

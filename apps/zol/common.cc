@@ -1,11 +1,13 @@
 #include "apps/zol/commands.h"
 
+#include "host/model/text.h"
 #include "host/script/library.h"
 
 #include <chrono>
 #include <cstdio>
 #include <regex>
 #include <unistd.h>
+#include <utility>
 
 namespace zol::command {
 
@@ -30,6 +32,12 @@ std::string plainText(const std::string &marked) {
   return std::regex_replace(text, code, "");
 }
 
+void printNotes(const std::vector<std::string> &notes, bool quiet) {
+  for (const std::string &note : notes)
+    if (!quiet)
+      std::fprintf(stderr, "zol: note: %s\n", host::printable(note).c_str());
+}
+
 struct ProgressLine::State {
   using Clock = std::chrono::steady_clock;
 
@@ -44,8 +52,10 @@ ProgressLine::ProgressLine(const char *unit, bool quiet) {
     state_.reset(new State{unit});
 }
 
-ProgressLine::~ProgressLine() {
-  if (state_ != nullptr && state_->visible)
+ProgressLine::~ProgressLine() { clear(); }
+
+void ProgressLine::clear() {
+  if (state_ != nullptr && std::exchange(state_->visible, false))
     std::fputs("\r\033[K", stderr);
 }
 

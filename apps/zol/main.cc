@@ -3,6 +3,7 @@
 #include "apps/zol/commands.h"
 
 #include "host/media/interrupt.h"
+#include "host/model/text.h"
 
 #include <algorithm>
 #include <csignal>
@@ -14,14 +15,14 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
-constexpr int kInterrupted = 130;
+constexpr int kSignalled = 128; // and the signal, as shells have it
 
 int complain(const std::string &line, int status) {
   if (zol::host::interrupted()) { // whatever failed, this is why
     std::fputs("zol: interrupted\n", stderr);
-    return kInterrupted;
+    return kSignalled + zol::host::interruption();
   }
-  std::fprintf(stderr, "zol: %s\n", line.c_str());
+  std::fprintf(stderr, "zol: %s\n", zol::host::printable(line).c_str());
   return status;
 }
 

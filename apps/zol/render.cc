@@ -5,10 +5,13 @@
 #include "host/media/interrupt.h"
 #include "host/model/error.h"
 #include "host/model/text.h"
+#include "host/render/batch.h"
 #include "host/render/render.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
+#include <set>
 
 namespace zol::command {
 namespace {
@@ -21,7 +24,7 @@ struct RenderWords {
   std::string size, frames;
   std::string rate;
   double duration = 0;
-  unsigned sampleRate = 0, channels = 0;
+  unsigned sampleRate = 0, channels = 0, threads = 0;
   size_t block = 0;
   std::vector<std::string> faults;
   bool noAlpha = false, dryRun = false, quiet = false;
@@ -60,7 +63,9 @@ void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
          "an item's text or value; on or off; SVG path data or @file.svg; a file for an input")
       ->type_name("FIELD=VALUE")
       ->allow_extra_args(false);
-  app.add_option("-o", words.plan.output, "Output file, its format told by its name; - is stdout, raw")
+  app.add_option(
+         "-o", words.plan.output,
+         "Output file, its format told by its name; numbered pictures as f-%06d.png; - is stdout, raw")
       ->type_name("FILE");
   app.add_flag("-y", words.plan.overwrite, "Replace the output file if it exists");
   app.add_option("--size", words.size, "Picture size, by default the first input's, else 720x576")
@@ -80,7 +85,23 @@ void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
   app.add_option("--block", words.block, "Sample frames a block of sound, by default a video frame's worth")
       ->check(CLI::Range(size_t{1}, size_t{1} << 24));
   app.add_flag("--real-time", words.plan.realTime, "Use the real-time callback where the effect has one");
-  app.add_flag("--no-alpha", words.noAlpha, "Leave the alpha channel out of the output");
+  app.add_option("--alpha", words.plan.alpha,
+                 "Alpha of the output: as the inputs have it, kept wherever the format can, or left out")
+      ->check(CLI::IsMember({"auto", "keep", "drop"}).description(""))
+      ->type_name("auto|keep|drop");
+  app.add_flag("--no-alpha", words.noAlpha, "Leave the alpha channel out of the output: --alpha drop");
+  app.add_option("--codec", words.plan.codec, "How pictures are coded, such as h264, hevc, av1, prores, ffv1")
+      ->type_name("NAME");
+  app.add_option("--quality", words.plan.quality, "Size against faithfulness")
+      ->check(CLI::IsMember({"draft", "good", "best", "lossless"}).description(""))
+      ->type_name("draft|good|best|lossless");
+  app.add_option("--pixel-format", words.plan.pixelFormat, "As ffmpeg names them, such as yuv420p")
+      ->type_name("NAME");
+  app.add_flag("--an", words.plan.noSound, "Leave sound out of the output");
+  app.add_flag("--vn", words.plan.noPictures, "Leave pictures out of the output");
+  app.add_flag("--strict", words.plan.strict, "Damaged input is an error");
+  app.add_flag("--playlists", words.plan.playlists, "Inputs may be playlists, which name other files");
+  app.add_option("--threads", words.threads, "Threads to work with")->check(CLI::Range(1U, 256U));
   app.add_option("--fault", words.faults,
                  "Let a host service fail at its n-th call, such as PicCreate@1; IsAborted@n\n"
                  "stops the render at its n-th poll")
@@ -93,7 +114,11 @@ void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
              "input of\n"
              "the next:\n"
              "  zol render deinterlace -i tape.avi ! blur --set Blurriness=0.02 -o soft.mp4\n"
-             "  zol render mix -i a.jpg -i b.jpg -o half.png --set Transition=0.5");
+             "  zol render mix -i a.jpg -i b.jpg -o half.png --set Transition=0.5\n"
+             "An output for each of many files, {name} being the name of the one without its extension:\n"
+             "  zol render blur -i 'in/*.jpg' -o 'out/{name}.png'\n"
+             "Words behind \"--\" go to the ffmpeg that writes the output:\n"
+             "  zol render blur -i a.mp4 -o b.mp4 -- -c:v libx264 -preset veryfast");
 }
 
 std::pair<int, int> sizeIn(const std::string &text) {
@@ -124,7 +149,9 @@ host::PlannedFault faultIn(const std::string &text) {
 }
 
 host::StagePlan planOf(const StageWords &words) {
-  host::StagePlan plan{words.effect, words.inputs, {}};
+  host::StagePlan plan{words.effect, {}, {}};
+  for (const std::string &file : words.inputs)
+    plan.inputs.push_back({file, {}, {}});
   for (const std::string &setting : words.settings) {
     const size_t sign = setting.find('=');
     if (sign == setting.npos || sign == 0)
@@ -136,6 +163,39 @@ host::StagePlan planOf(const StageWords &words) {
 
 template <class Value> std::optional<Value> given(Value value) {
   return value == Value{} ? std::nullopt : std::optional(value);
+}
+
+void printCommands(const host::RenderJob &job) {
+  for (const std::string &line : job.commands())
+    std::printf("%s\n", line.c_str());
+}
+
+void executeBatch(const RenderWords &words) {
+  const std::vector<RenderPlan> plans = host::batchPlans(words.plan);
+  const auto library = std::make_shared<const host::EffectLibrary>(words.host.libraryFile(), words.plan.host);
+  if (words.dryRun) {
+    for (const RenderPlan &plan : plans)
+      printCommands(host::RenderJob(plan, library));
+    return;
+  }
+  ProgressLine progress("files", words.quiet);
+  size_t failed = 0;
+  std::set<std::string> notes; // each once
+  host::runBatch(plans, library, [&](const host::BatchResult &result, size_t done) {
+    progress.clear();
+    if (!result.error.empty() && ++failed > 0)
+      std::fprintf(stderr, "zol: %s\n", host::printable(result.error).c_str());
+    for (const std::string &note : result.notes)
+      if (notes.insert(note).second)
+        printNotes({note}, words.quiet);
+    progress.show(done, plans.size());
+  });
+  progress.clear();
+  if (failed > 0)
+    throw host::HostError(std::to_string(failed) + " of " + std::to_string(plans.size()) +
+                          " files could not be rendered");
+  if (!words.quiet)
+    std::fprintf(stderr, "zol: %zu files rendered\n", plans.size());
 }
 
 void execute(RenderWords &words) {
@@ -154,14 +214,18 @@ void execute(RenderWords &words) {
   plan.sampleRate = given(words.sampleRate);
   plan.channels = given(words.channels);
   plan.block = given(words.block);
-  plan.keepAlpha = !words.noAlpha;
+  plan.threads = given(words.threads);
+  if (words.noAlpha)
+    plan.alpha = "drop";
   std::transform(words.faults.begin(), words.faults.end(), std::back_inserter(plan.faults), faultIn);
+  if (host::isBatch(plan)) {
+    executeBatch(words);
+    return;
+  }
   host::RenderJob job(plan);
-  for (const std::string &note : job.notes())
-    std::fprintf(stderr, "zol: %s\n", note.c_str());
+  printNotes(job.notes(), words.quiet);
   if (words.dryRun) {
-    for (const std::string &line : job.commands())
-      std::printf("%s\n", line.c_str());
+    printCommands(job);
     return;
   }
   ProgressLine progress("done", words.quiet);
@@ -169,6 +233,8 @@ void execute(RenderWords &words) {
     host::stopIfInterrupted();
     progress.show(done, all);
   });
+  progress.clear();
+  printNotes(job.notes(), words.quiet);
 }
 
 } // namespace
@@ -177,8 +243,15 @@ void addRender(CLI::App &zol) {
   zol.add_subcommand("render", "Render an effect, or a chain of them, over files into a file");
 }
 
-void runRender(const std::vector<std::string> &words) {
+void runRender(const std::vector<std::string> &given) {
   RenderWords all;
+  const auto encoderWords = std::find(given.begin(), given.end(), "--");
+  if (encoderWords != given.end())
+    all.plan.encoderWords.assign(encoderWords + 1, given.end());
+  std::vector<std::string> words(given.begin(), encoderWords);
+  for (std::string &word : words)
+    if (word == "-an" || word == "-vn") // as ffmpeg has them
+      word.insert(0, 1, '-');
   auto first = words.begin();
   for (;;) {
     const auto end = std::find(first, words.end(), "!");

@@ -33,11 +33,27 @@ void addSlowmo(CLI::App &zol) {
       ->transform(CLI::CheckedTransformer(fields).description(""))
       ->type_name("top|bottom");
   app->add_flag("-y", plan->overwrite, "Replace the output file if it exists");
+  app->add_flag("--an", plan->noSound, "Leave sound out of the output");
+  app->add_option("--codec", plan->encoding.codec,
+                  "How pictures are coded, such as h264, hevc, av1, prores, ffv1")
+      ->type_name("NAME");
+  static const std::map<std::string, host::Quality> qualities = {{"draft", host::Quality::draft},
+                                                                 {"good", host::Quality::good},
+                                                                 {"best", host::Quality::best},
+                                                                 {"lossless", host::Quality::lossless}};
+  app->add_option("--quality", plan->encoding.quality, "Size against faithfulness")
+      ->transform(CLI::CheckedTransformer(qualities).description(""))
+      ->type_name("draft|good|best|lossless");
+  app->add_option("--pixel-format", plan->encoding.pixelFormat, "As ffmpeg names them, such as yuv420p")
+      ->type_name("NAME");
   app->add_flag("--quiet", *quiet, "No progress on stderr");
   app->footer("Example:\n  zol slowmo clip.mp4 -o slow.mp4 --factor 4 --method vector");
   app->callback([=] {
     ProgressLine progress("frames", *quiet);
-    host::slowMotion(*plan, [&](uint64_t done, uint64_t all) { progress.show(done, all); });
+    const auto notes =
+        host::slowMotion(*plan, [&](uint64_t done, uint64_t all) { progress.show(done, all); });
+    progress.clear();
+    printNotes(notes, *quiet);
   });
 }
 

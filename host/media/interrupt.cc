@@ -10,13 +10,14 @@
 namespace zol::host {
 namespace {
 
-std::atomic<bool> asked = false;
-static_assert(std::atomic<bool>::is_always_lock_free);
+std::atomic<int> asked = 0; // the signal
+static_assert(std::atomic<int>::is_always_lock_free);
 int event = -1;
 
-void onSignal(int) {
+void onSignal(int signal) {
   const int saved = errno;
-  asked = true;
+  int none = 0;
+  asked.compare_exchange_strong(none, signal);
   (void)!eventfd_write(event, 1);
   errno = saved;
 }
@@ -25,7 +26,7 @@ void onSignal(int) {
 
 void heedInterruptions() {
   event = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
     struct sigaction action {};
     if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN)
       continue;
@@ -35,10 +36,12 @@ void heedInterruptions() {
   }
 }
 
-bool interrupted() { return asked; }
+bool interrupted() { return asked != 0; }
+
+int interruption() { return asked; }
 
 void stopIfInterrupted() {
-  if (asked)
+  if (interrupted())
     throw Interrupted();
 }
 

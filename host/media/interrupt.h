@@ -10,12 +10,14 @@ struct Interrupted : std::exception {
   [[nodiscard]] const char *what() const noexcept override { return "interrupted"; }
 };
 
-/// From now on SIGINT, SIGTERM and SIGHUP ask to stop instead of ending the process at once. One that is
-/// ignored stays so.
+/// From now on SIGINT, SIGTERM, SIGHUP and SIGQUIT ask to stop instead of ending the process at once. One
+/// that is ignored stays so.
 void heedInterruptions();
 
 /// Whether such a signal has come.
 [[nodiscard]] bool interrupted();
+/// The first that came; 0: none.
+[[nodiscard]] int interruption();
 
 /// Throws Interrupted if so.
 void stopIfInterrupted();

@@ -100,9 +100,11 @@ void readVideo(const Json &stream, MediaInfo &info) {
   info.videoCodec = text(stream, "codec_name");
   const std::string pixelFormat = text(stream, "pix_fmt");
   info.alpha = hasAlpha(pixelFormat) || text(member(stream, "tags"), "alpha_mode") == "1";
-  info.untaggedHd = pixelFormat.starts_with("yuv") && !pixelFormat.starts_with("yuvj") &&
-                    member(stream, "color_space").is_null() && (info.width >= 1280 || info.height >= 720);
+  info.pixels = pipeFormat(pixelFormat, info.alpha);
+  info.coding = colorCoding(info.pixels, info.width, info.height, text(stream, "color_space"),
+                            text(stream, "color_range"), text(stream, "chroma_location"));
   info.pixelAspect = rationalIn(text(stream, "sample_aspect_ratio")).value_or(1).value();
+  info.turned = rotation(stream) != 0;
   if (std::lround(std::fmod(std::abs(rotation(stream)), 180)) == 90) {
     std::swap(info.width, info.height);
     info.pixelAspect = 1 / info.pixelAspect;
@@ -116,8 +118,29 @@ void readVideo(const Json &stream, MediaInfo &info) {
   info.frameRate = info.still ? Rational() : frameRate(stream);
 }
 
+MediaExtras extrasOf(const Json &answer) {
+  MediaExtras extras;
+  const auto addTimecode = [&](const Json &object) {
+    if (extras.timecode.empty())
+      extras.timecode = text(member(object, "tags"), "timecode");
+  };
+  for (const Json &stream : member(answer, "streams")) {
+    const std::string type = text(stream, "codec_type");
+    extras.sounds += type == "audio";
+    if (type == "subtitle")
+      extras.subtitles.push_back(text(stream, "codec_name"));
+    extras.attachments += type == "attachment";
+    extras.data += type == "data" && text(stream, "codec_tag_string") != "tmcd";
+    addTimecode(stream);
+  }
+  addTimecode(member(answer, "format"));
+  extras.tags = !member(member(answer, "format"), "tags").empty() || !member(answer, "chapters").empty();
+  return extras;
+}
+
 MediaInfo infoFrom(const Json &answer) {
   MediaInfo info;
+  info.extras = extrasOf(answer);
   const Json &format = member(answer, "format");
   info.format = text(format, "format_name");
   const Json &streams = member(answer, "streams");
@@ -154,8 +177,10 @@ MediaInfo runProbe(const std::string &url, const std::string &shown, const std::
       "-show_entries",
       "format=format_name,duration:"
       "stream=codec_type,codec_name,width,height,pix_fmt,sample_aspect_ratio,avg_frame_rate,r_frame_rate,"
-      "nb_frames,duration,field_order,color_space,sample_rate,channels:"
+      "nb_frames,duration,field_order,color_space,color_range,chroma_location,sample_rate,channels:"
       "stream_disposition=attached_pic:stream_tags=rotate,alpha_mode:stream_side_data=rotation",
+      "-show_entries",
+      "stream=codec_tag_string:stream_tags=timecode:format_tags:chapter=id",
       url};
   Process::Options options;
   options.output = Process::Stream::Pipe;
@@ -196,7 +221,14 @@ MediaInfo probeBytes(const std::vector<uint8_t> &head, const MediaPrograms &prog
 std::string fileUrl(const std::string &file) { return "file:" + file; }
 
 std::string reasonOf(const Process &process, const std::string &url) {
-  std::string line = process.lastLine();
+  std::string line = process.lastLine([](std::string_view candidate) {
+    constexpr std::array kSayNothing{"Error initializing output stream", "Could not write header",
+                                     "Error while opening encoder", "Conversion failed!"};
+    return std::none_of(kSayNothing.begin(), kSayNothing.end(),
+                        [&](const char *start) { return candidate.starts_with(start); });
+  });
+  if (line.empty())
+    line = process.lastLine();
   if (line.empty())
     return "no reason given";
   if (line.starts_with(url + ": "))

@@ -1,6 +1,7 @@
 // What a media file holds.
 #pragma once
 
+#include "host/media/pixel_format.h"
 #include "host/model/error.h"
 #include "host/model/rational.h"
 
@@ -18,6 +19,16 @@ struct MediaPrograms {
   bool operator==(const MediaPrograms &) const = default;
 };
 
+/// What else stands in a file beside its first pictures and its first sound.
+struct MediaExtras {
+  int sounds = 0;                     ///< tracks of sound, the first one counted too
+  std::vector<std::string> subtitles; ///< the codec of each track
+  int attachments = 0;
+  int data = 0;         ///< tracks of data, timecodes aside
+  bool tags = false;    ///< whether it says anything of itself, or has chapters
+  std::string timecode; ///< of its first picture; empty: none
+};
+
 /// Facts about a file. Everything about pictures is 0 or false without hasVideo, likewise sound.
 struct MediaInfo {
   std::string format;  ///< The container as ffprobe names it, possibly several names joined by commas.
@@ -33,12 +44,16 @@ struct MediaInfo {
   bool interlaced = false;
   bool topFieldFirst = false;
   std::string videoCodec;
-  bool untaggedHd = false; ///< YUV of high definition that does not name its matrix, taken as BT.709.
+  PixelFormat pixels;  ///< As its pictures cross a pipe without loss.
+  ColorCoding coding;  ///< In that format.
+  bool turned = false; ///< Whether it is displayed turned, in whatever direction.
 
   bool hasAudio = false;
   int sampleRate = 0;
   int channels = 0;
   std::string audioCodec;
+
+  MediaExtras extras;
 };
 
 /// Looks into a file. Cover pictures of sound files do not count as video. Throws HostError for what cannot

@@ -1,6 +1,7 @@
 #include "host/media/process.h"
 
 #include "host/media/interrupt.h"
+#include "host/media/pipe_size.h"
 #include "host/model/text.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -22,7 +24,6 @@ namespace zol::host {
 namespace {
 
 constexpr size_t kErrorTail = 4096; // bytes of the child's standard error that are kept
-constexpr int kPipeBytes = 1 << 20; // wished capacity of a pipe, so that a frame takes few switches
 constexpr size_t kFeedBytes = 64 * 1024;
 constexpr int kFirstFreeFd = 10; // above the descriptors that the child's streams are moved to
 
@@ -91,7 +92,7 @@ struct Pipe {
           failWith("cannot make a pipe", errno);
         *end = Descriptor(moved);
       }
-    fcntl(writeEnd.get(), F_SETPIPE_SZ, kPipeBytes);
+    enlargePipe(writeEnd.get());
   }
 };
 
@@ -119,6 +120,12 @@ struct SpawnSetup {
   SpawnSetup(const SpawnSetup &) = delete;
   SpawnSetup &operator=(const SpawnSetup &) = delete;
 };
+
+/// Whether the child has ended; it stays to be reaped. Waits for that without WNOHANG, up to the next signal.
+bool hasEnded(pid_t pid, int flags) {
+  siginfo_t info{};
+  return waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOWAIT | flags) == 0 && info.si_pid == pid;
+}
 
 int exitStatus(int status) { return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status); }
 
@@ -195,11 +202,25 @@ void Process::kill() {
   output_.reset();
   if (pid_ <= 0)
     return;
-  ::kill(pid_, SIGKILL);
+  terminate();
+  while (!hasEnded(pid_, 0)) {
+  }
+  reap();
+  drainErrors();
+}
+
+void Process::terminate() {
+  const std::lock_guard lock(reaping_);
+  if (pid_ > 0)
+    ::kill(pid_, SIGKILL);
+}
+
+/// Of a child that has ended.
+void Process::reap() {
+  const std::lock_guard lock(reaping_);
   while (waitpid(pid_, &status_, 0) < 0 && errno == EINTR) {
   }
   pid_ = -1;
-  drainErrors();
 }
 
 void Process::drainErrors() {
@@ -366,21 +387,19 @@ int Process::wait() {
     input_.reset();
   endSecond();
   while (pid_ > 0) {
-    if (errors_ || second_ || feeding()) {
+    const bool busy = errors_ || second_ || feeding();
+    if (busy)
       pollOnce(0, kGlance);
-      if (waitpid(pid_, &status_, WNOHANG) == pid_)
-        pid_ = -1;
-    } else {
-      while (waitpid(pid_, &status_, 0) < 0 && errno == EINTR)
-        stopIfInterrupted();
-      pid_ = -1;
-    }
+    else
+      stopIfInterrupted();
+    if (hasEnded(pid_, busy ? WNOHANG : 0)) // not under the lock, so that terminate() can bring it about
+      reap();
   }
   drainErrors();
   return exitStatus(status_);
 }
 
-std::string Process::lastLine() const {
+std::string Process::lastLine(bool (*tells)(std::string_view line)) const {
   constexpr const char *kBreaks = "\r\n";
   size_t end = errorText_.size();
   while (end > 0) {
@@ -391,13 +410,21 @@ std::string Process::lastLine() const {
       if (static_cast<unsigned char>(c) < ' ' || c == 0x7f)
         c = ' ';
     const size_t first = line.find_first_not_of(' ');
-    if (first != std::string::npos)
+    if (first != std::string::npos && (tells == nullptr || tells(std::string_view(line).substr(first))))
       return line.substr(first, line.find_last_not_of(' ') - first + 1);
     if (begin == 0)
       break;
     end = begin - 1;
   }
   return {};
+}
+
+Descriptor nonBlockingOutput() {
+  struct stat status {};
+  if (fstat(STDOUT_FILENO, &status) == 0 && S_ISFIFO(status.st_mode))
+    if (const int anew = open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_CLOEXEC); anew >= 0)
+      return Descriptor(anew);
+  return Descriptor(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0));
 }
 
 int writeFully(int fd, const void *data, size_t size) {
@@ -417,6 +444,15 @@ int writeFully(int fd, const void *data, size_t size) {
 
 std::string errorMessage(int error) { return std::generic_category().message(error); }
 
+namespace {
+
+std::string octal(unsigned char code) {
+  return {static_cast<char>('0' + code / 64), static_cast<char>('0' + code / 8 % 8),
+          static_cast<char>('0' + code % 8)};
+}
+
+} // namespace
+
 std::string shellQuoted(const std::vector<std::string> &arguments) {
   constexpr const char *kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+=./:,@%";
   std::string line;
@@ -429,7 +465,12 @@ std::string shellQuoted(const std::vector<std::string> &arguments) {
     }
     line += '\'';
     for (const char c : argument)
-      line += c == '\'' ? std::string("'\\''") : std::string(1, c);
+      if (c == '\'')
+        line += "'\\''";
+      else if (const auto code = static_cast<unsigned char>(c); c != '\n' && (code < ' ' || code == 0x7F))
+        line += "'\"$(printf '\\" + octal(code) + "')\"'"; // which a terminal would obey
+      else
+        line += c;
     line += '\'';
   }
   return line;

@@ -5,7 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <string>
+#include <string_view>
 #include <sys/types.h>
 #include <vector>
 
@@ -30,8 +32,8 @@ private:
 };
 
 /// One running program. Its standard error is read on the side by every call that waits, so it never stalls
-/// the child; the last line that is not blank is kept. Not for use by several threads at once. A write to a
-/// child that is gone is an error, never a SIGPIPE.
+/// the child; the last line that is not blank is kept. Not for use by several threads at once, terminate()
+/// aside. A write to a child that is gone is an error, never a SIGPIPE.
 class Process {
 public:
   enum class Stream { None, Pipe, Inherit };
@@ -78,9 +80,11 @@ public:
 
   /// Kills and reaps at once.
   void kill();
+  /// Kills alone, so that calls that wait come to an end; other threads may be in them.
+  void terminate();
 
-  /// The last line on the child's standard error that is not blank.
-  [[nodiscard]] std::string lastLine() const;
+  /// The last line on the child's standard error that is not blank, and that `tells` accepts, if given.
+  [[nodiscard]] std::string lastLine(bool (*tells)(std::string_view line) = nullptr) const;
   /// The end of its standard error as it came.
   [[nodiscard]] const std::string &errorTail() const { return errorText_; }
 
@@ -92,9 +96,11 @@ private:
   [[nodiscard]] bool feeding() const { return feeds_ && input_; }
   void feedChild(bool readable);
   bool sendSecond();
+  void reap();
 
   std::string name_;
   Options options_;
+  std::mutex reaping_; ///< Held where the child's number may become invalid.
   pid_t pid_ = -1;
   int status_ = 0;
   Descriptor input_, output_, errors_, second_;
@@ -106,7 +112,12 @@ private:
   std::string errorText_;
 };
 
-/// Writes all of it, without a SIGPIPE; 0 or the error number.
+/// Standard output, where it is a pipe opened anew so that writing to it never blocks; whoever shares it sees
+/// no difference.
+Descriptor nonBlockingOutput();
+
+/// Writes all of it, without a SIGPIPE; 0 or the error number. Throws Interrupted, while the descriptor
+/// blocks only where the signal comes to this thread.
 int writeFully(int fd, const void *data, size_t size);
 
 /// The system's words for an error number.

@@ -37,6 +37,13 @@ double seekMargin(const std::string &format) {
 
 std::string sizeText(int width, int height) { return std::to_string(width) + "x" + std::to_string(height); }
 
+/// Brings all pictures to one size, and where the pipe is packed to BGRA. Does nothing to those that are as
+/// the file says.
+std::string scaleFilter(const PictureLayout &pipe) {
+  const std::string size = std::to_string(pipe.width) + ":" + std::to_string(pipe.height);
+  return "scale=" + size + ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp";
+}
+
 } // namespace
 
 VideoReader::VideoReader(Source source, VideoReaderOptions options)
@@ -49,6 +56,7 @@ VideoReader::VideoReader(Source source, VideoReaderOptions options)
     checkRate(source_, options_.rawRate);
     info_.format = info_.videoCodec = "rawvideo";
     info_.hasVideo = info_.alpha = true;
+    info_.pixels = kBgra;
     info_.width = options_.rawWidth;
     info_.height = options_.rawHeight;
     info_.frameRate = options_.rawRate;
@@ -76,6 +84,19 @@ void VideoReader::scaleTo(int width, int height) {
   options_.height = height;
 }
 
+PictureLayout VideoReader::pipeLayout() const {
+  if (!Converter::available()) // ffmpeg does it all
+    return {.width = options_.width, .height = options_.height};
+  PictureLayout layout{info_.pixels, info_.width, info_.height, info_.coding, info_.interlaced};
+  if (info_.turned) { // the places of chroma and fields are turned too
+    layout.coding.site = ChromaSite::Center;
+    layout.interlaced = false;
+    if (layout.format.chromaShiftX != layout.format.chromaShiftY)
+      layout.format.chromaShiftX = layout.format.chromaShiftY = 0;
+  }
+  return layout;
+}
+
 /// Times stay those of the file, counted from its beginning (-copyts -start_at_zero), and after a seek all
 /// frames from the key frame on are used (-noaccurate_seek): so the fps filter rounds the same times in the
 /// same way wherever reading begins, and trim counts the same frames.
@@ -101,58 +122,51 @@ std::vector<std::string> VideoReader::arguments(size_t first) const {
     if (first > 0)
       filters += "trim=start_frame=" + std::to_string(first) + ",";
   }
-  filters += "scale=" + std::to_string(options_.width) + ":" + std::to_string(options_.height) +
-             ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp";
-  if (info_.untaggedHd)
-    filters += ":in_color_matrix=bt709";
-  add({"-vf", filters + ",format=bgra", "-fps_mode", "passthrough"});
+  const PictureLayout pipe = pipeLayout();
+  const std::string format = pipe.format.name();
+  add({"-vf", filters + scaleFilter(pipe) + ",format=" + format, "-fps_mode", "passthrough"});
   if (info_.still)
     add({"-frames:v", "1"});
-  add({"-f", "rawvideo", "-pix_fmt", "bgra", "pipe:1"});
+  add({"-f", "rawvideo", "-pix_fmt", format, "pipe:1"});
+  if (!soundFile_.empty()) // -y: the file is there already
+    add({"-map", "0:a:0", "-af", "aresample=async=1:first_pts=0", "-ar", std::to_string(info_.sampleRate),
+         "-ac", std::to_string(info_.channels), "-f", "f32le", "-y", fileUrl(soundFile_)});
   return args;
 }
 
 std::string VideoReader::commandLine() const { return shellQuoted(arguments(0)); }
 
-void VideoReader::open(size_t first) {
-  process_.reset();
-  recent_.clear();
-  process_ = source_.start(arguments(first));
-  next_ = first;
+void VideoReader::open(Cursor &cursor, size_t first) {
+  cursor.stream.reset();
+  cursor.recent.clear();
+  if (!pool_)
+    pool_ = std::make_shared<FramePool>(options_.width, options_.height);
+  const PictureLayout frames{.width = options_.width, .height = options_.height};
+  cursor.stream = std::make_unique<FrameStream>(source_.start(arguments(first)),
+                                                FrameFormat{pipeLayout(), frames}, pool_);
+  cursor.next = first;
 }
 
-/// Takes the next frame from the child; false at its end.
-bool VideoReader::readNext() {
-  std::shared_ptr<Frame> frame = std::move(spare_);
-  if (!frame) {
-    frame = std::make_shared<Frame>();
-    frame->width = options_.width;
-    frame->height = options_.height;
-    frame->pixels.resize(size_t{4} * static_cast<size_t>(options_.width) *
-                         static_cast<size_t>(options_.height));
-  }
-  const size_t size = frame->pixels.size();
-  const size_t got = process_->read(frame->pixels.data(), size);
-  if (got < size) {
-    if (process_->wait() != 0)
-      throw source_.failure(*process_);
-    if (got > 0)
+/// Takes the next frame from the stream; false at its end.
+bool VideoReader::readNext(Cursor &cursor) {
+  std::shared_ptr<Frame> frame = cursor.stream->next();
+  if (frame == nullptr) {
+    Process &child = cursor.stream->child();
+    if (child.wait() != 0)
+      throw source_.failure(child);
+    if (cursor.stream->brokeOff())
       throw HostError("cannot read " + source_.name() + ": a picture broke off");
-    process_.reset();
+    cursor.stream.reset();
     return false;
   }
-  recent_.push_back(std::move(frame));
-  ++next_;
-  if (recent_.size() > options_.window) {
-    if (recent_.front().use_count() == 1)
-      spare_ = std::move(recent_.front());
-    recent_.pop_front();
-  }
+  cursor.recent.push_back({cursor.next++, std::move(frame)});
+  while (cursor.recent.size() > options_.window)
+    cursor.recent.pop_front();
   return true;
 }
 
 /// Reads to the end from the last place before it that yields a frame.
-void VideoReader::findEnd(size_t behind) {
+void VideoReader::findEnd(Cursor &cursor, size_t behind) {
   const HostError nothing("cannot read " + source_.name() + ": no pictures could be decoded");
   if (source_.isStream() || info_.still)
     throw nothing;
@@ -160,38 +174,98 @@ void VideoReader::findEnd(size_t behind) {
   const auto end = static_cast<size_t>(std::clamp(known, 0.0, static_cast<double>(behind)));
   for (const double back : {1.0, 15.0, 0.0}) {
     const auto step = static_cast<size_t>(std::ceil(back * options_.rate.value()));
-    open(back > 0 && end > step ? end - step : 0);
-    while (readNext()) {
+    open(cursor, back > 0 && end > step ? end - step : 0);
+    while (readNext(cursor)) {
     }
-    if (!recent_.empty())
+    if (!cursor.recent.empty())
       break;
   }
-  if (recent_.empty())
+  if (cursor.recent.empty())
     throw nothing;
+}
+
+std::shared_ptr<const Frame> VideoReader::known(size_t index) const {
+  const auto in = [&](const std::deque<Known> &frames) -> std::shared_ptr<const Frame> {
+    const auto found =
+        std::find_if(frames.begin(), frames.end(), [&](const Known &one) { return one.index == index; });
+    return found == frames.end() ? nullptr : found->frame;
+  };
+  if (auto frame = in(asked_))
+    return frame;
+  for (const Cursor &cursor : cursors_)
+    if (auto frame = in(cursor.recent))
+      return frame;
+  return nullptr;
+}
+
+/// Frames beyond which keeping them costs more than reading them again.
+size_t VideoReader::widestWindow() const {
+  constexpr size_t kBytes = size_t{256} << 20, kMost = 64;
+  const PictureLayout frames{.width = options_.width, .height = options_.height};
+  return std::clamp(kBytes / frames.bytes(), options_.window, std::max(options_.window, kMost));
+}
+
+/// One that will yield the frame: on its way there, or begun anew.
+VideoReader::Cursor &VideoReader::cursorFor(size_t index) {
+  const auto farthest = static_cast<size_t>(std::ceil(kJump * options_.rate.value()));
+  const auto reaches = [&](const Cursor &cursor) {
+    return cursor.stream && cursor.next <= index && (source_.isStream() || index - cursor.next <= farthest);
+  };
+  Cursor *best = nullptr;
+  for (Cursor &cursor : cursors_)
+    if (reaches(cursor) && (best == nullptr || cursor.next > best->next))
+      best = &cursor;
+  if (best != nullptr)
+    return *best;
+
+  // A step back that the window could have spared: next time it does.
+  size_t first = index;
+  for (Cursor &cursor : cursors_)
+    if (cursor.next > index && cursor.next - index <= widestWindow()) {
+      options_.window = std::clamp(2 * options_.window, cursor.next - index, widestWindow());
+      first = index - std::min(index, options_.window - 1);
+      best = &cursor;
+    }
+  constexpr size_t kMostCursors = 3;
+  if (best == nullptr && cursors_.size() < kMostCursors)
+    best = &cursors_.emplace_back();
+  if (best == nullptr)
+    best = &*std::min_element(cursors_.begin(), cursors_.end(),
+                              [](const Cursor &a, const Cursor &b) { return a.used < b.used; });
+  open(*best, first);
+  return *best;
+}
+
+std::shared_ptr<const Frame> VideoReader::read(size_t index) {
+  Cursor &cursor = cursorFor(index);
+  cursor.used = ++clock_;
+  while (cursor.next <= index) {
+    if (cursor.stream && readNext(cursor) && !info_.still)
+      continue;
+    if (cursor.recent.empty())
+      findEnd(cursor, index);
+    count_ = cursor.next;
+    last_ = cursor.recent.back().frame;
+    cursor.stream.reset();
+    if (index >= *count_)
+      return last_;
+  }
+  const auto frame = known(index);
+  return frame != nullptr ? frame : cursor.recent.front().frame; // damage may leave nothing nearer
 }
 
 std::shared_ptr<const Frame> VideoReader::at(size_t index) try {
   if (count_ && index >= *count_)
     return last_;
-  const bool behind = index + recent_.size() < next_;
-  const bool farAhead = !source_.isStream() && static_cast<double>(index) - static_cast<double>(next_) >
-                                                   kJump * options_.rate.value();
-  if (!info_.still && (behind || farAhead))
-    open(index);
-  else if (!process_ && next_ == 0)
-    open(0);
-  while (next_ <= index) {
-    if (process_ && readNext() && !info_.still)
-      continue;
-    if (recent_.empty())
-      findEnd(index);
-    count_ = next_;
-    last_ = recent_.back();
-    process_.reset();
-    if (index >= *count_)
-      return last_;
-  }
-  return recent_[recent_.size() - std::min(recent_.size(), next_ - index)];
+  constexpr size_t kAsked = 4;
+  auto frame = known(index);
+  if (frame == nullptr)
+    frame = read(index);
+  std::erase_if(asked_, [&](const Known &one) { return one.index == index; });
+  asked_.push_back({index, frame});
+  if (asked_.size() > kAsked)
+    asked_.pop_front();
+  return frame;
 } catch (const std::bad_alloc &) {
   throw HostError("cannot read " + source_.name() + ": not enough memory for pictures of " +
                   sizeText(options_.width, options_.height));

@@ -1,6 +1,7 @@
 // Frames of a video or still file, streamed through an ffmpeg child.
 #pragma once
 
+#include "host/media/frame_stream.h"
 #include "host/media/probe.h"
 #include "host/media/process.h"
 #include "host/media/source.h"
@@ -16,20 +17,12 @@
 
 namespace zol::host {
 
-/// One picture: `height` rows of `width` pixels without padding, four bytes each (blue, green, red, straight
-/// alpha; 255 where the file has none).
-struct Frame {
-  int width = 0;
-  int height = 0;
-  std::vector<uint8_t> pixels;
-};
-
 struct VideoReaderOptions {
   int width = 0; ///< 0 with height 0: the file's own size. Otherwise the pictures are scaled to fill it.
   int height = 0;
   Rational rate = 0; ///< Frames per second; 0: the file's own average rate (25 for stills).
   double start = 0;  ///< Time within the file of frame 0, in seconds.
-  size_t window = 4; ///< Frames kept for going back, at least 1.
+  size_t window = 4; ///< Frames kept for going back, at least 1; more once more are asked for.
   bool raw = false;  ///< The bytes are raw BGRA frames of rawWidth by rawHeight at rawRate.
   int rawWidth = 0;
   int rawHeight = 0;
@@ -37,8 +30,8 @@ struct VideoReaderOptions {
   MediaPrograms programs;
 };
 
-/// Frames at a constant rate. What the file holds is known at once; the child runs from the first at() on.
-/// Memory is bounded by the window and the frames that callers still hold.
+/// Frames at a constant rate. What the file holds is known at once; children run from the first at() on.
+/// Memory is bounded by the window, a few frames ahead of it, and the frames that callers still hold.
 class VideoReader {
 public:
   /// `-` is standard input: raw, or what ffmpeg can tell from a stream. Named pipes likewise. Only one
@@ -61,10 +54,16 @@ public:
   /// Has all pictures scaled to fill this size; to be called before the first at().
   void scaleTo(int width, int height);
 
+  /// Has the first sound of a stream, which nobody else can read, written beside into a file, as raw floats
+  /// of the rate and the channels that info() tells, from the beginning on; to be called before the first
+  /// at().
+  void writeSoundTo(std::string file) { soundFile_ = std::move(file); }
+
   /// The frame shown at `start + index / rate`; the last one for every index behind the end; a still always.
-  /// The same index gives the same bytes in any order of calls. Next frames and those of the window are
-  /// cheap, others start the child anew with a seek. Throws HostError when the file cannot be decoded, and
-  /// for a step behind the window on standard input.
+  /// The same index gives the same bytes in any order of calls. Next frames, those of the window and those
+  /// that were asked for lately are cheap, also at a few places of a file in turn; others start a child anew
+  /// with a seek. Throws HostError when the file cannot be decoded, and for a step behind the window on
+  /// standard input.
   std::shared_ptr<const Frame> at(size_t index);
 
   /// Number of frames from the start, known once the end was met; a still has one.
@@ -74,19 +73,37 @@ public:
   [[nodiscard]] std::string commandLine() const;
 
 private:
+  struct Known {
+    size_t index;
+    std::shared_ptr<const Frame> frame;
+  };
+  /// A place where the file is being read.
+  struct Cursor {
+    std::unique_ptr<FrameStream> stream; ///< Null behind the end.
+    size_t next = 0;                     ///< The frame that the stream yields next.
+    std::deque<Known> recent;            ///< Those before it.
+    uint64_t used = 0;
+  };
+
+  [[nodiscard]] PictureLayout pipeLayout() const;
   [[nodiscard]] std::vector<std::string> arguments(size_t first) const;
-  void open(size_t first);
-  bool readNext();
-  void findEnd(size_t behind);
+  void open(Cursor &cursor, size_t first);
+  bool readNext(Cursor &cursor);
+  void findEnd(Cursor &cursor, size_t behind);
+  [[nodiscard]] std::shared_ptr<const Frame> known(size_t index) const;
+  Cursor &cursorFor(size_t index);
+  [[nodiscard]] size_t widestWindow() const;
+  std::shared_ptr<const Frame> read(size_t index);
 
   Source source_;
   VideoReaderOptions options_;
   MediaInfo info_;
-  std::unique_ptr<Process> process_;
-  std::deque<std::shared_ptr<Frame>> recent_; ///< Frames next_ - size ... next_ - 1.
-  std::shared_ptr<Frame> spare_;
+  std::string soundFile_;
+  std::shared_ptr<FramePool> pool_;
+  std::vector<Cursor> cursors_;
+  std::deque<Known> asked_; ///< What was asked for lately, the latest last.
+  uint64_t clock_ = 0;
   std::shared_ptr<const Frame> last_;
-  size_t next_ = 0;
   std::optional<size_t> count_;
 };
 

@@ -3,13 +3,8 @@
 #include "host/model/text.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
-#include <cerrno>
 #include <cmath>
-#include <fcntl.h>
 #include <filesystem>
-#include <random>
 #include <stdexcept>
 #include <string_view>
 #include <unistd.h>
@@ -19,175 +14,88 @@ namespace zol::host {
 namespace {
 
 namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
 
 constexpr int kLargestSide = 32767;
 constexpr size_t kMostQueued = size_t{64} << 20;
 
-enum class Kind { Still, Sound, Moving };
+void add(Words &args, const Words &more) { args.insert(args.end(), more.begin(), more.end()); }
 
-/// How pictures become those of the format. All but Asis are options of the filter chain.
-enum class Pixels {
-  Asis,     // ffmpeg chooses
-  Rgba,     // as they are, with alpha
-  Palette,  // a palette for each frame
-  Jpeg,     // full-range 4:4:4
-  Yuv420,   // BT.709, even sizes
-  Plain420, // untagged: the matrix that players suppose for the size, even sizes
-  Yuva420,  // the same with alpha
-  Yuva444   // BT.709, 10 bits, with alpha
-};
-
-struct Format {
-  std::string_view extension;
-  Kind kind;
-  Pixels pixels;
-  std::string_view video; ///< Options of the picture encoder.
-  std::string_view sound; ///< Options of the sound encoder.
-};
-
-constexpr std::string_view kH264 = "-c:v libx264 -preset medium -crf 17";
-constexpr std::string_view kAac = "-c:a aac -b:a 256k";
-constexpr std::string_view kFloat = "-c:a pcm_f32le";
-
-constexpr Format kFormats[] = {
-    {"png", Kind::Still, Pixels::Rgba, "-c:v png -pred mixed", ""},
-    {"tif", Kind::Still, Pixels::Rgba, "-c:v tiff -compression_algo deflate", ""},
-    {"tiff", Kind::Still, Pixels::Rgba, "-c:v tiff -compression_algo deflate", ""},
-    {"tga", Kind::Still, Pixels::Rgba, "-c:v targa", ""},
-    {"bmp", Kind::Still, Pixels::Asis, "-c:v bmp", ""},
-    {"jpg", Kind::Still, Pixels::Jpeg, "-c:v mjpeg -q:v 2", ""},
-    {"jpeg", Kind::Still, Pixels::Jpeg, "-c:v mjpeg -q:v 2", ""},
-    {"webp", Kind::Still, Pixels::Rgba, "-c:v libwebp -quality 92", ""},
-    {"ppm", Kind::Still, Pixels::Asis, "", ""},
-    {"pgm", Kind::Still, Pixels::Asis, "", ""},
-    {"pam", Kind::Still, Pixels::Rgba, "", ""},
-    {"exr", Kind::Still, Pixels::Asis, "", ""},
-    {"jp2", Kind::Still, Pixels::Rgba, "", ""},
-    {"jxl", Kind::Still, Pixels::Rgba, "", ""},
-    {"sgi", Kind::Still, Pixels::Rgba, "", ""},
-    {"pcx", Kind::Still, Pixels::Asis, "", ""},
-
-    {"mp4", Kind::Moving, Pixels::Yuv420, kH264, kAac},
-    {"m4v", Kind::Moving, Pixels::Yuv420, kH264, kAac},
-    {"mov", Kind::Moving, Pixels::Yuva444, "-c:v prores_ks -profile:v 4444 -vendor apl0", "-c:a pcm_f32le"},
-    {"webm", Kind::Moving, Pixels::Yuva420,
-     "-c:v libvpx-vp9 -crf 24 -b:v 0 -deadline good -cpu-used 4 -row-mt 1 -auto-alt-ref 0",
-     "-c:a libopus -b:a 192k"},
-    {"mkv", Kind::Moving, Pixels::Rgba, "-c:v ffv1 -level 3 -g 1 -slicecrc 1", kFloat},
-    {"avi", Kind::Moving, Pixels::Plain420, "-c:v mpeg4 -q:v 2", "-c:a pcm_s16le"},
-    {"gif", Kind::Moving, Pixels::Palette, "-c:v gif", ""},
-    {"apng", Kind::Moving, Pixels::Rgba, "-c:v apng -plays 0", ""},
-    {"nut", Kind::Moving, Pixels::Rgba, "-c:v rawvideo", kFloat},
-    {"ts", Kind::Moving, Pixels::Yuv420, kH264, kAac},
-    {"mpg", Kind::Moving, Pixels::Yuv420, "-c:v mpeg2video -q:v 2", "-c:a mp2 -b:a 320k"},
-    {"flv", Kind::Moving, Pixels::Yuv420, kH264, kAac},
-
-    {"wav", Kind::Sound, Pixels::Asis, "", "-c:a pcm_f32le -rf64 auto"},
-    {"w64", Kind::Sound, Pixels::Asis, "", kFloat},
-    {"caf", Kind::Sound, Pixels::Asis, "", kFloat},
-    {"aif", Kind::Sound, Pixels::Asis, "", "-c:a pcm_f32be"},
-    {"aiff", Kind::Sound, Pixels::Asis, "", "-c:a pcm_f32be"},
-    {"au", Kind::Sound, Pixels::Asis, "", "-c:a pcm_f32be"},
-    {"flac", Kind::Sound, Pixels::Asis, "", "-c:a flac -sample_fmt s32 -bits_per_raw_sample 24"},
-    {"mp3", Kind::Sound, Pixels::Asis, "", "-c:a libmp3lame -q:a 0"},
-    {"ogg", Kind::Sound, Pixels::Asis, "", "-c:a libvorbis -q:a 8"},
-    {"oga", Kind::Sound, Pixels::Asis, "", "-c:a libvorbis -q:a 8"},
-    {"opus", Kind::Sound, Pixels::Asis, "", "-c:a libopus -b:a 192k"},
-    {"m4a", Kind::Sound, Pixels::Asis, "", kAac},
-    {"aac", Kind::Sound, Pixels::Asis, "", kAac},
-    {"wv", Kind::Sound, Pixels::Asis, "", "-c:a wavpack -sample_fmt fltp"},
-    {"ac3", Kind::Sound, Pixels::Asis, "", "-c:a ac3 -b:a 448k"},
-    {"mp2", Kind::Sound, Pixels::Asis, "", "-c:a mp2 -b:a 320k"},
-};
-
-constexpr Format kOther{"", Kind::Moving, Pixels::Asis, "", ""};
-
-const Format &formatOf(const std::string &file) {
-  std::string extension = fs::path(file).extension().string();
-  for (char &c : extension)
-    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  for (const Format &format : kFormats)
-    if (extension.size() == format.extension.size() + 1 && extension.ends_with(format.extension))
-      return format;
-  return kOther;
+void addWords(Words &args, std::string_view words) {
+  for (const std::string_view word : split(words, ' '))
+    if (!word.empty())
+      args.emplace_back(word);
 }
 
-void addWords(std::vector<std::string> &args, std::string_view words) {
-  while (!words.empty()) {
-    const size_t end = std::min(words.find(' '), words.size());
-    args.emplace_back(words.substr(0, end));
-    words.remove_prefix(std::min(end + 1, words.size()));
-  }
-}
-
-/// Repeats the last column and row where 4:2:0 needs even sizes.
-std::string evenSize(int width, int height) {
-  const int right = width % 2, bottom = height % 2;
-  if (right == 0 && bottom == 0)
-    return {};
-  return "format=gbrap,pad=" + std::to_string(width + right) + ":" + std::to_string(height + bottom) +
-         ",fillborders=right=" + std::to_string(right) + ":bottom=" + std::to_string(bottom) + ":mode=smear,";
-}
-
-std::string filtersFor(Pixels pixels, int width, int height) {
-  const auto convert = [](const char *range, const char *matrix, const char *format) {
-    return std::string("scale=out_range=") + range + ":out_color_matrix=" + matrix +
-           ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp,format=" + format;
-  };
-  const bool highDefinition = width >= 1280 || height >= 720;
-  // Some encoders look at the frames alone, some files at the options alone: both name the colours.
-  const char *const named = ",setparams=colorspace=bt709:color_primaries=bt709:color_trc=bt709:range=tv";
-  switch (pixels) {
-  case Pixels::Asis:
-  case Pixels::Rgba: return {};
-  case Pixels::Palette:
-    return "split[a][b];[a]palettegen=stats_mode=single[p];[b][p]paletteuse=new=1:dither=sierra2_4a";
-  case Pixels::Jpeg: return convert("pc", "bt601", "yuvj444p");
-  case Pixels::Yuv420: return evenSize(width, height) + convert("tv", "bt709", "yuv420p") + named;
-  case Pixels::Plain420:
-    return evenSize(width, height) + convert("tv", highDefinition ? "bt709" : "bt601", "yuv420p");
-  case Pixels::Yuva420: return evenSize(width, height) + convert("tv", "bt709", "yuva420p") + named;
-  case Pixels::Yuva444: return convert("tv", "bt709", "yuva444p10le") + named;
-  }
+/// Options of an input or an output. Some encoders look at the frames alone, some files at the options alone:
+/// both name the colours.
+Words colourWords(Colours colours) {
+  if (colours == Colours::jpeg)
+    return {"-color_range", "pc"};
+  if (colours == Colours::untagged)
+    return {"-color_range", "tv"};
+  if (colours == Colours::bt709)
+    return {"-color_range",
+            "tv",
+            "-colorspace",
+            "bt709",
+            "-color_primaries",
+            "bt709",
+            "-color_trc",
+            "bt709",
+            "-chroma_sample_location",
+            "left"};
   return {};
 }
 
-bool isBt709(Pixels pixels) {
-  return pixels == Pixels::Yuv420 || pixels == Pixels::Yuva420 || pixels == Pixels::Yuva444;
-}
-
-/// The name that the unfinished file has: in the same folder, hidden, with the same extension.
-fs::path partialName(const fs::path &target) {
-  constexpr size_t kKeptOfName = 200; // the name must not become too long
-  std::random_device random;
-  std::string name(1, '.');
-  name.append(target.stem().string(), 0, kKeptOfName).append(1, '.');
-  for (int i = 0; i < 12; ++i)
-    name += static_cast<char>('a' + random() % 26);
-  return target.parent_path() / name.append(target.extension().string());
+/// Slower than half goes in steps.
+std::string tempoFilter(double tempo) {
+  std::string filter;
+  for (; tempo < 0.5; tempo *= 2)
+    filter += "atempo=0.5,";
+  return filter + "atempo=" + numberText(tempo);
 }
 
 } // namespace
 
+bool canCopyPictures(const std::string &from, const std::string &to, const EncodingChoice &encoding,
+                     const MediaPrograms &programs) {
+  Words args{programs.ffmpeg, "-v", "error", "-nostdin", "-y", "-i", fileUrl(from)};
+  add(args, {"-map", "0:V:0", "-c", "copy", "-frames:v", "1"});
+  if (const std::string_view muxer = formatOf(to, encoding).muxer; !muxer.empty())
+    add(args, {"-f", std::string(muxer)});
+  args.emplace_back("/dev/null");
+  return Process(args).wait() == 0;
+}
+
 MediaWriter::MediaWriter(std::string file, WriterOptions options)
-    : file_(std::move(file)), options_(std::move(options)) {
+    : file_(std::move(file)), options_(std::move(options)),
+      raw_(file_ == "-" && optionOf(options_.encoding.options, "-f").empty()) {
+  if (!raw_)
+    output_ = isSequence() ? makeOutputSequence(file_, options_.overwrite)
+                           : makeOutputFile(file_, options_.overwrite);
   check();
+  pipe_ = pipeLayout();
 }
 
-MediaWriter::~MediaWriter() {
-  if (!done_)
-    abandon();
+MediaWriter::~MediaWriter() = default;
+
+bool MediaWriter::isStill(const std::string &file) {
+  return kindOf(file) == FileKind::still && !hasNumber(file);
 }
 
-bool MediaWriter::isStill(const std::string &file) { return formatOf(file).kind == Kind::Still; }
+bool MediaWriter::isSound(const std::string &file) { return kindOf(file) == FileKind::sound; }
 
-bool MediaWriter::isSound(const std::string &file) { return formatOf(file).kind == Kind::Sound; }
+bool MediaWriter::writesInPlace(const std::string &file) {
+  std::error_code error;
+  const fs::file_status status = fs::status(file, error);
+  return file == "-" || (fs::exists(status) && !fs::is_regular_file(status));
+}
+
+bool MediaWriter::isSequence() const { return kindOf(file_) == FileKind::still && hasNumber(file_); }
 
 void MediaWriter::check() const {
-  const auto refuse = [&](const std::string &why) {
-    throw HostError("cannot write " + (toStandardOutput() ? std::string("to standard output") : file_) +
-                    ": " + why);
-  };
+  const auto refuse = [&](const std::string &why) { throw HostError("cannot write " + name() + ": " + why); };
   const WriterOptions &o = options_;
   if (!hasPictures() && !hasSamples())
     refuse("neither pictures nor sound");
@@ -198,219 +106,366 @@ void MediaWriter::check() const {
   if (hasSamples() && (o.sampleRate < 1 || o.sampleRate > 768000 || o.channels > 64))
     refuse("a sample rate of " + std::to_string(o.sampleRate) + " with " + std::to_string(o.channels) +
            " channels is not possible");
-  if (toStandardOutput()) {
+  if (raw_) {
     if (hasPictures() && hasSamples())
       refuse("either pictures or sound, not both");
+    if (isatty(STDOUT_FILENO) == 1)
+      refuse("raw bytes are not for a terminal");
     return;
   }
-  const Kind kind = formatOf(file_).kind;
-  if (kind == Kind::Sound && hasPictures())
+  const Format &format = formatOf(file_, o.encoding);
+  if (format.kind == FileKind::sound && hasPictures())
     refuse("such a file holds sound alone");
-  if (kind == Kind::Still && (hasSamples() || !o.soundFile.empty()))
-    refuse("such a file holds a picture alone");
-
-  std::error_code error;
-  const fs::path target(file_);
-  const fs::file_status status = fs::status(target, error);
-  if (fs::is_directory(status))
-    refuse(errorMessage(EISDIR));
-  if (!fs::exists(status)) {
-    if (status.type() == fs::file_type::none)
-      refuse(error.message());
-  } else if (fs::is_regular_file(status) && !o.overwrite) {
-    refuse("the file exists");
-  }
-  if (target.extension().empty())
-    refuse("its name has no extension that tells the format");
-  const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-  if (access(folder.c_str(), F_OK) != 0 ||
-      ((!fs::exists(status) || fs::is_regular_file(status)) && access(folder.c_str(), W_OK | X_OK) != 0))
-    refuse(errorMessage(errno));
+  if (format.sounds.empty() && (hasSamples() || o.companion.sound))
+    refuse(format.kind == FileKind::still ? "such a file holds a picture alone"
+                                          : "such a file holds pictures alone");
+  if (hasPictures())
+    (void)pictureEncoding(format, file_, o.encoding, o.alpha);
+  if (hasSamples() || o.companion.sound)
+    (void)soundEncoding(format, file_, o.encoding);
 }
 
-std::vector<std::string> MediaWriter::arguments(const std::string &target) const {
-  const Format &format = formatOf(file_);
+size_t MediaWriter::pictureBytes() const {
+  return size_t{4} * static_cast<size_t>(options_.width) * static_cast<size_t>(options_.height);
+}
+
+// ---- The command ----
+
+PictureEncoding MediaWriter::encodingOfPictures() const {
   const WriterOptions &o = options_;
-  std::vector<std::string> args{o.programs.ffmpeg, "-v", "error", "-nostdin", "-y"};
-  const auto add = [&](std::initializer_list<std::string> more) { args.insert(args.end(), more); };
-  if (o.soundFile.empty())
-    add({"-xerror"}); // otherwise small damage in the sound file would end it all
+  constexpr int kLeastOfFfv1 = 4; // smaller ones come back damaged
+  PictureEncoding encoding = pictureEncoding(formatOf(file_, o.encoding), file_, o.encoding, o.alpha);
+  if (encoding.words.starts_with("-c:v ffv1") && std::min(o.width, o.height) < kLeastOfFfv1)
+    return {"-c:v png", o.alpha ? "rgba" : "rgb24", Colours::asis, o.alpha, false};
+  return encoding;
+}
+
+/// Pictures as the child gets them: the encoder's where they can be made here.
+PictureLayout MediaWriter::pipeLayout() const {
+  const WriterOptions &o = options_;
+  PictureLayout layout{kBgra, o.width, o.height};
+  if (!hasPictures() || raw_ || !o.filter.empty() || !Converter::available())
+    return layout;
+  const PictureEncoding encoding = encodingOfPictures();
+  const auto coding = codingOf(encoding.colours, o.width, o.height);
+  const PixelFormat format = pipeFormat(encoding.pixelFormat);
+  if (!coding || format.family != ColorFamily::Yuv)
+    return layout;
+  const auto roundedUp = [](int size, int shift) { return (size + (1 << shift) - 1) >> shift << shift; };
+  return {format, roundedUp(o.width, format.chromaShiftX), roundedUp(o.height, format.chromaShiftY), *coding,
+          o.fields != FieldOrder::none && encoding.fields};
+}
+
+void MediaWriter::addPictureWords(Words &args, const std::string &input) const {
+  const WriterOptions &o = options_;
+  const Format &format = formatOf(file_, o.encoding);
+  const PictureEncoding encoding = encodingOfPictures();
+  add(args, {"-map", input + ":v:0"});
+  const bool fields = o.fields != FieldOrder::none && encoding.fields;
+  std::string filters = filtersFor(
+      encoding, {o.width, o.height, o.pixelAspect, fields ? o.fields : FieldOrder::none}, pipe_.format);
+  if (!o.filter.empty())
+    filters = filters.empty() ? o.filter : o.filter + ',' + filters;
+  if (!filters.empty())
+    add(args, {"-vf", filters});
+  addWords(args, encoding.words);
+  if (fields)
+    add(args, {"-flags", "+ildct+ilme"});
+  add(args, colourWords(encoding.colours));
+  if (isSequence())
+    add(args, {"-start_number", std::to_string(o.firstNumber)});
+  else if (format.kind == FileKind::still)
+    add(args, {"-frames:v", "1", "-update", "1"});
+  if (!o.timecode.empty())
+    add(args, {"-metadata", "timecode=" + o.timecode});
+}
+
+void MediaWriter::addSoundWords(Words &args, const std::string &input) const {
+  const Companion &from = options_.companion;
+  const Format &format = formatOf(file_, options_.encoding);
+  const SoundEncoding encoding = soundEncoding(format, file_, options_.encoding);
+  add(args, {"-map", input + (from.sound && format.manyTracks ? ":a" : ":a:0")});
+  addWords(args, encoding.words);
+  std::string filters;
+  const auto append = [&](const std::string &filter) { (filters += filters.empty() ? "" : ",") += filter; };
+  if (from.sound && from.tempo != 1)
+    append(tempoFilter(from.tempo));
+  if (!encoding.layouts.empty())
+    append("aformat=channel_layouts=" + encoding.layouts);
+  const bool endless = from.sound && from.duration <= 0 && hasPictures() && !soundComesLate();
+  if (endless)
+    append("apad");
+  if (!filters.empty())
+    add(args, {"-af", filters});
+  if (endless)
+    add(args, {"-shortest"});
+}
+
+/// All but the sound that samples stand for.
+void MediaWriter::addCompanionTracks(Words &args, const std::string &input) const {
+  const Companion &from = options_.companion;
+  const Format &format = formatOf(file_, options_.encoding);
+  if (from.pictures) {
+    add(args, {"-map", input + ":v:0"});
+    if (from.copied) {
+      add(args, {"-c:v", "copy"});
+    } else {
+      const PictureEncoding encoding = pictureEncoding(format, file_, options_.encoding, true);
+      addWords(args, encoding.words);
+      if (!encoding.pixelFormat.empty())
+        add(args, {"-pix_fmt", encoding.pixelFormat});
+    }
+  }
+  size_t kept = 0;
+  for (size_t i = 0; i < from.subtitles.size(); ++i)
+    if (const std::string codec = subtitleEncoding(format, from.subtitles[i]); !codec.empty()) {
+      add(args, {"-map", input + ":s:" + std::to_string(i)});
+      add(args, {"-c:s:" + std::to_string(kept++), codec});
+    }
+  if (from.attachments && holdsAttachments(format))
+    add(args, {"-map", input + ":t", "-c:t", "copy"});
+}
+
+std::vector<std::string> MediaWriter::arguments(const std::string &target, Pass pass,
+                                                const std::string &picturesAlone) const {
+  const Format &format = formatOf(file_, options_.encoding);
+  const WriterOptions &o = options_;
+  const Companion &from = o.companion;
+  Words args{o.programs.ffmpeg, "-v", "error", "-nostdin", "-y"};
+  int inputs = 0;
+  std::string sound, pictures, companion; // the numbers of the inputs
+  const auto next = [&] { return std::to_string(inputs++); };
+  if (from.file.empty())
+    add(args, {"-xerror"}); // otherwise small damage in the companion would end it all
   // Sound comes first: its pipe can always be fed.
-  if (hasSamples())
-    add({"-f", "f32le", "-ar", std::to_string(o.sampleRate), "-ac", std::to_string(o.channels), "-probesize",
-         "32", "-analyzeduration", "0", "-i", hasPictures() ? "pipe:3" : "pipe:0"});
-  if (hasPictures())
-    add({"-f", "rawvideo", "-pixel_format", "bgra", "-video_size",
-         std::to_string(o.width) + "x" + std::to_string(o.height), "-framerate", o.rate.text(), "-probesize",
-         "32", "-analyzeduration", "0", "-i", "pipe:0"});
-  const bool soundFile = hasPictures() && !hasSamples() && !o.soundFile.empty();
-  if (soundFile) {
-    if (o.soundStart > 0)
-      add({"-ss", numberText(o.soundStart)});
-    if (o.soundDuration > 0)
-      add({"-t", numberText(o.soundDuration)});
-    add({"-i", fileUrl(o.soundFile)});
+  if (hasSamples()) {
+    add(args, {"-f", "f32le", "-ar", std::to_string(o.sampleRate), "-ac", std::to_string(o.channels),
+               "-probesize", "32", "-analyzeduration", "0", "-i", hasPictures() ? "pipe:3" : "pipe:0"});
+    sound = next();
+  }
+  if (pass == Pass::joining) {
+    add(args, {"-i", picturesAlone});
+    pictures = next();
+  } else if (hasPictures()) {
+    add(args,
+        {"-f", "rawvideo", "-pixel_format", pipe_.format == kBgra && !o.alpha ? "bgr0" : pipe_.format.name(),
+         "-video_size", std::to_string(pipe_.width) + "x" + std::to_string(pipe_.height), "-framerate",
+         o.rate.text(), "-probesize", "32", "-analyzeduration", "0"});
+    if (pipe_.format != kBgra)
+      add(args, colourWords(encodingOfPictures().colours));
+    add(args, {"-i", "pipe:0"});
+    pictures = next();
+  }
+  if (!from.file.empty() && pass != Pass::picturesAlone) {
+    if (soundComesLate())
+      add(args,
+          {"-f", "f32le", "-ar", std::to_string(from.rawRate), "-ac", std::to_string(from.rawChannels)});
+    if (from.start > 0)
+      add(args, {"-ss", numberText(from.start)});
+    if (from.duration > 0)
+      add(args, {"-t", numberText(from.duration)});
+    add(args, {"-i", fileUrl(from.file)});
+    companion = next();
+    if (from.sound)
+      sound = companion;
   }
 
-  if (hasPictures()) {
-    add({"-map", hasSamples() ? "1:v" : "0:v"});
-    Pixels pixels = format.pixels;
-    if (!o.alpha && pixels == Pixels::Yuva420)
-      pixels = Pixels::Yuv420;
-    std::string filters = filtersFor(pixels, o.width, o.height);
-    if (!o.alpha && pixels == Pixels::Rgba)
-      filters = "format=bgr0";
-    if (!o.filter.empty())
-      filters = filters.empty() ? o.filter : o.filter + ',' + filters;
-    if (!filters.empty())
-      add({"-vf", filters});
-    constexpr int kLeastOfFfv1 = 4; // smaller ones come back damaged
-    addWords(args, format.extension == "mkv" && std::min(o.width, o.height) < kLeastOfFfv1 ? "-c:v png"
-                                                                                           : format.video);
-    if (isBt709(pixels))
-      add({"-colorspace", "bt709", "-color_primaries", "bt709", "-color_trc", "bt709", "-color_range", "tv"});
-    if (format.kind == Kind::Still)
-      add({"-frames:v", "1", "-update", "1"});
+  if (pass == Pass::joining)
+    add(args, {"-map", pictures + ":v", "-c:v", "copy"});
+  else if (hasPictures())
+    addPictureWords(args, pictures);
+  if (!sound.empty()) {
+    addSoundWords(args, sound);
+    if (hasPictures() || from.pictures)
+      add(args, {"-max_muxing_queue_size", "65536"});
   }
-  if (hasSamples() || soundFile) {
-    add({"-map", soundFile ? "1:a:0" : "0:a"});
-    addWords(args, format.sound);
-    if (soundFile && o.soundDuration <= 0)
-      add({"-af", "apad", "-shortest"});
-    if (hasPictures())
-      add({"-max_muxing_queue_size", "65536"});
-  }
-  if (format.extension == "mp4" || format.extension == "m4v" || format.extension == "m4a")
-    add({"-movflags", "+faststart"});
-  add({"-map_metadata", "-1", fileUrl(target)});
+  if (!companion.empty())
+    addCompanionTracks(args, companion);
+  addWords(args, format.words);
+  const std::string told = !companion.empty() && from.tags ? companion : "-1";
+  add(args, {"-map_metadata", told, "-map_chapters", told});
+  if (!format.muxer.empty())
+    add(args, {"-f", std::string(format.muxer)});
+  args.insert(args.end(), o.encoding.options.begin(), o.encoding.options.end());
+  args.push_back(target);
   return args;
 }
 
-std::string MediaWriter::commandLine() const {
-  return toStandardOutput() ? std::string() : shellQuoted(arguments(file_));
+std::vector<std::string> MediaWriter::commandLines() const {
+  if (raw_)
+    return {};
+  const std::string target = file_ == "-" ? "pipe:1" : fileUrl(file_);
+  if (!soundComesLate())
+    return {shellQuoted(arguments(target, Pass::whole, {}))};
+  const std::string pictures = fileUrl(file_ + ".pictures");
+  return {shellQuoted(arguments(pictures, Pass::picturesAlone, {})),
+          shellQuoted(arguments(target, Pass::joining, pictures))};
 }
 
-void MediaWriter::start() {
-  if (done_)
-    throw std::logic_error("the file is already complete or given up");
-  if (process_ || toStandardOutput())
-    return;
-  const fs::file_status status = fs::status(file_);
-  inPlace_ = fs::exists(status) && !fs::is_regular_file(status);
-  if (!inPlace_) {
-    partial_ = partialName(file_).string();
-    const Descriptor created(open(partial_.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666));
-    if (!created) {
-      const int error = errno;
-      partial_.clear();
-      fail(errorMessage(error));
-    }
-  }
-  Process::Options options;
-  options.input = Process::Stream::Pipe;
-  options.secondInput = hasPictures() && hasSamples();
+// ---- The child ----
+
+/// What goes wrong outside of the child ends the writer too.
+template <class Work> auto MediaWriter::orFail(Work work) {
   try {
-    process_ = std::make_unique<Process>(arguments(inPlace_ ? file_ : partial_), options);
+    return work();
   } catch (const HostError &error) {
     fail(error.what());
   }
 }
 
+void MediaWriter::prepare() {
+  if (done_)
+    throw std::logic_error("the file is already complete or given up");
+  if (behind_)
+    return;
+  if (raw_) {
+    standardOutput_ = nonBlockingOutput();
+  } else {
+    Process::Options options;
+    options.input = Process::Stream::Pipe;
+    options.output = file_ == "-" ? Process::Stream::Inherit : Process::Stream::None;
+    options.secondInput = hasPictures() && hasSamples();
+    orFail([&] {
+      if (soundComesLate())
+        picturesAlone_ = output_->spare();
+      process_ = std::make_unique<Process>(soundComesLate()
+                                               ? arguments(fileUrl(picturesAlone_), Pass::picturesAlone, {})
+                                               : arguments(output_->begin(), Pass::whole, {}),
+                                           options);
+    });
+  }
+  constexpr size_t kWaiting = size_t{64} << 20, kMostPictures = 4, kBlocks = 64;
+  const size_t depth =
+      hasPictures() ? std::clamp<size_t>(kWaiting / pictureBytes(), 1, kMostPictures) : kBlocks;
+  behind_.emplace(
+      depth, [](const std::function<void()> &work) { work(); },
+      [this] {
+        if (process_)
+          process_->terminate();
+      });
+}
+
+/// Has something done in the thread.
+void MediaWriter::hand(std::function<void()> work) {
+  prepare();
+  begun_ = true;
+  orFail([&] { behind_->put(std::move(work)); });
+}
+
 void MediaWriter::put(const void *data, size_t size) {
-  if (toStandardOutput()) {
-    const int error = writeFully(STDOUT_FILENO, data, size);
+  if (raw_) {
+    const int error = writeFully(standardOutput_.get(), data, size);
     if (error != 0)
-      fail(errorMessage(error));
+      throw HostError(errorMessage(error));
   } else if (!process_->write(data, size)) {
-    failAsChild();
+    throwAsChild();
   }
 }
 
-void MediaWriter::writeFrame(const void *pixels) {
+void MediaWriter::sendPicture(const void *pixels) {
+  if (pipe_.format == kBgra) {
+    put(pixels, pictureBytes());
+    return;
+  }
+  if (!converter_) {
+    converter_.emplace(PictureLayout{kBgra, options_.width, options_.height}, pipe_, Fit::Extend);
+    converted_ = alignedBytes(pipe_.bytes());
+  }
+  converter_->convert(static_cast<const uint8_t *>(pixels), converted_.get());
+  put(converted_.get(), pipe_.bytes());
+}
+
+void MediaWriter::sendSamples(const std::vector<float> &samples) {
+  if (!hasPictures())
+    put(samples.data(), samples.size() * sizeof(float));
+  else if (!process_->queueSecond(samples.data(), samples.size() * sizeof(float)))
+    throwAsChild();
+  else if (process_->queued() > kMostQueued)
+    throw HostError("the sound runs too far ahead of the pictures");
+}
+
+void MediaWriter::writeFrame(std::shared_ptr<const void> pixels) {
   if (!hasPictures())
     throw std::logic_error("a picture for a file of sound");
-  if (frames_ == 1 && isStill(file_))
+  if (frames_ == 1 && !raw_ && isStill(file_))
     fail("such a file holds one picture");
   if (hasSamples() && !samplesEnded_ &&
       static_cast<double>(samples_) < std::floor(timeOf(frames_, options_.rate) * options_.sampleRate) + 1)
     throw std::logic_error("the sound of a picture comes before the picture");
-  start();
-  put(pixels, size_t{4} * static_cast<size_t>(options_.width) * static_cast<size_t>(options_.height));
   ++frames_;
+  hand([this, kept = std::move(pixels)] { sendPicture(kept.get()); });
+}
+
+void MediaWriter::writeFrame(const void *pixels) {
+  const auto *bytes = static_cast<const uint8_t *>(pixels);
+  auto copy = std::make_shared<std::vector<uint8_t>>(bytes, bytes + pictureBytes());
+  writeFrame(std::shared_ptr<const void>(copy, copy->data()));
 }
 
 void MediaWriter::writeSamples(const float *samples, size_t frames) {
   if (!hasSamples() || samplesEnded_)
     throw std::logic_error("samples for a file of pictures");
-  start();
-  const size_t size = frames * static_cast<size_t>(options_.channels) * sizeof(float);
   samples_ += frames;
-  if (!hasPictures()) {
-    put(samples, size);
-    return;
-  }
-  if (!process_->queueSecond(samples, size))
-    failAsChild();
-  if (process_->queued() > kMostQueued)
-    fail("the sound runs too far ahead of the pictures");
+  hand([this, copy = std::vector<float>(samples, samples + frames * static_cast<size_t>(options_.channels))] {
+    sendSamples(copy);
+  });
 }
 
 void MediaWriter::endSamples() {
   samplesEnded_ = true;
-  if (process_)
-    process_->endSecond();
+  if (behind_ && !raw_)
+    hand([this] { process_->endSecond(); });
+}
+
+std::string MediaWriter::soundBeside() {
+  return options_.companion.file = orFail([&] { return output_->spare(); });
 }
 
 void MediaWriter::finish() {
   if (done_)
     return;
-  if (!process_ && !toStandardOutput())
+  if (!begun_ && !raw_)
     fail(hasPictures() ? "no pictures came" : "no sound came");
+  if (behind_)
+    orFail([&] { behind_->finish(); });
   if (process_) {
-    const int status = process_->wait();
-    const std::string &said = process_->errorTail();
-    if (status != 0 || said.find("Error writing trailer") != std::string::npos ||
-        said.find("Error closing file") != std::string::npos)
-      failAsChild();
+    waitForChild();
+    if (soundComesLate()) {
+      process_ = orFail([&] {
+        return std::make_unique<Process>(arguments(output_->begin(), Pass::joining, fileUrl(picturesAlone_)),
+                                         Process::Options());
+      });
+      waitForChild();
+    }
     process_.reset();
-    publish();
+    orFail([&] { output_->publish(); });
   }
   done_ = true;
 }
 
-/// Gives the complete file its name.
-void MediaWriter::publish() {
-  if (inPlace_)
-    return;
-  int result = renameat2(AT_FDCWD, partial_.c_str(), AT_FDCWD, file_.c_str(),
-                         options_.overwrite ? 0u : static_cast<unsigned>(RENAME_NOREPLACE));
-  if (result != 0 && errno == EINVAL) // a file system that cannot refuse
-    result = rename(partial_.c_str(), file_.c_str());
-  if (result != 0)
-    fail(errno == EEXIST ? "the file exists" : errorMessage(errno));
-  partial_.clear();
-}
-
-void MediaWriter::abandon() {
-  process_.reset();
-  if (!partial_.empty())
-    unlink(partial_.c_str());
-  partial_.clear();
+void MediaWriter::waitForChild() {
+  const int status = process_->wait();
+  const std::string &said = process_->errorTail();
+  if (status != 0 || said.find("Error writing trailer") != std::string::npos ||
+      said.find("Error closing file") != std::string::npos)
+    orFail([&] { throwAsChild(); });
 }
 
 void MediaWriter::fail(const std::string &reason) {
-  abandon();
+  behind_.reset();
+  process_.reset();
+  output_.reset();
   done_ = true;
-  throw HostError("cannot write " + (toStandardOutput() ? std::string("to standard output") : file_) + ": " +
-                  reason);
+  throw HostError("cannot write " + name() + ": " + reason);
 }
 
-void MediaWriter::failAsChild() {
+void MediaWriter::throwAsChild() {
   process_->wait();
-  std::string reason = reasonOf(*process_, fileUrl(partial_));
-  for (size_t at; !partial_.empty() && (at = reason.find(partial_)) != std::string::npos;)
-    reason.replace(at, partial_.size(), file_);
-  fail(reason);
+  const std::string place = picturesAlone_.empty() ? output_->place() : picturesAlone_;
+  std::string reason = reasonOf(*process_, fileUrl(place));
+  for (size_t at; !place.empty() && (at = reason.find(place)) != std::string::npos;)
+    reason.replace(at, place.size(), file_);
+  throw HostError(reason);
 }
 
 } // namespace zol::host

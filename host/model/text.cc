@@ -43,6 +43,23 @@ std::string folded(std::string_view text) {
 
 bool sameWithoutCase(std::string_view a, std::string_view b) { return folded(a) == folded(b); }
 
+std::string printable(std::string_view text) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::string result;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    const bool second =
+        i > 0 && text[i - 1] == '\xC2' && c >= 0x80 && c < 0xA0; // those beyond ASCII, in UTF-8
+    if (second)
+      result.pop_back();
+    if (c < ' ' || c == 0x7F || second)
+      result.append("\\x").append({kDigits[c / 16], kDigits[c % 16]});
+    else
+      result += text[i];
+  }
+  return result;
+}
+
 std::string_view trimmed(std::string_view text) {
   const size_t first = text.find_first_not_of(" \t\n");
   return first == text.npos ? std::string_view()

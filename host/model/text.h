@@ -19,6 +19,8 @@ std::string numberText(double value);
 /// In lower case, as far as ASCII goes.
 std::string folded(std::string_view text);
 bool sameWithoutCase(std::string_view a, std::string_view b);
+/// Without anything that a terminal would obey: control characters as "\x1b".
+std::string printable(std::string_view text);
 std::string_view trimmed(std::string_view text);
 std::vector<std::string_view> split(std::string_view text, char separator);
 

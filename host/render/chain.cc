@@ -32,15 +32,15 @@ ChainSetup::ChainSetup(const RenderPlan &plan, const EffectLibrary &library) {
                       "\" cannot be chained: one makes pictures, the other sound");
   }
   for (size_t i = 0; i < stages.size(); ++i)
-    for (const std::string &file : plan.stages[i].inputs) {
-      stages[i].inputs.push_back(files.size());
-      files.push_back(file);
+    for (const InputPlan &input : plan.stages[i].inputs) {
+      stages[i].inputs.push_back(inputs.size());
+      inputs.push_back(input);
     }
   for (size_t i = 0; i < stages.size(); ++i)
     for (const auto &setting : plan.stages[i].settings)
       if (const int field = inputFieldNamed(*stages[i].effect, setting.first); field >= 0) {
-        stages[i].assignments.push_back({field, files.size()});
-        files.push_back(setting.second);
+        stages[i].assignments.push_back({field, inputs.size()});
+        inputs.push_back({setting.second, {}, {}});
       } else {
         stages[i].settings.push_back(setting);
       }
@@ -81,6 +81,12 @@ std::vector<std::string> Chain::notes() {
   for (const auto &stage : stages_)
     lines.insert(lines.end(), stage->instance().notes().begin(), stage->instance().notes().end());
   return lines;
+}
+
+const NumberCurve *Chain::numbers(size_t stage, std::string_view field) const {
+  Instance &instance = stages_[stage]->instance();
+  const int id = instance.effect().fieldId(field);
+  return id < 0 ? nullptr : instance.session().parameters.numbers.find(id, 0);
 }
 
 void Chain::release() {

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -34,7 +35,7 @@ struct ChainSetup {
 
   bool sound = false; ///< whether the effects make sound rather than pictures
   std::vector<StageSetup> stages;
-  std::vector<std::string> files; ///< one an input, in the order in which they are opened
+  std::vector<InputPlan> inputs; ///< in the order in which they are opened
 };
 
 /// Renders any time in any order. Has instances of its own and borrows the inputs, which outlive it.
@@ -50,6 +51,9 @@ public:
 
   /// What settings left out of the files that they name, a line each.
   [[nodiscard]] std::vector<std::string> notes();
+
+  /// The values over time of a stage's field; null where it has no such field, or not of numbers.
+  [[nodiscard]] const NumberCurve *numbers(size_t stage, std::string_view field) const;
 
   /// Gives back all that inputs and stages have handed out.
   void release();

@@ -6,12 +6,13 @@ bool PictureLoop::step(MediaWriter &writer) {
   if (!span_.openEnd && done_ >= span_.count)
     return false;
   const double time = chain_.timeline().timeOfFrame(span_.first + done_);
-  const auto picture = chain_.picture(time);
+  const std::shared_ptr<PictureBuffer> picture = chain_.picture(time);
   if (span_.openEnd)
     if (const auto length = leading_->length();
         length && indexAt(time, leading_->pictures()->rate()) >= *length)
       return false;
-  writer.writeFrame(picture->record()->Pixels);
+  opacity_.settle(picture->record()->Pixels, picture->pixels());
+  writer.writeFrame({picture, picture->record()->Pixels});
   chain_.release();
   ++done_;
   return true;

@@ -3,6 +3,7 @@
 
 #include "host/media/writer.h"
 #include "host/render/chain.h"
+#include "host/render/opacity.h"
 #include "host/render/settle.h"
 
 #include <cstddef>
@@ -13,8 +14,8 @@ namespace zol::host {
 class PictureLoop {
 public:
   /// `leading` is the input at whose end an open end is.
-  PictureLoop(Chain &chain, const Span &span, const Input *leading)
-      : chain_(chain), span_(span), leading_(leading) {}
+  PictureLoop(Chain &chain, const Span &span, const Input *leading, Opacity &opacity)
+      : chain_(chain), span_(span), leading_(leading), opacity_(opacity) {}
 
   /// Renders the next picture into the writer; false where there is none.
   bool step(MediaWriter &writer);
@@ -26,6 +27,7 @@ private:
   Chain &chain_;
   Span span_;
   const Input *leading_;
+  Opacity &opacity_;
   size_t done_ = 0;
 };
 

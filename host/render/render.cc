@@ -1,87 +1,87 @@
 #include "host/render/render.h"
 
-#include "host/model/error.h"
+#include "host/render/opacity.h"
 #include "host/render/pictures.h"
 #include "host/render/sound.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace zol::host {
+namespace {
 
-RenderJob::RenderJob(RenderPlan plan)
-    : plan_(std::move(plan)),
-      library_(plan_.library.empty() ? EffectLibrary::defaultFile() : plan_.library, plan_.host),
-      setup_(plan_, library_) {
-  checkOutput();
-  for (const std::string &file : setup_.files)
-    inputs_.emplace_back(file, setup_.sound, plan_);
+std::shared_ptr<const EffectLibrary> libraryOf(const RenderPlan &plan) {
+  return std::make_shared<EffectLibrary>(plan.library.empty() ? EffectLibrary::defaultFile() : plan.library,
+                                         plan.host);
+}
+
+} // namespace
+
+RenderJob::RenderJob(RenderPlan plan) : RenderJob(plan, libraryOf(plan)) {}
+
+RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library)
+    : plan_(std::move(plan)), library_(std::move(library)), setup_(plan_, *library_) {
+  checkOutput(plan_, setup_);
+  for (const InputPlan &input : setup_.inputs)
+    inputs_.emplace_back(input.file, setup_.sound, plan_);
   settled_ = setup_.sound ? settleSound(plan_, inputs_) : settlePictures(plan_, inputs_);
   for (Input &input : inputs_)
     input.bringTo(settled_.timeline);
   chain_.emplace(setup_, plan_, settled_.timeline, inputs_);
-  writer_.emplace(plan_.output, writerOptions());
-}
-
-void RenderJob::checkOutput() const {
-  const std::string &name = setup_.stages.front().effect->name;
-  if (plan_.output.empty())
-    throw HostError("no output was named; give one with -o");
-  if (plan_.output == "-")
-    return;
-  if (!setup_.sound && MediaWriter::isSound(plan_.output))
-    throw HostError("\"" + name + "\" makes pictures, which \"" + plan_.output + "\" cannot hold");
-  if (setup_.sound && MediaWriter::isStill(plan_.output))
-    throw HostError("\"" + name + "\" makes sound, which \"" + plan_.output + "\" cannot hold");
-}
-
-WriterOptions RenderJob::writerOptions() const {
-  const Timeline &timeline = settled_.timeline;
-  WriterOptions options;
-  options.overwrite = plan_.overwrite;
-  options.programs = plan_.programs;
-  if (setup_.sound) {
-    options.sampleRate = static_cast<int>(timeline.sampleRate);
-    options.channels = static_cast<int>(timeline.channels);
-    return options;
-  }
-  options.width = timeline.width;
-  options.height = timeline.height;
-  options.rate = timeline.rate;
-  options.alpha = plan_.keepAlpha;
-  const auto withSound = std::find_if(inputs_.begin(), inputs_.end(), [](const Input &input) {
-    return !input.isStream() && input.info()->hasAudio;
-  });
-  if (withSound != inputs_.end()) {
-    options.soundFile = withSound->file();
-    options.soundStart = timeline.timeOfFrame(settled_.span.first);
-    options.soundDuration = timeline.timeOfFrame(settled_.span.count);
-  }
-  return options;
+  output_ = settleOutput(plan_, setup_, *chain_, inputs_, settled_);
+  writer_.emplace(plan_.output, output_.writing);
+  if (!output_.voices.empty())
+    crossfade_.emplace(output_.voices, output_.voiceSources, output_.soundTimeline, plan_.programs);
+  notes_ = chain_->notes();
+  notes_.insert(notes_.end(), output_.notes.begin(), output_.notes.end());
 }
 
 void RenderJob::run(const Progress &progress) {
-  const Input *leading = inputs_.empty() ? nullptr : &inputs_.front();
-  const auto toTheEnd = [&](auto loop) {
+  if (setup_.sound) {
+    SoundLoop loop(*chain_, settled_.span, inputs_.empty() ? nullptr : &inputs_.front(), plan_);
     while (loop.step(*writer_))
       progress(loop.done(), loop.all());
-  };
-  if (setup_.sound)
-    toTheEnd(SoundLoop(*chain_, settled_.span, leading, plan_));
-  else
-    toTheEnd(PictureLoop(*chain_, settled_.span, leading));
+  } else {
+    runPictures(progress);
+  }
   writer_->finish();
+}
+
+void RenderJob::runPictures(const Progress &progress) {
+  writer_->prepare();
+  if (output_.soundStream)
+    inputs_[*output_.soundStream].pictures()->writeSoundTo(writer_->soundBeside());
+  Opacity opacity(output_.watchAlpha, output_.forceOpaque);
+  PictureLoop loop(*chain_, settled_.span, inputs_.empty() ? nullptr : &inputs_.front(), opacity);
+  uint64_t sample = output_.soundTimeline.sampleOfFrame(settled_.span.first);
+  for (;;) {
+    if (crossfade_) { // the sound of a picture comes before it
+      const uint64_t end = output_.soundTimeline.sampleOfFrame(settled_.span.first + loop.done() + 1);
+      if (loop.done() < loop.all() || settled_.span.openEnd)
+        crossfade_->write(std::exchange(sample, end), end, *writer_);
+    }
+    if (!loop.step(*writer_))
+      break;
+    progress(loop.done(), loop.all());
+  }
+  if (std::string note = opacityNote(plan_, output_, opacity); !note.empty())
+    notes_.push_back(std::move(note));
 }
 
 std::vector<std::string> RenderJob::commands() const {
   std::vector<std::string> lines;
+  const auto add = [&](std::vector<std::string> more) {
+    lines.insert(lines.end(), more.begin(), more.end());
+  };
+  if (output_.soundStream)
+    inputs_[*output_.soundStream].pictures()->writeSoundTo(output_.writing.companion.file);
   for (const Input &input : inputs_)
     lines.push_back(input.commandLine());
-  lines.push_back(writer_->commandLine());
-  std::erase(lines, "");
+  if (crossfade_)
+    add(crossfade_->commandLines());
+  add(writer_->commandLines());
   return lines;
 }
 
-std::vector<std::string> RenderJob::notes() { return chain_->notes(); }
+std::vector<std::string> RenderJob::notes() { return std::exchange(notes_, {}); }
 
 } // namespace zol::host

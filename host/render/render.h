@@ -3,13 +3,16 @@
 
 #include "host/media/writer.h"
 #include "host/render/chain.h"
+#include "host/render/crossfade.h"
 #include "host/render/inputs.h"
+#include "host/render/output.h"
 #include "host/render/plan.h"
 #include "host/render/settle.h"
 #include "host/script/library.h"
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,6 +27,8 @@ public:
   /// Finds the effects, opens the inputs, settles sizes and times. Throws HostError, with one clear line, for
   /// everything that can be told before rendering.
   explicit RenderJob(RenderPlan plan);
+  /// The same with a library that is already loaded, under the plan's host.
+  RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library);
 
   /// Writes the output, whole or not at all.
   void run(const Progress &progress);
@@ -31,20 +36,22 @@ public:
   /// The commands that run() would start, a line each, to be pasted into a shell.
   [[nodiscard]] std::vector<std::string> commands() const;
 
-  /// What the files of geometries have in them that is not drawn, a line each.
+  /// What is left out or guessed, a line each: once known before run(), more of it behind. Each is told once.
   [[nodiscard]] std::vector<std::string> notes();
 
 private:
-  void checkOutput() const;
-  [[nodiscard]] WriterOptions writerOptions() const;
+  void runPictures(const Progress &progress);
 
   RenderPlan plan_;
-  EffectLibrary library_;
+  std::shared_ptr<const EffectLibrary> library_;
   ChainSetup setup_;
   std::vector<Input> inputs_;
   Settled settled_;
   std::optional<Chain> chain_;
+  OutputSetup output_;
+  std::optional<Crossfade> crossfade_;
   std::optional<MediaWriter> writer_;
+  std::vector<std::string> notes_;
 };
 
 } // namespace zol::host

@@ -25,7 +25,12 @@ size_t framesIn(double duration, Rational rate) {
 /// Settles the timeline's duration and the span; 0 for an input's duration that is not known.
 void settleLength(const RenderPlan &plan, const std::vector<Input> &inputs, double inputDuration,
                   Settled &settled) {
-  const bool still = MediaWriter::isStill(plan.output);
+  const bool stillsAlone =
+      !inputs.empty() && std::all_of(inputs.begin(), inputs.end(), [](const Input &input) {
+        return input.info() != nullptr && input.info()->still;
+      });
+  const bool still = MediaWriter::isStill(plan.output) ||
+                     (plan.output == "-" && stillsAlone && !plan.duration && !plan.frames);
   Timeline &timeline = settled.timeline;
   timeline.duration = plan.duration.value_or(inputDuration);
   if (timeline.duration <= 0 && plan.frames)

@@ -52,7 +52,30 @@ void SlowMotionClip::release() {
   clip_.release();
 }
 
-void slowMotion(const SlowMotionPlan &plan, const Progress &progress) {
+namespace {
+
+/// Has the writer take the clip's sound along; why not, or empty.
+std::string keepSound(const SlowMotionPlan &plan, const MediaInfo &info, bool stream,
+                      WriterOptions &writing) {
+  constexpr double kMostStretch = 4; // beyond it voices fall apart
+  if (plan.noSound || !info.hasAudio || plan.output == "-")
+    return {};
+  if (formatOf(plan.output, plan.encoding).sounds.empty())
+    return '"' + plan.output + "\" holds none";
+  if (stream)
+    return "it came through a pipe";
+  if (plan.factor > kMostStretch)
+    return "it cannot be stretched more than " + numberText(kMostStretch) + " times";
+  writing.companion.file = plan.input;
+  writing.companion.sound = writing.companion.tags = true;
+  writing.companion.tempo = 1 / plan.factor;
+  writing.companion.duration = info.duration;
+  return {};
+}
+
+} // namespace
+
+std::vector<std::string> slowMotion(const SlowMotionPlan &plan, const Progress &progress) {
   Source source(plan.input);
   const MediaInfo info = source.look(plan.programs);
   if (!info.hasVideo || info.still)
@@ -70,6 +93,11 @@ void slowMotion(const SlowMotionPlan &plan, const Progress &progress) {
   writing.overwrite = plan.overwrite;
   writing.alpha = info.alpha;
   writing.programs = plan.programs;
+  writing.encoding = plan.encoding;
+  writing.pixelAspect = nearestRational(info.pixelAspect);
+  std::vector<std::string> notes;
+  if (const std::string why = keepSound(plan, info, reader.isStream(), writing); !why.empty())
+    notes.push_back("the sound of \"" + plan.input + "\" is left out: " + why);
   MediaWriter writer(plan.output, writing);
 
   // Behind the clip's end there is no frame to move towards.
@@ -86,6 +114,7 @@ void slowMotion(const SlowMotionPlan &plan, const Progress &progress) {
     progress(i + 1, all);
   }
   writer.finish();
+  return notes;
 }
 
 } // namespace zol::host

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Runtimes/slomo_sdk/SlowMotion.h"
+#include "host/media/format.h"
 #include "host/model/clip.h"
 #include "host/model/rational.h"
 #include "host/render/render.h"
@@ -11,11 +12,11 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace zol::host {
 
 enum class SlowMotionMethod : unsigned { mix = 0, vector = 1, object = 2 };
-enum class FieldOrder { none, topFirst, bottomFirst };
 
 /// What a clip shows at any time, also between its frames. The clip answers null where it has no frame, holds
 /// whole frames of one size, and outlives this one.
@@ -51,11 +52,14 @@ struct SlowMotionPlan {
   SlowMotionMethod method = SlowMotionMethod::vector;
   FieldOrder fields = FieldOrder::none;
   bool overwrite = false;
+  bool noSound = false;
+  EncodingChoice encoding;
   MediaPrograms programs;
 };
 
-/// Writes the clip `factor` times as long at its own frame rate, without its sound. Throws HostError with one
-/// clear line; the output appears whole or not at all.
-void slowMotion(const SlowMotionPlan &plan, const Progress &progress);
+/// Writes the clip `factor` times as long at its own frame rate, its sound stretched to that length as far as
+/// it bears it. Throws HostError with one clear line; the output appears whole or not at all. What is left
+/// out, a line each.
+std::vector<std::string> slowMotion(const SlowMotionPlan &plan, const Progress &progress);
 
 } // namespace zol::host

@@ -2,6 +2,9 @@
 
 #include "tests/apps/zol.h"
 
+#include <csignal>
+#include <map>
+
 namespace zol::test {
 namespace {
 
@@ -21,7 +24,9 @@ protected:
     const size_t before = entries();
     const Outcome outcome = shell("timeout " + group + " --preserve-status -s " + signal +
                                   " -k 20 0.7 " ZOL_BUILD_DIR "/zol render " + arguments);
-    EXPECT_EQ(outcome.status, 130) << arguments;
+    static const std::map<std::string, int> numbers = {
+        {"INT", SIGINT}, {"TERM", SIGTERM}, {"HUP", SIGHUP}, {"QUIT", SIGQUIT}};
+    EXPECT_EQ(outcome.status, 128 + numbers.at(signal)) << arguments;
     EXPECT_EQ(outcome.err, "zol: interrupted\n") << arguments;
     EXPECT_EQ(entries(), before) << arguments;
     EXPECT_EQ(processes(), 0) << arguments;
@@ -36,6 +41,8 @@ TEST_F(Interrupt, UnwindsWhereverItWaits) {
     stops("copy -i clip.mkv --duration 10000 -o long.mp4", signal, "--foreground");
     stops("'sine audio generator' --duration 1000000 -o long.wav", signal);
   }
+  stops("'solid color' --size 640x480 --duration 10000 -o long-%d.png", "HUP");
+  stops("copy -i clip.mkv --duration 10000 -o long.mp4", "QUIT");
   // A pipe that nobody fills or empties.
   stops("copy --size 640x480 -i - -o long.mkv <>silent", "INT", "--foreground");
   stops("copy -i silent --size 640x480 -o long.mkv", "TERM", "--foreground");

@@ -1,0 +1,56 @@
+// Pictures between the formats of the pipes and those of effects, by zimg.
+#pragma once
+
+#include "host/media/pixel_format.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace zol::host {
+
+/// How a picture lies on one of another size. Shapes heed the pixel aspects.
+enum class Fit {
+  Stretch,   ///< Fills it.
+  Letterbox, ///< All of it in its shape, with bars.
+  Crop,      ///< Fills it in its shape, from the middle.
+  Extend     ///< Not scaled, from the top left; at the right and bottom its last column and row go on.
+};
+
+struct Rect {
+  double x, y, width, height;
+};
+
+/// Where a picture lies: `source` of it fills `target`, whose corners are whole pixels.
+struct Placement {
+  Rect source;
+  Rect target;
+};
+
+Placement place(const PictureLayout &from, const PictureLayout &to, Fit fit);
+
+/// Converts pictures of one layout to another. Colours, alpha and planes of chroma are scaled each for
+/// itself; fields too, where pictures are interlaced. Values are rounded, not dithered; transfer and
+/// primaries stay. Not for use by several threads at once.
+class Converter {
+public:
+  /// Whether this program has it. Where not, nothing below works.
+  static bool available();
+
+  /// One of the formats must be kBgra, and kBgra what is letterboxed. Bars get the bytes of `bars`. Throws
+  /// HostError, without the name of a file, for what cannot be converted.
+  Converter(const PictureLayout &from, const PictureLayout &to, Fit fit = Fit::Stretch,
+            uint32_t bars = 0xFF000000);
+  ~Converter();
+  Converter(Converter &&) noexcept;
+  Converter &operator=(Converter &&) noexcept;
+
+  /// `from` and `to` are whole pictures, from.bytes() and to.bytes() long. Memory of alignedBytes() whose
+  /// rows are multiples of 64 bytes is used as it is, anything else is copied row by row.
+  void convert(const uint8_t *from, uint8_t *to);
+
+private:
+  struct Work;
+  std::unique_ptr<Work> work_;
+};
+
+} // namespace zol::host
