@@ -172,14 +172,15 @@ TEST_F(Output, SoundFadesWithThePictures) {
 
 TEST_F(Output, SoundComesThroughPipesAndSlowsDown) {
   makeClips();
-  const std::string pipe = "ffmpeg -v error -i c.mp4 -c copy -f nut - | " ZOL_BUILD_DIR "/zol render copy ";
-  const Outcome piped = shell(pipe + "-i - -o piped.mkv --quality lossless");
-  EXPECT_EQ(piped.status, 0) << piped.err;
+  make("p.nut", "-i c.mp4 -c:v ffv1 -c:a pcm_f32le");
+  const Outcome piped =
+      shell("cat p.nut | " ZOL_BUILD_DIR "/zol render copy -i - -o piped.mkv --quality lossless");
+  EXPECT_EQ(piped.status, 0);
   EXPECT_EQ(piped.err, "");
   EXPECT_EQ(streams("piped.mkv"), "ffv1 pcm_f32le");
-  EXPECT_TRUE(pixels("piped.mkv") == rendered("copy -i c.mp4"));
-  EXPECT_NEAR(static_cast<double>(samples("piped.mkv").size()), 24000, 2048); // whole frames of the codec
-  EXPECT_EQ(entries(), 3U);
+  EXPECT_TRUE(pixels("piped.mkv") == rendered("copy -i p.nut"));
+  EXPECT_TRUE(samples("piped.mkv") == samples("p.nut"));
+  EXPECT_EQ(entries(), 4U);
   for (const auto &[factor, codecs] : {std::pair("3", "aac h264"), std::pair("5", "h264")}) {
     const Outcome slow = zol(std::string("slowmo c.mp4 -y -o slow.mp4 --method mix --factor ") + factor);
     EXPECT_EQ(slow.status, 0) << slow.err;
