@@ -28,7 +28,7 @@ constexpr char kDefaultName[] = "libzol.zoeffects.so.1";
 /// The path to load. What the loader would map beyond a file's end would bring down the program: so the file
 /// has to be whole as far as its header tells.
 std::string checkedPath(const std::string &file) {
-  if (file == kDefaultName)
+  if (file == kDefaultName || file.empty())
     return file;
   const auto refuse = [&](const std::string &why) {
     throw HostError("cannot load the library " + file + ": " + why);

@@ -15,7 +15,8 @@ class EffectLibrary {
 public:
   /// Loads the file, a path, and has it declare itself to a host of the given identity. Throws HostError when
   /// it is no whole library for this machine, cannot be loaded or has no entry; statements in error are kept
-  /// in errors(). The bare name of the default file is left to the loader to find.
+  /// in errors(). The bare name of the default file is left to the loader to find; no name at all is this
+  /// program itself.
   EffectLibrary(const std::string &file, const std::string &identity);
 
   /// The library that stands beside this program.
