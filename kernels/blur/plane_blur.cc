@@ -1,6 +1,7 @@
 // Both passes are one filter that runs over lines: down the picture, and, on a transposed band, along it.
 // A band of rows is blurred at a time, so that what the first pass leaves is still in the cache when the
-// second takes it up, and the running sums of the first wait in the row buffer for the next band.
+// second takes it up, and the running sums of the first wait in the row buffer for the next band. Small tents
+// need neither sums nor transposition: their few neighbours are taken up one by one, row after row.
 
 #include "kernels/blur/plane_blur.h"
 
@@ -25,19 +26,22 @@ constexpr int roundUp(int value, int unit) { return (value + unit - 1) / unit * 
 template <class Pixel>
 PlaneBlur<Pixel>::PlaneBlur(const Tent &tent, const Pixel *src, size_t width, size_t height,
                             int32_t *rowBuffer)
-    : tent_(tent), groups_(tent), src_(reinterpret_cast<const uint8_t *>(src)),
-      width_(static_cast<int>(width)), height_(static_cast<int>(height)),
-      wholeBytes_(rowBytes() / kLaneGroup * kLaneGroup), rowBuffer_(rowBuffer), slopes_(width * kPixelBytes),
-      groupSums_((static_cast<size_t>(roundUp(rowBytes(), kLaneGroup)) + kLanes) * groups_.keptLines()),
-      tapRow_(2 * (rowBytes() + kTapMargin)), columns_(width * kLanes),
+    : tent_(tent), groups_(tent), stretch_(usesTaps()          ? 0
+                                           : groups_.count > 0 ? kBandRows
+                                                               : kBlockRows),
+      src_(reinterpret_cast<const uint8_t *>(src)), width_(static_cast<int>(width)),
+      height_(static_cast<int>(height)), wholeBytes_(rowBytes() / kLaneGroup * kLaneGroup),
+      rowBuffer_(rowBuffer), slopes_(width * kPixelBytes),
+      groupSums_((static_cast<size_t>(roundUp(rowBytes(), kLaneGroup)) + kLanes) * groups_.keptLines() +
+                 kAlignment),
+      tapRow_(2 * (rowBytes() + kTapMargin)), columns_(width * kPixelBytes * stretch_ + kAlignment),
       window_(static_cast<size_t>(kBandRows + 2 * tent.reach + 2) * kLaneGroup) {
   if (!*this)
     return;
   std::fill_n(rowBuffer_, wholeBytes_, 0);
   std::fill_n(slopes_.data(), wholeBytes_, int16_t{0});
-  std::fill_n(groupSums_.data(), ptrdiff_t{roundUp(rowBytes(), kLaneGroup)} * groups_.keptLines(),
-              int16_t{0});
-  std::memset(columns_.data(), 0, width * kLanes);
+  std::fill_n(groupSums(0), ptrdiff_t{roundUp(rowBytes(), kLaneGroup)} * groups_.keptLines(), int16_t{0});
+  std::memset(columns(0), 0, width * kPixelBytes * stretch_);
   std::memset(tapRow_.data(), 0, 2 * (rowBytes() + kTapMargin));
 }
 
@@ -45,12 +49,19 @@ template <class Pixel> void PlaneBlur<Pixel>::band(int top, Pixel *dst) {
   const int rows = std::min(kBandRows, height_ - top);
   if (usesTaps())
     return blurByTaps(top, rows, dst);
+  for (int row = 0; row < rows; row += stretch_)
+    blurStretch(top + row, std::min(stretch_, rows - row), dst + ptrdiff_t{row} * width_);
+}
+
+/// Both passes for some rows of the band, one behind the other.
+template <class Pixel> void PlaneBlur<Pixel>::blurStretch(int top, int rows, Pixel *dst) {
   for (int at = 0; at < wholeBytes_; at += kLanes)
     blurColumns(top, rows, at, std::min(kLanes, wholeBytes_ - at),
                 {rowBuffer_ + at, slopes_.data() + at, groupSums(at)});
   if (wholeBytes_ < rowBytes())
     blurColumns(top, rows, wholeBytes_, kLaneGroup, {restWeighted_, restSlopes_, groupSums(wholeBytes_)});
-  blurRows(rows, dst);
+  for (int row = 0; row < rows; row += kBlockRows)
+    blurRows(columns(row), std::min(kBlockRows, rows - row), dst + ptrdiff_t{row} * width_);
 }
 
 /// Both passes row by row: the second finds what the first left in its cache.
@@ -78,21 +89,25 @@ template <class Pixel> void PlaneBlur<Pixel>::blurByTaps(int top, int rows, Pixe
   }
 }
 
-/// The first pass for the columns of the band that begin `at` bytes into the row, which it leaves transposed
-/// in columns_.
+/// The first pass for the columns of the stretch that begin `at` bytes into the row, which it leaves
+/// transposed in columns_.
 template <class Pixel>
 void PlaneBlur<Pixel>::blurColumns(int top, int rows, int at, int lanes, const TentSums &sums) {
-  alignas(32) uint8_t block[kBandRows * kLanes];
+  alignas(32) uint8_t block[kBlockRows * kLanes];
   const int bytes = std::min(lanes, rowBytes() - at);
   const TentSource source =
       bytes < lanes ? gather(top, rows, at, bytes) : TentSource{src_ + at, rowBytes(), 0, height_};
-  lines_(tent_, groups_, source, top == 0 ? -tent_.reach : top, top + rows, lanes, sums, block, kLanes);
-  transpose(reinterpret_cast<const Pixel *>(block), kBandRows, rows, bytes / kPixelBytes,
-            reinterpret_cast<Pixel *>(columns_.data() + ptrdiff_t{at / kPixelBytes} * kLanes), kBandRows);
+  for (int row = 0; row < rows; row += kBlockRows) {
+    const int from = top + row;
+    const int count = std::min(kBlockRows, rows - row);
+    lines_(tent_, groups_, source, from == 0 ? -tent_.reach : from, from + count, lanes, sums, block, kLanes);
+    transpose(reinterpret_cast<const Pixel *>(block), kBlockRows, count, bytes / kPixelBytes,
+              reinterpret_cast<Pixel *>(columns(row) + ptrdiff_t{at / kPixelBytes} * kLanes), kBlockRows);
+  }
 }
 
-/// The last bytes of every row that the band needs, where they do not fill a group of lanes: beside zeros, so
-/// that nothing is read beyond the picture.
+/// The last bytes of every row that the stretch needs, where they do not fill a group of lanes: beside zeros,
+/// so that nothing is read beyond the picture.
 template <class Pixel> TentSource PlaneBlur<Pixel>::gather(int top, int rows, int at, int bytes) {
   const int begin = std::max(0, top - 2 - tent_.reach);
   const int end = std::min(height_, top + rows + tent_.reach);
@@ -104,8 +119,8 @@ template <class Pixel> TentSource PlaneBlur<Pixel>::gather(int top, int rows, in
   return {window_.data(), kLaneGroup, begin, height_};
 }
 
-/// The second pass: lines are the band's columns, lanes its rows.
-template <class Pixel> void PlaneBlur<Pixel>::blurRows(int rows, Pixel *dst) {
+/// The second pass: lines are a block's columns, lanes its rows.
+template <class Pixel> void PlaneBlur<Pixel>::blurRows(const uint8_t *columns, int rows, Pixel *dst) {
   constexpr int kBlockColumns = 16;
   alignas(32) uint8_t block[kBlockColumns * kLanes];
   int32_t weighted[kLanes] = {};
@@ -113,12 +128,12 @@ template <class Pixel> void PlaneBlur<Pixel>::blurRows(int rows, Pixel *dst) {
   const int lanes = roundUp(rows * kPixelBytes, kLaneGroup);
   int16_t *const groupSums = this->groupSums(roundUp(rowBytes(), kLaneGroup));
   std::fill_n(groupSums, kLanes * groups_.keptLines(), int16_t{0});
-  const TentSource source{columns_.data(), kLanes, 0, width_};
+  const TentSource source{columns, kLanes, 0, width_};
   for (int x = 0; x < width_; x += kBlockColumns) {
-    const int columns = std::min(kBlockColumns, width_ - x);
-    lines_(tent_, groups_, source, x == 0 ? -tent_.reach : x, x + columns, lanes,
-           {weighted, slopes, groupSums}, block, kLanes);
-    transpose(reinterpret_cast<const Pixel *>(block), kBandRows, columns, rows, dst + x, width_);
+    const int count = std::min(kBlockColumns, width_ - x);
+    lines_(tent_, groups_, source, x == 0 ? -tent_.reach : x, x + count, lanes, {weighted, slopes, groupSums},
+           block, kLanes);
+    transpose(reinterpret_cast<const Pixel *>(block), kBlockRows, count, rows, dst + x, width_);
   }
 }
 

@@ -61,7 +61,11 @@ void tentLines(const Tent &tent, const StepGroups &groups, const TentSource &sou
 
   // The sum of the group that begins at line k is kept in row k, modulo the rows kept.
   const int kept = groups.keptLines();
-  const auto groupFrom = [&](int k) { return sums.groups + ptrdiff_t{(k % kept + kept) % kept} * lanes; };
+  int rowOfLine = kept == 0 ? 0 : (from % kept + kept) % kept;
+  const auto groupFrom = [&](int distance) {
+    const int row = rowOfLine + distance;
+    return sums.groups + ptrdiff_t{row < 0 ? row + kept : row < kept ? row : row - kept} * lanes;
+  };
   int16_t *groupAhead[Tent::kMaxSteps];
   const int16_t *groupBehind[Tent::kMaxSteps];
   const uint8_t *newest[Tent::kMaxSteps]; // lines of the furthest group ahead
@@ -80,8 +84,8 @@ void tentLines(const Tent &tent, const StepGroups &groups, const TentSource &sou
     while (stepsBehind < groups.singleCount && groups.single[stepsBehind] < y)
       ++stepsBehind;
     for (int i = 0; i < groups.count; ++i) {
-      groupAhead[i] = groupFrom(y + groups.start[i]);
-      groupBehind[i] = groupFrom(y - 1 - groups.start[i] - groups.shape[groups.size - 1]);
+      groupAhead[i] = groupFrom(groups.start[i]);
+      groupBehind[i] = groupFrom(-1 - groups.start[i] - groups.shape[groups.size - 1]);
     }
     for (int i = 0; i < groups.size; ++i)
       newest[i] = line(y + groups.start[groups.count - 1] + groups.shape[i]);
@@ -106,16 +110,18 @@ void tentLines(const Tent &tent, const StepGroups &groups, const TentSource &sou
       for (int i = 0; i < stepsBehind; ++i)
         for (int v = 0; v < kAtOnce; ++v)
           steps[v].subtract(load<U16xN>(start + (here - source.stride - stepOffset[i]) + v * kVectorBytes));
-      for (int v = 0; v < kAtOnce && groups.count > 0; ++v) {
-        const int at = x + v * kVectorBytes;
-        ByteSums group;
+      if (groups.count > 0) {
+        ByteSums group[kAtOnce];
         for (int i = 0; i < groups.size; ++i)
-          group.add(load<U16xN>(newest[i] + at));
-        storeSums(groupAhead[groups.count - 1] + at, group);
-        for (int i = 0; i < groups.count; ++i) {
-          steps[v].add(loadSums(groupAhead[i] + at));
-          steps[v].subtract(loadSums(groupBehind[i] + at));
-        }
+          for (int v = 0; v < kAtOnce; ++v)
+            group[v].add(load<U16xN>(newest[i] + x + v * kVectorBytes));
+        for (int v = 0; v < kAtOnce; ++v)
+          storeSums(groupAhead[groups.count - 1] + x + v * kVectorBytes, group[v]);
+        for (int i = 0; i < groups.count; ++i)
+          for (int v = 0; v < kAtOnce; ++v) {
+            steps[v].add(loadSums(groupAhead[i] + x + v * kVectorBytes));
+            steps[v].subtract(loadSums(groupBehind[i] + x + v * kVectorBytes));
+          }
       }
 
       for (int v = 0; v < kAtOnce; ++v) {
@@ -158,6 +164,8 @@ void tentLines(const Tent &tent, const StepGroups &groups, const TentSource &sou
     }
     if (y >= 0)
       dst += dstStride;
+    if (++rowOfLine == kept)
+      rowOfLine = 0;
   }
 }
 
