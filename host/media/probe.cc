@@ -220,13 +220,23 @@ MediaInfo probeBytes(const std::vector<uint8_t> &head, const MediaPrograms &prog
 
 std::string fileUrl(const std::string &file) { return "file:" + file; }
 
+namespace {
+
+/// Whether a line of ffmpeg is more than the news that it failed.
+bool tellsWhy(std::string_view line) {
+  constexpr std::array kNews{"Error initializing output stream", "Error while opening encoder",
+                             "Conversion failed!"};
+  return std::none_of(kNews.begin(), kNews.end(), [&](const char *start) { return line.starts_with(start); });
+}
+
+} // namespace
+
 std::string reasonOf(const Process &process, const std::string &url) {
   std::string line = process.lastLine([](std::string_view candidate) {
-    constexpr std::array kSayNothing{"Error initializing output stream", "Could not write header",
-                                     "Error while opening encoder", "Conversion failed!"};
-    return std::none_of(kSayNothing.begin(), kSayNothing.end(),
-                        [&](const char *start) { return candidate.starts_with(start); });
+    return !candidate.starts_with("Could not write header") && tellsWhy(candidate);
   });
+  if (line.empty())
+    line = process.lastLine(tellsWhy);
   if (line.empty())
     line = process.lastLine();
   if (line.empty())

@@ -48,6 +48,18 @@ Words colourWords(Colours colours) {
   return {};
 }
 
+/// Of the user's own words those that concern sound or the file: pictures that are done are only copied.
+Words withoutPictures(const Words &options) {
+  Words kept;
+  for (size_t i = 0; i + 1 < options.size(); ++i)
+    for (const char *name : {"-acodec", "-ac", "-ar", "-af", "-f", "-movflags", "-metadata"})
+      if (options[i] == name || (options[i].starts_with('-') && options[i].ends_with(":a"))) {
+        add(kept, {options[i], options[i + 1]});
+        break;
+      }
+  return kept;
+}
+
 /// Slower than half goes in steps.
 std::string tempoFilter(double tempo) {
   std::string filter;
@@ -286,7 +298,8 @@ std::vector<std::string> MediaWriter::arguments(const std::string &target, Pass 
   add(args, {"-map_metadata", told, "-map_chapters", told});
   if (!format.muxer.empty())
     add(args, {"-f", std::string(format.muxer)});
-  args.insert(args.end(), o.encoding.options.begin(), o.encoding.options.end());
+  const Words own = pass == Pass::joining ? withoutPictures(o.encoding.options) : o.encoding.options;
+  args.insert(args.end(), own.begin(), own.end());
   args.push_back(target);
   return args;
 }

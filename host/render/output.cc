@@ -105,16 +105,17 @@ private:
       if (heard[i] && std::none_of(voices.begin(), voices.end(),
                                    [&](const Voice &voice) { return file(voice.input) == file(i); }))
         note("the sound of " + quoted(file(i)) + " is left out");
+    int channels = 0;
+    for (const Voice &voice : voices)
+      channels = std::max(channels, infoOf(voice.input)->channels);
+    noteChannels(channels);
     if (voices.size() == 1 && voices.front().factors.empty())
       keepSoundOf(voices.front().input);
     else
-      mixSound(std::move(voices));
-    if (const Companion &from = out_.writing.companion; out_.writing.channels > 0 || from.sound)
-      noteChannels(out_.writing.channels > 0 ? out_.writing.channels : infoOf(voices_.front())->channels);
+      mixSound(std::move(voices), static_cast<unsigned>(channels));
   }
 
   void keepSoundOf(size_t input) {
-    voices_ = {input};
     if (!inputs_[input].isStream()) {
       accompany(input);
       out_.writing.companion.sound = true;
@@ -135,7 +136,7 @@ private:
     out_.soundStream = input;
   }
 
-  void mixSound(std::vector<Voice> voices) {
+  void mixSound(std::vector<Voice> voices, unsigned channels) {
     std::erase_if(voices, [&](const Voice &voice) {
       if (inputs_[voice.input].isStream())
         note("the sound of " + quoted(file(voice.input)) + " is left out: it cannot be mixed from a pipe");
@@ -146,10 +147,8 @@ private:
     accompany(voices.front().input);
     Timeline &format = out_.soundTimeline = timeline_;
     format.sampleRate = static_cast<unsigned>(infoOf(voices.front().input)->sampleRate);
-    format.channels = 0;
+    format.channels = channels;
     for (const Voice &voice : voices) {
-      voices_.push_back(voice.input);
-      format.channels = std::max(format.channels, static_cast<unsigned>(infoOf(voice.input)->channels));
       out_.voiceSources.push_back({file(voice.input), startOf(voice.input)});
       if (infoOf(voice.input)->extras.sounds > 1)
         note("of the tracks of sound in " + quoted(file(voice.input)) + " the first is used");
@@ -249,7 +248,6 @@ private:
   const Span &span_;
   const Format *format_ = nullptr; // none of raw bytes
   std::optional<size_t> companion_;
-  std::vector<size_t> voices_;
   OutputSetup out_;
 };
 
@@ -266,6 +264,8 @@ void checkOutput(const RenderPlan &plan, const ChainSetup &setup) {
   const std::string &name = setup.stages.front().effect->name;
   if (plan.output.empty())
     throw HostError("no output was named; give one with -o");
+  if (plan.alpha != "auto" && plan.alpha != "keep" && plan.alpha != "drop")
+    throw HostError("alpha is auto, keep or drop, not \"" + plan.alpha + '"');
   if (setup.sound ? plan.noSound : plan.noPictures)
     throw HostError('"' + name + "\" makes " + (setup.sound ? "sound" : "pictures") +
                     " alone, which is to be left out");
