@@ -51,7 +51,8 @@ std::string checkRate(const std::string &text) {
 void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
   app.add_option("effect", stage.effect, "The effect, by its name or a unique ending of it")->required();
   app.add_option("-i", stage.inputs,
-                 "Input file, once an input in the order of the effect's fields; - is stdin")
+                 "Input file, once an input in the order of the effect's fields; - is stdin;\n"
+                 "shot%04d.png is a sequence of pictures, where there is no file of that name")
       ->type_name("FILE")
       ->allow_extra_args(false);
   app.add_option(
@@ -81,6 +82,9 @@ void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
       ->check(CLI::Range(size_t{1}, size_t{1} << 24));
   app.add_flag("--real-time", words.plan.realTime, "Use the real-time callback where the effect has one");
   app.add_flag("--no-alpha", words.noAlpha, "Leave the alpha channel out of the output");
+  app.add_flag("--strict", words.plan.strict, "Fail where an input is damaged");
+  app.add_flag("--playlists", words.plan.playlists,
+               "Read playlists and others that name files (m3u8, mpd, ffconcat, sdp)");
   app.add_option("--fault", words.faults,
                  "Let a host service fail at its n-th call, such as PicCreate@1; IsAborted@n\n"
                  "stops the render at its n-th poll")
@@ -124,7 +128,7 @@ host::PlannedFault faultIn(const std::string &text) {
 }
 
 host::StagePlan planOf(const StageWords &words) {
-  host::StagePlan plan{words.effect, words.inputs, {}};
+  host::StagePlan plan{words.effect, {words.inputs.begin(), words.inputs.end()}, {}};
   for (const std::string &setting : words.settings) {
     const size_t sign = setting.find('=');
     if (sign == setting.npos || sign == 0)
@@ -157,18 +161,25 @@ void execute(RenderWords &words) {
   plan.keepAlpha = !words.noAlpha;
   std::transform(words.faults.begin(), words.faults.end(), std::back_inserter(plan.faults), faultIn);
   host::RenderJob job(plan);
-  for (const std::string &note : job.notes())
-    std::fprintf(stderr, "zol: %s\n", note.c_str());
+  auto tell = [&, told = size_t{0}](const std::vector<std::string> &notes) mutable {
+    for (; told < notes.size(); ++told)
+      if (!words.quiet)
+        std::fprintf(stderr, "zol: note: %s\n", notes[told].c_str());
+  };
+  tell(job.notes());
   if (words.dryRun) {
     for (const std::string &line : job.commands())
       std::printf("%s\n", line.c_str());
     return;
   }
-  ProgressLine progress("done", words.quiet);
-  job.run([&](uint64_t done, uint64_t all) {
-    host::stopIfInterrupted();
-    progress.show(done, all);
-  });
+  {
+    ProgressLine progress("done", words.quiet);
+    job.run([&](uint64_t done, uint64_t all) {
+      host::stopIfInterrupted();
+      progress.show(done, all);
+    });
+  }
+  tell(job.notes());
 }
 
 } // namespace

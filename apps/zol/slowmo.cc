@@ -4,6 +4,7 @@
 
 #include "host/render/slowmo.h"
 
+#include <cstdio>
 #include <map>
 
 namespace zol::command {
@@ -33,11 +34,17 @@ void addSlowmo(CLI::App &zol) {
       ->transform(CLI::CheckedTransformer(fields).description(""))
       ->type_name("top|bottom");
   app->add_flag("-y", plan->overwrite, "Replace the output file if it exists");
+  app->add_flag("--strict", plan->strict, "Fail where the clip is damaged");
+  app->add_flag("--playlists", plan->playlists, "Read playlists and others that name files");
   app->add_flag("--quiet", *quiet, "No progress on stderr");
   app->footer("Example:\n  zol slowmo clip.mp4 -o slow.mp4 --factor 4 --method vector");
   app->callback([=] {
     ProgressLine progress("frames", *quiet);
-    host::slowMotion(*plan, [&](uint64_t done, uint64_t all) { progress.show(done, all); });
+    const auto notes =
+        host::slowMotion(*plan, [&](uint64_t done, uint64_t all) { progress.show(done, all); });
+    if (!*quiet)
+      for (const std::string &note : notes)
+        std::fprintf(stderr, "zol: note: %s\n", note.c_str());
   });
 }
 

@@ -13,6 +13,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <spawn.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -120,6 +121,16 @@ struct SpawnSetup {
   SpawnSetup &operator=(const SpawnSetup &) = delete;
 };
 
+constexpr const char *kLineBreaks = "\r\n";
+
+/// Without control characters and the blanks around it.
+std::string plainLine(std::string line) {
+  for (char &c : line)
+    if (static_cast<unsigned char>(c) < ' ' || c == 0x7f)
+      c = ' ';
+  return std::string(trimmed(line));
+}
+
 int exitStatus(int status) { return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status); }
 
 } // namespace
@@ -212,6 +223,7 @@ void Process::drainErrors() {
       errors_.reset();
       return;
     }
+    errorBytes_ += static_cast<size_t>(n);
     errorText_.append(buffer, static_cast<size_t>(n));
     if (errorText_.size() > 2 * kErrorTail)
       errorText_.erase(0, errorText_.size() - kErrorTail);
@@ -380,24 +392,30 @@ int Process::wait() {
   return exitStatus(status_);
 }
 
+size_t Process::errorBytes() {
+  drainErrors();
+  return errorBytes_;
+}
+
+size_t Process::waiting() const {
+  int bytes = 0;
+  return output_ && ioctl(output_.get(), FIONREAD, &bytes) == 0 ? static_cast<size_t>(bytes) : 0;
+}
+
 std::string Process::lastLine() const {
-  constexpr const char *kBreaks = "\r\n";
-  size_t end = errorText_.size();
-  while (end > 0) {
-    const size_t before = errorText_.find_last_of(kBreaks, end - 1);
+  for (size_t end = errorText_.size(); end > 0;) {
+    const size_t before = errorText_.find_last_of(kLineBreaks, end - 1);
     const size_t begin = before == std::string::npos ? 0 : before + 1;
-    std::string line = errorText_.substr(begin, end - begin);
-    for (char &c : line)
-      if (static_cast<unsigned char>(c) < ' ' || c == 0x7f)
-        c = ' ';
-    const size_t first = line.find_first_not_of(' ');
-    if (first != std::string::npos)
-      return line.substr(first, line.find_last_not_of(' ') - first + 1);
-    if (begin == 0)
-      break;
-    end = begin - 1;
+    if (std::string line = plainLine(errorText_.substr(begin, end - begin)); !line.empty())
+      return line;
+    end = begin == 0 ? 0 : begin - 1;
   }
   return {};
+}
+
+std::string Process::lineFrom(size_t byte) const {
+  const size_t dropped = errorBytes_ - errorText_.size(), begin = std::max(byte, dropped) - dropped;
+  return plainLine(errorText_.substr(begin, errorText_.find_first_of(kLineBreaks, begin) - begin));
 }
 
 int writeFully(int fd, const void *data, size_t size) {

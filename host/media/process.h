@@ -81,6 +81,12 @@ public:
 
   /// The last line on the child's standard error that is not blank.
   [[nodiscard]] std::string lastLine() const;
+  /// The line that begins at this byte of its standard error, or where what is kept of it begins.
+  [[nodiscard]] std::string lineFrom(size_t byte) const;
+  /// Bytes of its standard error so far.
+  [[nodiscard]] size_t errorBytes();
+  /// Bytes of its output that have come and wait for read().
+  [[nodiscard]] size_t waiting() const;
   /// The end of its standard error as it came.
   [[nodiscard]] const std::string &errorTail() const { return errorText_; }
 
@@ -104,6 +110,7 @@ private:
   bool feeds_ = false;
   bool closeSecond_ = false;
   std::string errorText_;
+  size_t errorBytes_ = 0;
 };
 
 /// Writes all of it, without a SIGPIPE; 0 or the error number.

@@ -1,6 +1,7 @@
 // Frames of a video or still file, streamed through an ffmpeg child.
 #pragma once
 
+#include "host/media/damage.h"
 #include "host/media/probe.h"
 #include "host/media/process.h"
 #include "host/media/source.h"
@@ -27,10 +28,12 @@ struct Frame {
 struct VideoReaderOptions {
   int width = 0; ///< 0 with height 0: the file's own size. Otherwise the pictures are scaled to fill it.
   int height = 0;
-  Rational rate = 0; ///< Frames per second; 0: the file's own average rate (25 for stills).
+  Rational rate = 0; ///< Frames per second; 0: the file's own nominal rate (25 for stills).
   double start = 0;  ///< Time within the file of frame 0, in seconds.
-  size_t window = 4; ///< Frames kept for going back, at least 1.
-  bool raw = false;  ///< The bytes are raw BGRA frames of rawWidth by rawHeight at rawRate.
+  std::optional<double> end = std::nullopt; ///< Time within the file at which it is taken to end.
+  bool strict = false;                      ///< Whether damage is an error.
+  size_t window = 4;                        ///< Frames kept for going back, at least 1.
+  bool raw = false; ///< The bytes are raw BGRA frames of rawWidth by rawHeight at rawRate.
   int rawWidth = 0;
   int rawHeight = 0;
   Rational rawRate = 25;
@@ -60,6 +63,8 @@ public:
 
   /// Has all pictures scaled to fill this size; to be called before the first at().
   void scaleTo(int width, int height);
+  /// Has frames at this rate, taken from the file's own times; likewise.
+  void setRate(Rational rate);
 
   /// The frame shown at `start + index / rate`; the last one for every index behind the end; a still always.
   /// The same index gives the same bytes in any order of calls. Next frames and those of the window are
@@ -70,6 +75,12 @@ public:
   /// Number of frames from the start, known once the end was met; a still has one.
   [[nodiscard]] std::optional<size_t> frameCount() const { return count_; }
 
+  /// Whether there is a frame of this index: reads on to it where that is not known yet.
+  bool reaches(size_t index);
+
+  /// What is wrong with the file as far as it was read, in one line; empty where nothing is.
+  [[nodiscard]] const std::string &damage() const { return damage_.text(); }
+
   /// The command that reads from frame 0, as a line for a shell.
   [[nodiscard]] std::string commandLine() const;
 
@@ -77,11 +88,16 @@ private:
   [[nodiscard]] std::vector<std::string> arguments(size_t first) const;
   void open(size_t first);
   bool readNext();
+  void listen();
+  void checkEnd();
+  [[nodiscard]] double gridStart() const;
+  [[nodiscard]] size_t framesUntil(double end) const;
   void findEnd(size_t behind);
 
   Source source_;
   VideoReaderOptions options_;
   MediaInfo info_;
+  Damage damage_;
   std::unique_ptr<Process> process_;
   std::deque<std::shared_ptr<Frame>> recent_; ///< Frames next_ - size ... next_ - 1.
   std::shared_ptr<Frame> spare_;

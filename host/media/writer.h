@@ -16,7 +16,8 @@ struct WriterOptions {
   int width = 0; ///< 0 with height 0: no pictures.
   int height = 0;
   Rational rate = 25;
-  int sampleRate = 0; ///< 0 with channels 0: no samples.
+  Rational pixelAspect = 1; ///< Width of a pixel by its height.
+  int sampleRate = 0;       ///< 0 with channels 0: no samples.
   int channels = 0;
   std::string
       soundFile; ///< Instead of samples: the sound of this file, cut to the length of the pictures ...

@@ -32,7 +32,7 @@ ChainSetup::ChainSetup(const RenderPlan &plan, const EffectLibrary &library) {
                       "\" cannot be chained: one makes pictures, the other sound");
   }
   for (size_t i = 0; i < stages.size(); ++i)
-    for (const std::string &file : plan.stages[i].inputs) {
+    for (const InputPlan &file : plan.stages[i].inputs) {
       stages[i].inputs.push_back(files.size());
       files.push_back(file);
     }
@@ -40,7 +40,7 @@ ChainSetup::ChainSetup(const RenderPlan &plan, const EffectLibrary &library) {
     for (const auto &setting : plan.stages[i].settings)
       if (const int field = inputFieldNamed(*stages[i].effect, setting.first); field >= 0) {
         stages[i].assignments.push_back({field, files.size()});
-        files.push_back(setting.second);
+        files.emplace_back(setting.second);
       } else {
         stages[i].settings.push_back(setting);
       }

@@ -3,14 +3,13 @@
 namespace zol::host {
 
 bool PictureLoop::step(MediaWriter &writer) {
-  if (!span_.openEnd && done_ >= span_.count)
+  const size_t frame = span_.first + done_;
+  // No effect need look at the input whose end this is.
+  if (done_ >= span_.count && !(span_.openEnd && leading_->reaches(frame)))
     return false;
-  const double time = chain_.timeline().timeOfFrame(span_.first + done_);
-  const auto picture = chain_.picture(time);
-  if (span_.openEnd)
-    if (const auto length = leading_->length();
-        length && indexAt(time, leading_->pictures()->rate()) >= *length)
-      return false;
+  const auto picture = chain_.picture(chain_.timeline().timeOfFrame(frame));
+  if (leading_ != nullptr && frame >= leading_->length().value_or(UINT64_MAX))
+    return false;
   writer.writeFrame(picture->record()->Pixels);
   chain_.release();
   ++done_;

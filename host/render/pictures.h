@@ -5,6 +5,7 @@
 #include "host/render/chain.h"
 #include "host/render/settle.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -12,15 +13,15 @@ namespace zol::host {
 
 class PictureLoop {
 public:
-  /// `leading` is the input at whose end an open end is.
+  /// `leading` is the input with whose end the pictures end; null where there is none.
   PictureLoop(Chain &chain, const Span &span, const Input *leading)
       : chain_(chain), span_(span), leading_(leading) {}
 
   /// Renders the next picture into the writer; false where there is none.
   bool step(MediaWriter &writer);
   [[nodiscard]] uint64_t done() const { return done_; }
-  /// As many as are done where the end is open.
-  [[nodiscard]] uint64_t all() const { return span_.openEnd ? done_ : span_.count; }
+  /// As far as can be told.
+  [[nodiscard]] uint64_t all() const { return std::max(done_, span_.count); }
 
 private:
   Chain &chain_;

@@ -30,6 +30,12 @@ template <Is<MediaPrograms> Programs, class Visit> void forEachMember(Programs &
   visit("ffprobe", programs.ffprobe);
 }
 
+template <Is<InputPlan> Input, class Visit> void forEachMember(Input &input, Visit visit) {
+  visit("file", input.file);
+  visit("start", input.start);
+  visit("end", input.end);
+}
+
 template <Is<StagePlan> Stage, class Visit> void forEachMember(Stage &stage, Visit visit) {
   visit("effect", stage.effect);
   visit("inputs", stage.inputs);
@@ -51,6 +57,8 @@ template <Is<RenderPlan> Plan, class Visit> void forEachMember(Plan &plan, Visit
   visit("realTime", plan.realTime);
   visit("overwrite", plan.overwrite);
   visit("keepAlpha", plan.keepAlpha);
+  visit("strict", plan.strict);
+  visit("playlists", plan.playlists);
   visit("faults", plan.faults);
   visit("programs", plan.programs);
 }
@@ -107,6 +115,9 @@ struct FromJson {
   }
   static bool to(Rational &value, const Json &json) {
     return json.is_string() && assign(value, rationalIn(json.get<std::string>()));
+  }
+  static bool to(InputPlan &value, const Json &json) {
+    return json.is_string() ? to(value.file, json) : to<InputPlan>(value, json);
   }
   static bool to(Service &value, const Json &json) {
     return json.is_string() && assign(value, serviceNamed(json.get<std::string>()));

@@ -22,9 +22,23 @@ struct PlannedFault {
   bool operator==(const PlannedFault &) const = default;
 };
 
+/// A file, or the part of it between two times in seconds. In JSON the name alone will do.
+struct InputPlan {
+  std::string file;
+  double start = 0;
+  std::optional<double> end;
+
+  InputPlan() = default;
+  InputPlan(std::string name) : file(std::move(name)) {} // NOLINT(google-explicit-constructor): all of it
+  InputPlan(const char *name) : file(name) {}            // NOLINT(google-explicit-constructor)
+  InputPlan(std::string name, double from, std::optional<double> to)
+      : file(std::move(name)), start(from), end(to) {}
+  bool operator==(const InputPlan &) const = default;
+};
+
 struct StagePlan {
   std::string effect;
-  std::vector<std::string> inputs; ///< files, in field order; behind the first stage after the chain's input
+  std::vector<InputPlan> inputs; ///< in field order; behind the first stage after the chain's input
   std::vector<std::pair<std::string, std::string>> settings; ///< field and value; an input field takes a file
 
   bool operator==(const StagePlan &) const = default;
@@ -44,6 +58,8 @@ struct RenderPlan {
   bool realTime = false;
   bool overwrite = false;
   bool keepAlpha = true;
+  bool strict = false;    ///< whether a damaged input is an error
+  bool playlists = false; ///< whether inputs may name other files to be read in their place
   std::vector<PlannedFault> faults;
   MediaPrograms programs;
 

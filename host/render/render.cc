@@ -14,7 +14,7 @@ RenderJob::RenderJob(RenderPlan plan)
       library_(plan_.library.empty() ? EffectLibrary::defaultFile() : plan_.library, plan_.host),
       setup_(plan_, library_) {
   checkOutput();
-  for (const std::string &file : setup_.files)
+  for (const InputPlan &file : setup_.files)
     inputs_.emplace_back(file, setup_.sound, plan_);
   settled_ = setup_.sound ? settleSound(plan_, inputs_) : settlePictures(plan_, inputs_);
   for (Input &input : inputs_)
@@ -48,28 +48,28 @@ WriterOptions RenderJob::writerOptions() const {
   options.width = timeline.width;
   options.height = timeline.height;
   options.rate = timeline.rate;
+  options.pixelAspect = timeline.pixelAspect;
   options.alpha = plan_.keepAlpha;
   const auto withSound = std::find_if(inputs_.begin(), inputs_.end(), [](const Input &input) {
     return !input.isStream() && input.info()->hasAudio;
   });
   if (withSound != inputs_.end()) {
     options.soundFile = withSound->file();
-    options.soundStart = timeline.timeOfFrame(settled_.span.first);
+    options.soundStart = withSound->start() + timeline.timeOfFrame(settled_.span.first);
     options.soundDuration = timeline.timeOfFrame(settled_.span.count);
   }
   return options;
 }
 
 void RenderJob::run(const Progress &progress) {
-  const Input *leading = inputs_.empty() ? nullptr : &inputs_.front();
   const auto toTheEnd = [&](auto loop) {
     while (loop.step(*writer_))
       progress(loop.done(), loop.all());
   };
   if (setup_.sound)
-    toTheEnd(SoundLoop(*chain_, settled_.span, leading, plan_));
+    toTheEnd(SoundLoop(*chain_, settled_.span, settled_.leading, plan_));
   else
-    toTheEnd(PictureLoop(*chain_, settled_.span, leading));
+    toTheEnd(PictureLoop(*chain_, settled_.span, settled_.leading));
   writer_->finish();
 }
 
@@ -82,6 +82,17 @@ std::vector<std::string> RenderJob::commands() const {
   return lines;
 }
 
-std::vector<std::string> RenderJob::notes() { return chain_->notes(); }
+std::vector<std::string> RenderJob::notes() {
+  std::vector<std::string> lines = chain_->notes();
+  const auto add = [&](const std::string &line) {
+    if (!line.empty() && std::find(lines.begin(), lines.end(), line) == lines.end())
+      lines.push_back(line);
+  };
+  for (const Input &input : inputs_)
+    std::for_each(input.notes().begin(), input.notes().end(), add);
+  for (const Input &input : inputs_)
+    add(input.damage());
+  return lines;
+}
 
 } // namespace zol::host

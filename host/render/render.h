@@ -31,7 +31,8 @@ public:
   /// The commands that run() would start, a line each, to be pasted into a shell.
   [[nodiscard]] std::vector<std::string> commands() const;
 
-  /// What the files of geometries have in them that is not drawn, a line each.
+  /// What is left out of files, and what of them is damaged as far as it is known by now; a line each,
+  /// later ones behind those before.
   [[nodiscard]] std::vector<std::string> notes();
 
 private:

@@ -11,6 +11,7 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace zol::host {
 
@@ -51,11 +52,13 @@ struct SlowMotionPlan {
   SlowMotionMethod method = SlowMotionMethod::vector;
   FieldOrder fields = FieldOrder::none;
   bool overwrite = false;
+  bool strict = false;    ///< whether a damaged clip is an error
+  bool playlists = false; ///< whether the clip may name other files to be read in its place
   MediaPrograms programs;
 };
 
 /// Writes the clip `factor` times as long at its own frame rate, without its sound. Throws HostError with one
-/// clear line; the output appears whole or not at all.
-void slowMotion(const SlowMotionPlan &plan, const Progress &progress);
+/// clear line; the output appears whole or not at all. Tells what is damaged, a line each.
+std::vector<std::string> slowMotion(const SlowMotionPlan &plan, const Progress &progress);
 
 } // namespace zol::host

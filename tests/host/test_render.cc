@@ -1,5 +1,7 @@
 // Renders: plans as data, what effects find in the context, clips made of clips.
 
+#include "host/media/audio_reader.h"
+#include "host/media/process.h"
 #include "host/media/writer.h"
 #include "host/model/error.h"
 #include "host/render/plan.h"
@@ -35,7 +37,7 @@ TEST(RenderPlan, GoesToJsonAndBack) {
   EXPECT_EQ(planFromJson(toJson({})), RenderPlan());
   EXPECT_EQ(planFromJson(nlohmann::json::object()), RenderPlan());
   RenderPlan plan;
-  plan.stages = {{"blur", {"a.png", "-"}, {{"Blurriness", "0=1;1=0"}, {"Blurriness", "2"}}},
+  plan.stages = {{"blur", {{"a.mov", 1.5, 2.25}, "-"}, {{"Blurriness", "0=1;1=0"}, {"Blurriness", "2"}}},
                  {"copy", {}, {}}};
   plan.output = "o\"ut\n.mkv";
   plan.library = "lib.so";
@@ -49,12 +51,15 @@ TEST(RenderPlan, GoesToJsonAndBack) {
   plan.block = 777;
   plan.realTime = plan.overwrite = true;
   plan.keepAlpha = false;
+  plan.strict = plan.playlists = true;
   plan.faults = {{Service::PicCreate, 2}, {Service::IsAborted, 1}};
   plan.programs = {"/a/ffmpeg", "/b/ffprobe"};
   const nlohmann::json json = toJson(plan);
   EXPECT_EQ(planFromJson(nlohmann::json::parse(json.dump())), plan);
   EXPECT_EQ(json["rate"], "30000/1001");
   EXPECT_EQ(json["faults"][0]["service"], "PicCreate");
+  EXPECT_EQ(planFromJson(R"({"stages":[{"inputs":["a.mov"]}]})"_json).stages[0].inputs[0],
+            InputPlan("a.mov", 0, std::nullopt));
   // Every member is told apart: leaving it out is another plan.
   for (const auto &[name, value] : json.items()) {
     nlohmann::json less = json;
@@ -77,6 +82,7 @@ TEST(RenderPlan, RefusesWhatIsNone) {
       {R"({"stages":{}})", "\"stages\""},
       {R"({"stages":[{"effect":7}]})", "\"effect\" cannot be 7"},
       {R"({"faults":[{"service":"PicMake"}]})", "\"service\" cannot be \"PicMake\""},
+      {R"({"stages":[{"inputs":[{"file":"a","start":"1"}]}]})", "\"start\" cannot be \"1\""},
       {R"({"outptu":"x"})", "no \"outptu\"; did you mean \"output\"?"},
   };
   for (const auto &[text, reason] : cases) {
@@ -110,7 +116,7 @@ TEST(Stage, TellsTheTimelineBeforeInitAndAtEveryRender) {
   timeline.width = 4;
   timeline.height = 2;
   timeline.rate = {30000, 1001};
-  timeline.pixelAspect = 1.5;
+  timeline.pixelAspect = {3, 2};
   timeline.duration = timeline.timeOfFrame(60000);
   const Effect effect = watchingEffect();
   seen.clear();
@@ -235,6 +241,69 @@ TEST_F(Rendering, LooksIntoEachFileOnceAndKeepsItsRate) {
   for (size_t i = 0; i < 9; ++i)
     EXPECT_EQ(out.at(i)->pixels[0], i);
   EXPECT_EQ(job.commands().size(), 3U);
+}
+
+TEST_F(Rendering, TakesPartsOfItsInputs) {
+  const std::string all = clip("all.nut", 10, 30); // each frame of its number's grey
+  const auto greys = [&](const InputPlan &input, std::optional<Rational> rate = {}) {
+    plan_.stages = {{"copy", {input}, {}}};
+    plan_.output = path("part.nut");
+    plan_.rate = rate;
+    RenderJob(plan_).run([](uint64_t, uint64_t) {});
+    VideoReader part(path("part.nut"), {});
+    std::vector<int> values;
+    for (size_t i = 0; part.reaches(i); ++i)
+      values.push_back(part.at(i)->pixels[0]);
+    return values;
+  };
+  EXPECT_EQ(greys(all).size(), 30U);
+  EXPECT_EQ(greys({all, 0.5, 0.9}), (std::vector<int>{5, 6, 7, 8}));
+  EXPECT_EQ(greys({all, 2.7, std::nullopt}), (std::vector<int>{27, 28, 29}));
+  EXPECT_EQ(greys({all, 2.8, 99}), (std::vector<int>{28, 29}));
+  EXPECT_EQ(greys({all, 0.52, 0.8}), (std::vector<int>{5, 6, 7})) << "between two pictures";
+  EXPECT_EQ(greys({all, 1, 1.3}, 20), (std::vector<int>{10, 10, 11, 11, 12, 12}));
+  EXPECT_EQ(greys({all, 1, 1.5}, 5), (std::vector<int>{10, 12, 14}));
+  EXPECT_NE(errorOf([&] { greys({all, 3, 4}); }).find("ends before 3 s"), std::string::npos);
+  EXPECT_NE(errorOf([&] { greys({all, 2, 2}); }).find("before it begins"), std::string::npos);
+  // A still lasts as long as it is told.
+  clip("still.png", 10, 1);
+  EXPECT_EQ(greys({path("still.png"), 0, 0.5}, 10).size(), 5U);
+}
+
+TEST_F(Rendering, TakesPartsOfSound) {
+  WriterOptions options;
+  options.sampleRate = 8000;
+  options.channels = 1;
+  std::vector<float> ramp(8000);
+  for (size_t i = 0; i < ramp.size(); ++i)
+    ramp[i] = static_cast<float>(i);
+  MediaWriter writer(path("ramp.wav"), options);
+  writer.writeSamples(ramp.data(), ramp.size());
+  writer.finish();
+  plan_.stages = {{"simple audio switcher", {{path("ramp.wav"), 0.25, 0.75}}, {}}};
+  plan_.output = path("part.wav");
+  RenderJob(plan_).run([](uint64_t, uint64_t) {});
+  AudioReader part(path("part.wav"), {});
+  std::vector<float> samples(8000);
+  ASSERT_EQ(part.read(0, 8000, samples.data()), 4000U);
+  samples.resize(4000);
+  EXPECT_EQ(samples, std::vector<float>(ramp.begin() + 2000, ramp.begin() + 6000));
+}
+
+TEST_F(Rendering, KeepsThePixelAspectOfAShapeThatStays) {
+  Process ffmpeg({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "color=s=72x58:d=0.1", "-vf", "setsar=64/45",
+                  path("wide.mkv")});
+  ASSERT_EQ(ffmpeg.wait(), 0);
+  const struct {
+    std::optional<std::pair<int, int>> size;
+    Rational aspect;
+  } cases[] = {{{}, {64, 45}}, {{{36, 29}}, {64, 45}}, {{{102, 58}}, 1}};
+  for (const auto &[size, aspect] : cases) {
+    plan_.size = size;
+    std::vector<Input> inputs;
+    inputs.emplace_back(path("wide.mkv"), false, plan_);
+    EXPECT_EQ(settlePictures(plan_, inputs).timeline.pixelAspect, aspect);
+  }
 }
 
 } // namespace

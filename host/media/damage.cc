@@ -1,0 +1,43 @@
+#include "host/media/damage.h"
+
+#include "host/media/probe.h"
+#include "host/model/text.h"
+
+#include <cmath>
+
+namespace zol::host {
+namespace {
+
+std::string tenths(double time) { return numberText(std::round(10 * time) / 10); }
+
+} // namespace
+
+void Damage::begin(bool amid) {
+  amid_ = amid;
+  heard_ = 0;
+}
+
+void Damage::listen(Process &process, const std::string &url, std::optional<double> time) {
+  const size_t said = process.errorBytes();
+  if (amid_)
+    heard_ = said;
+  amid_ = false;
+  if (said > heard_)
+    tell("is damaged" + (time ? " at about " + tenths(*time) + " s" : "") + ": " +
+         reasonIn(process.lineFrom(heard_), url));
+  heard_ = said;
+}
+
+void Damage::endedEarly(double time, double expected) {
+  tell("is damaged: it breaks off after " + tenths(time) + " s of " + tenths(expected) + " s");
+}
+
+void Damage::tell(const std::string &text) {
+  if (!text_.empty())
+    return;
+  text_ = name_ + ' ' + text;
+  if (strict_)
+    throw HostError(text_);
+}
+
+} // namespace zol::host
