@@ -157,10 +157,10 @@ void readVideo(const Json &stream, MediaInfo &info) {
   info.transfer = text(stream, "color_transfer");
   info.primaries = text(stream, "color_primaries");
   info.firstPicture = std::max(0.0, number(stream, "start_time") - info.startTime);
-  info.pixelAspect = rationalIn(text(stream, "sample_aspect_ratio")).value_or(1);
+  info.pixelAspect = rationalIn(text(stream, "sample_aspect_ratio")).value_or(1).value();
   if (std::lround(std::fmod(std::abs(rotation(stream)), 180)) == 90) {
     std::swap(info.width, info.height);
-    std::swap(info.pixelAspect.num, info.pixelAspect.den);
+    info.pixelAspect = 1 / info.pixelAspect;
   }
   const std::string order = text(stream, "field_order");
   info.interlaced = order == "tt" || order == "bb" || order == "tb" || order == "bt";

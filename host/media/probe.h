@@ -30,10 +30,10 @@ struct MediaInfo {
   bool still = false; ///< One picture without a time of its own.
   int width = 0;      ///< As displayed: after the file's rotation, before its pixel aspect.
   int height = 0;
-  int orientation = 1;      ///< Of a still as Exif counts, to be applied by the reader.
-  double firstPicture = 0;  ///< Seconds from the beginning to the first picture.
-  Rational frameRate = 0;   ///< Frames per second: the nominal rate where the real one varies; 0 for stills.
-  Rational pixelAspect = 1; ///< Width of a pixel by its height, after rotation.
+  int orientation = 1;     ///< Of a still as Exif counts, to be applied by the reader.
+  double firstPicture = 0; ///< Seconds from the beginning to the first picture.
+  Rational frameRate = 0;  ///< Frames per second: the nominal rate where the real one varies; 0 for stills.
+  double pixelAspect = 1;  ///< Width of a pixel by its height, after rotation.
   bool alpha = false;
   bool interlaced = false;
   bool topFieldFirst = false;

@@ -110,7 +110,7 @@ MediaInfo Source::lookInto(const MediaPrograms &programs) const {
     info.orientation = header.orientation;
     if (header.orientation >= 5) {
       std::swap(info.width, info.height);
-      std::swap(info.pixelAspect.num, info.pixelAspect.den);
+      info.pixelAspect = 1 / info.pixelAspect;
     }
   }
   if (isStream()) {

@@ -34,7 +34,7 @@ Input::Input(const InputPlan &input, bool sound, const RenderPlan &plan)
       raw_(input.file == "-" && (sound ? plan.sampleRate && plan.channels : plan.size.has_value())),
       strict_(plan.strict), programs_(plan.programs) {
   const std::string named = '"' + input.file + '"';
-  if (!(input.start >= 0) || (input.end && !(*input.end > input.start)))
+  if (!(start() >= 0) || (input.end && !(*input.end > start())))
     throw HostError(named + " would end before it begins");
   if (raw_)
     return;
@@ -42,8 +42,8 @@ Input::Input(const InputPlan &input, bool sound, const RenderPlan &plan)
   const MediaInfo &info = source.look(programs_);
   if (!source.isStream() && !(sound ? info.hasAudio : info.hasVideo))
     throw HostError(named + " holds no " + (sound ? "sound" : "pictures"));
-  if (const double all = sound ? info.soundDuration : info.duration; all > 0 && input.start >= all)
-    throw HostError(named + " ends before " + numberText(input.start) + " s");
+  if (const double all = sound ? info.soundDuration : info.duration; all > 0 && start() >= all)
+    throw HostError(named + " ends before " + numberText(start()) + " s");
   if (!sound)
     if (const std::string losses = lossesOf(info); !losses.empty())
       notes_.push_back(named + ": not kept: " + losses);
@@ -54,10 +54,10 @@ Input::Input(const InputPlan &input, bool sound, const RenderPlan &plan)
   if (sound)
     samples_ = std::make_unique<AudioReader>(
         std::move(source),
-        AudioReaderOptions{.start = input.start, .end = input.end, .strict = strict_, .programs = programs_});
+        AudioReaderOptions{.start = start(), .end = input.end, .strict = strict_, .programs = programs_});
   else
     pictures_ = std::make_unique<VideoReader>(std::move(source),
-                                              VideoReaderOptions{.start = still ? 0 : input.start,
+                                              VideoReaderOptions{.start = still ? 0 : start(),
                                                                  .end = still ? std::nullopt : input.end,
                                                                  .strict = strict_,
                                                                  .programs = programs_});
@@ -67,15 +67,15 @@ double Input::duration() const {
   const MediaInfo *const known = info();
   const double all = known == nullptr ? 0 : sound_ ? known->soundDuration : known->duration;
   if (!input_.end)
-    return std::max(0.0, all - input_.start);
-  return (all > 0 ? std::min(*input_.end, all) : *input_.end) - input_.start;
+    return std::max(0.0, all - start());
+  return (all > 0 ? std::min(*input_.end, all) : *input_.end) - start();
 }
 
 void Input::bringTo(const Timeline &timeline) {
   const int sampleRate = static_cast<int>(timeline.sampleRate),
             channels = static_cast<int>(timeline.channels);
   if (raw_ && sound_)
-    samples_ = std::make_unique<AudioReader>(file(), AudioReaderOptions{.start = input_.start,
+    samples_ = std::make_unique<AudioReader>(file(), AudioReaderOptions{.start = start(),
                                                                         .end = input_.end,
                                                                         .strict = strict_,
                                                                         .raw = true,
@@ -83,7 +83,7 @@ void Input::bringTo(const Timeline &timeline) {
                                                                         .rawChannels = channels,
                                                                         .programs = programs_});
   else if (raw_)
-    pictures_ = std::make_unique<VideoReader>(file(), VideoReaderOptions{.start = input_.start,
+    pictures_ = std::make_unique<VideoReader>(file(), VideoReaderOptions{.start = start(),
                                                                          .end = input_.end,
                                                                          .strict = strict_,
                                                                          .raw = true,

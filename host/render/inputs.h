@@ -25,7 +25,7 @@ public:
 
   [[nodiscard]] const std::string &file() const { return input_.file; }
   /// The time within the file at which it begins, in seconds.
-  [[nodiscard]] double start() const { return input_.start; }
+  [[nodiscard]] double start() const { return input_.start.value_or(0); }
   /// Seconds from there to its end; 0 where that is not known, and of a still that was given none.
   [[nodiscard]] double duration() const;
   [[nodiscard]] bool isStill() const { return info() != nullptr && !sound_ && info()->still; }

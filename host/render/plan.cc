@@ -56,9 +56,16 @@ template <Is<RenderPlan> Plan, class Visit> void forEachMember(Plan &plan, Visit
   visit("block", plan.block);
   visit("realTime", plan.realTime);
   visit("overwrite", plan.overwrite);
-  visit("keepAlpha", plan.keepAlpha);
+  visit("alpha", plan.alpha);
+  visit("codec", plan.codec);
+  visit("quality", plan.quality);
+  visit("pixelFormat", plan.pixelFormat);
+  visit("encoderWords", plan.encoderWords);
+  visit("noSound", plan.noSound);
+  visit("noPictures", plan.noPictures);
   visit("strict", plan.strict);
   visit("playlists", plan.playlists);
+  visit("threads", plan.threads);
   visit("faults", plan.faults);
   visit("programs", plan.programs);
 }

@@ -22,23 +22,18 @@ struct PlannedFault {
   bool operator==(const PlannedFault &) const = default;
 };
 
-/// A file, or the part of it between two times in seconds. In JSON the name alone will do.
+/// A file, or the part of it from `start` on and before `end`, in seconds.
 struct InputPlan {
   std::string file;
-  double start = 0;
-  std::optional<double> end;
+  std::optional<double> start, end;
 
-  InputPlan() = default;
-  InputPlan(std::string name) : file(std::move(name)) {} // NOLINT(google-explicit-constructor): all of it
-  InputPlan(const char *name) : file(name) {}            // NOLINT(google-explicit-constructor)
-  InputPlan(std::string name, double from, std::optional<double> to)
-      : file(std::move(name)), start(from), end(to) {}
   bool operator==(const InputPlan &) const = default;
 };
 
 struct StagePlan {
   std::string effect;
-  std::vector<InputPlan> inputs; ///< in field order; behind the first stage after the chain's input
+  std::vector<InputPlan>
+      inputs; ///< in field order; behind the first stage for the fields that the chain leaves
   std::vector<std::pair<std::string, std::string>> settings; ///< field and value; an input field takes a file
 
   bool operator==(const StagePlan &) const = default;
@@ -57,9 +52,13 @@ struct RenderPlan {
   std::optional<size_t> block; ///< sample frames a block of sound
   bool realTime = false;
   bool overwrite = false;
-  bool keepAlpha = true;
-  bool strict = false;    ///< whether a damaged input is an error
-  bool playlists = false; ///< whether inputs may name other files to be read in their place
+  std::string alpha = "auto";               ///< auto, keep or drop
+  std::string codec, quality, pixelFormat;  ///< of the output's pictures; empty: what suits its format
+  std::vector<std::string> encoderWords;    ///< handed to the writing ffmpeg as they are
+  bool noSound = false, noPictures = false; ///< leave them out of the output
+  bool strict = false;                      ///< damaged input is an error
+  bool playlists = false;                   ///< inputs may name other files
+  std::optional<unsigned> threads;
   std::vector<PlannedFault> faults;
   MediaPrograms programs;
 

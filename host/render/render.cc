@@ -14,13 +14,18 @@ RenderJob::RenderJob(RenderPlan plan)
       library_(plan_.library.empty() ? EffectLibrary::defaultFile() : plan_.library, plan_.host),
       setup_(plan_, library_) {
   checkOutput();
-  for (const InputPlan &file : setup_.files)
-    inputs_.emplace_back(file, setup_.sound, plan_);
+  for (const InputPlan &input : setup_.inputs)
+    inputs_.emplace_back(input, setup_.sound, plan_);
   settled_ = setup_.sound ? settleSound(plan_, inputs_) : settlePictures(plan_, inputs_);
   for (Input &input : inputs_)
     input.bringTo(settled_.timeline);
   chain_.emplace(setup_, plan_, settled_.timeline, inputs_);
   writer_.emplace(plan_.output, writerOptions());
+  for (const std::string &line : chain_->notes())
+    note(line);
+  for (const Input &input : inputs_)
+    for (const std::string &line : input.notes())
+      note(line);
 }
 
 void RenderJob::checkOutput() const {
@@ -48,8 +53,8 @@ WriterOptions RenderJob::writerOptions() const {
   options.width = timeline.width;
   options.height = timeline.height;
   options.rate = timeline.rate;
-  options.pixelAspect = timeline.pixelAspect;
-  options.alpha = plan_.keepAlpha;
+  options.pixelAspect = nearestRational(timeline.pixelAspect);
+  options.alpha = plan_.alpha != "drop";
   const auto withSound = std::find_if(inputs_.begin(), inputs_.end(), [](const Input &input) {
     return !input.isStream() && input.info()->hasAudio;
   });
@@ -71,6 +76,8 @@ void RenderJob::run(const Progress &progress) {
   else
     toTheEnd(PictureLoop(*chain_, settled_.span, settled_.leading));
   writer_->finish();
+  for (const Input &input : inputs_)
+    note(input.damage());
 }
 
 std::vector<std::string> RenderJob::commands() const {
@@ -82,17 +89,11 @@ std::vector<std::string> RenderJob::commands() const {
   return lines;
 }
 
-std::vector<std::string> RenderJob::notes() {
-  std::vector<std::string> lines = chain_->notes();
-  const auto add = [&](const std::string &line) {
-    if (!line.empty() && std::find(lines.begin(), lines.end(), line) == lines.end())
-      lines.push_back(line);
-  };
-  for (const Input &input : inputs_)
-    std::for_each(input.notes().begin(), input.notes().end(), add);
-  for (const Input &input : inputs_)
-    add(input.damage());
-  return lines;
+void RenderJob::note(const std::string &line) {
+  if (!line.empty() && known_.insert(line).second)
+    notes_.push_back(line);
 }
+
+std::vector<std::string> RenderJob::notes() { return std::exchange(notes_, {}); }
 
 } // namespace zol::host

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,13 +32,13 @@ public:
   /// The commands that run() would start, a line each, to be pasted into a shell.
   [[nodiscard]] std::vector<std::string> commands() const;
 
-  /// What is left out of files, and what of them is damaged as far as it is known by now; a line each,
-  /// later ones behind those before.
+  /// What is left out of files and, after run(), what of them is damaged: a line each, told once.
   [[nodiscard]] std::vector<std::string> notes();
 
 private:
   void checkOutput() const;
   [[nodiscard]] WriterOptions writerOptions() const;
+  void note(const std::string &line);
 
   RenderPlan plan_;
   EffectLibrary library_;
@@ -46,6 +47,8 @@ private:
   Settled settled_;
   std::optional<Chain> chain_;
   std::optional<MediaWriter> writer_;
+  std::vector<std::string> notes_;
+  std::set<std::string> known_; ///< notes so far
 };
 
 } // namespace zol::host

@@ -76,11 +76,13 @@ Settled settlePictures(const RenderPlan &plan, const std::vector<Input> &inputs)
     timeline.pixelAspect = info->pixelAspect;
   }
   if (plan.size) {
-    const auto [width, height] = *plan.size;
-    // Another shape than the file's pixels have is one that the user sees.
-    if (int64_t{width} * timeline.height != int64_t{height} * timeline.width)
-      timeline.pixelAspect = 1;
+    const double shape = timeline.width * timeline.pixelAspect / timeline.height;
     std::tie(timeline.width, timeline.height) = *plan.size;
+    const auto off = [&](double pixelAspect) {
+      return std::abs(std::log(timeline.width * pixelAspect / timeline.height / shape));
+    };
+    if (off(1) < off(timeline.pixelAspect)) // the size was told in square pixels
+      timeline.pixelAspect = 1;
   }
   if (!isPictureSize(timeline.width, timeline.height))
     throw HostError("a picture of " + std::to_string(timeline.width) + "x" + std::to_string(timeline.height) +

@@ -69,7 +69,7 @@ std::vector<std::string> slowMotion(const SlowMotionPlan &plan, const Progress &
   writing.width = reader.width();
   writing.height = reader.height();
   writing.rate = rate;
-  writing.pixelAspect = info.pixelAspect;
+  writing.pixelAspect = nearestRational(info.pixelAspect);
   writing.overwrite = plan.overwrite;
   writing.alpha = info.alpha;
   writing.programs = plan.programs;

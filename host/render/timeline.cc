@@ -6,7 +6,7 @@ void Timeline::describe(t_ZoHostInfo &info) const {
   info.FrameRate = rate.value();
   info.Width = width;
   info.Height = height;
-  info.PixelAspect = pixelAspect.value();
+  info.PixelAspect = pixelAspect;
   info.VideoClipStart = 0;
   info.AudioFormat[0] = sampleRate;
   info.AudioFormat[1] = channels;

@@ -11,8 +11,8 @@ namespace zol::host {
 /// The effects span `duration` seconds from time 0.
 struct Timeline {
   int width = 720, height = 576;
-  Rational rate = 25;       ///< frames a second
-  Rational pixelAspect = 1; ///< width of a pixel by its height
+  Rational rate = 25; ///< frames a second
+  double pixelAspect = 1;
   double duration = 1;
   unsigned sampleRate = 48000, channels = 2;
 

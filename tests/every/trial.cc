@@ -221,7 +221,7 @@ Trial::Trial(const Subject &subject, const Setup &setup)
   host::Timeline timeline;
   timeline.width = setup.width;
   timeline.height = setup.height;
-  timeline.pixelAspect = {16, 15};
+  timeline.pixelAspect = 16.0 / 15;
   timeline.sampleRate = setup.rate;
   instance_ = std::make_unique<host::Instance>(effect_, subject.identity, timeline, clips_[0].get());
   instance_->openDialog();

@@ -37,8 +37,9 @@ TEST(RenderPlan, GoesToJsonAndBack) {
   EXPECT_EQ(planFromJson(toJson({})), RenderPlan());
   EXPECT_EQ(planFromJson(nlohmann::json::object()), RenderPlan());
   RenderPlan plan;
-  plan.stages = {{"blur", {{"a.mov", 1.5, 2.25}, "-"}, {{"Blurriness", "0=1;1=0"}, {"Blurriness", "2"}}},
-                 {"copy", {}, {}}};
+  plan.stages = {
+      {"blur", {{"a.png", 0.5, 2.0}, {"-", {}, {}}}, {{"Blurriness", "0=1;1=0"}, {"Blurriness", "2"}}},
+      {"copy", {}, {}}};
   plan.output = "o\"ut\n.mkv";
   plan.library = "lib.so";
   plan.host = "Quorbel";
@@ -50,16 +51,21 @@ TEST(RenderPlan, GoesToJsonAndBack) {
   plan.channels = 3;
   plan.block = 777;
   plan.realTime = plan.overwrite = true;
-  plan.keepAlpha = false;
-  plan.strict = plan.playlists = true;
+  plan.alpha = "drop";
+  plan.codec = "ffv1";
+  plan.quality = "best";
+  plan.pixelFormat = "yuv444p";
+  plan.encoderWords = {"-preset", "slow"};
+  plan.noSound = plan.noPictures = plan.strict = plan.playlists = true;
+  plan.threads = 2;
   plan.faults = {{Service::PicCreate, 2}, {Service::IsAborted, 1}};
   plan.programs = {"/a/ffmpeg", "/b/ffprobe"};
   const nlohmann::json json = toJson(plan);
   EXPECT_EQ(planFromJson(nlohmann::json::parse(json.dump())), plan);
   EXPECT_EQ(json["rate"], "30000/1001");
   EXPECT_EQ(json["faults"][0]["service"], "PicCreate");
-  EXPECT_EQ(planFromJson(R"({"stages":[{"inputs":["a.mov"]}]})"_json).stages[0].inputs[0],
-            InputPlan("a.mov", 0, std::nullopt));
+  EXPECT_EQ(planFromJson(nlohmann::json::parse(R"({"stages":[{"inputs":["a.mov"]}]})")).stages[0].inputs[0],
+            (InputPlan{"a.mov", {}, {}}));
   // Every member is told apart: leaving it out is another plan.
   for (const auto &[name, value] : json.items()) {
     nlohmann::json less = json;
@@ -116,7 +122,7 @@ TEST(Stage, TellsTheTimelineBeforeInitAndAtEveryRender) {
   timeline.width = 4;
   timeline.height = 2;
   timeline.rate = {30000, 1001};
-  timeline.pixelAspect = {3, 2};
+  timeline.pixelAspect = 1.5;
   timeline.duration = timeline.timeOfFrame(60000);
   const Effect effect = watchingEffect();
   seen.clear();
@@ -226,7 +232,9 @@ TEST_F(Rendering, LooksIntoEachFileOnceAndKeepsItsRate) {
   std::ofstream(path("probe")) << "#!/bin/sh\necho >> " << path("probed") << "\nexec ffprobe \"$@\"\n";
   fs::permissions(path("probe"), fs::perms::owner_all);
   plan_.programs.ffprobe = path("probe");
-  plan_.stages = {{"mix", {clip("a.nut", {30000, 1001}, 9), clip("b.nut", 10, 2)}, {{"Transition", "0"}}}};
+  plan_.stages = {{"mix",
+                   {{clip("a.nut", {30000, 1001}, 9), {}, {}}, {clip("b.nut", 10, 2), {}, {}}},
+                   {{"Transition", "0"}}}};
   plan_.output = path("out.nut");
   plan_.duration = timeOf(9, {30000, 1001});
   RenderJob job(planFromJson(toJson(plan_)));
@@ -256,9 +264,9 @@ TEST_F(Rendering, TakesPartsOfItsInputs) {
       values.push_back(part.at(i)->pixels[0]);
     return values;
   };
-  EXPECT_EQ(greys(all).size(), 30U);
+  EXPECT_EQ(greys({all, {}, {}}).size(), 30U);
   EXPECT_EQ(greys({all, 0.5, 0.9}), (std::vector<int>{5, 6, 7, 8}));
-  EXPECT_EQ(greys({all, 2.7, std::nullopt}), (std::vector<int>{27, 28, 29}));
+  EXPECT_EQ(greys({all, 2.7, {}}), (std::vector<int>{27, 28, 29}));
   EXPECT_EQ(greys({all, 2.8, 99}), (std::vector<int>{28, 29}));
   EXPECT_EQ(greys({all, 0.52, 0.8}), (std::vector<int>{5, 6, 7})) << "between two pictures";
   EXPECT_EQ(greys({all, 1, 1.3}, 20), (std::vector<int>{10, 10, 11, 11, 12, 12}));
@@ -296,12 +304,12 @@ TEST_F(Rendering, KeepsThePixelAspectOfAShapeThatStays) {
   ASSERT_EQ(ffmpeg.wait(), 0);
   const struct {
     std::optional<std::pair<int, int>> size;
-    Rational aspect;
-  } cases[] = {{{}, {64, 45}}, {{{36, 29}}, {64, 45}}, {{{102, 58}}, 1}};
+    double aspect;
+  } cases[] = {{{}, 64 / 45.0}, {{{36, 29}}, 64 / 45.0}, {{{102, 58}}, 1}};
   for (const auto &[size, aspect] : cases) {
     plan_.size = size;
     std::vector<Input> inputs;
-    inputs.emplace_back(path("wide.mkv"), false, plan_);
+    inputs.emplace_back(InputPlan{path("wide.mkv"), {}, {}}, false, plan_);
     EXPECT_EQ(settlePictures(plan_, inputs).timeline.pixelAspect, aspect);
   }
 }
