@@ -84,7 +84,12 @@ uint64_t AudioReader::frameAt(double time) const {
 uint64_t AudioReader::origin() const { return frameAt(options_.start); }
 
 /// That before which it ends at the latest.
-uint64_t AudioReader::limit() const { return options_.end ? frameAt(*options_.end) : UINT64_MAX; }
+uint64_t AudioReader::limit() const {
+  if (options_.end)
+    return frameAt(*options_.end);
+  return info_.soundGuessed || info_.soundDuration <= 0 ? UINT64_MAX
+                                                        : frameAt(info_.soundDuration + kMostBehindEnd);
+}
 
 std::optional<uint64_t> AudioReader::frameCount() const {
   const uint64_t end = std::min(end_.value_or(next_), limit());
@@ -111,6 +116,8 @@ bool AudioReader::readBlock() {
   const size_t frames = got / (channels * sizeof(float));
   window_.resize(before + frames * channels);
   next_ += frames;
+  if (!options_.end && next_ > limit())
+    damage_.goesOn(info_.soundDuration);
   if (frames == kBlock) {
     listen();
     return true;
@@ -120,7 +127,7 @@ bool AudioReader::readBlock() {
   listen();
   constexpr double kTolerance = 0.25; // seconds; containers are not exact
   const double time = static_cast<double>(next_) / options_.sampleRate;
-  if (!info_.guessed && time < info_.soundDuration - kTolerance)
+  if (!info_.soundGuessed && time < info_.soundDuration - kTolerance)
     damage_.endedEarly(time, info_.soundDuration);
   process_.reset();
   end_ = next_;

@@ -32,6 +32,10 @@ void Damage::endedEarly(double time, double expected) {
   tell("is damaged: it breaks off after " + tenths(time) + " s of " + tenths(expected) + " s");
 }
 
+void Damage::goesOn(double expected) {
+  tell("is damaged: it goes on behind its length of " + tenths(expected) + " s, which is left out");
+}
+
 void Damage::tell(const std::string &text) {
   if (!text_.empty())
     return;

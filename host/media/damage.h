@@ -25,6 +25,9 @@ public:
   /// The input ended at a time although it should have gone on until another.
   void endedEarly(double time, double expected);
 
+  /// It goes on behind the end that it tells of.
+  void goesOn(double expected);
+
   /// The first sign in one line; empty where there was none.
   [[nodiscard]] const std::string &text() const { return text_; }
 

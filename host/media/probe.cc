@@ -207,6 +207,7 @@ MediaInfo infoFrom(const Json &answer) {
     const double end = endOf(*video, info.startTime); // sound may go on for longer
     info.duration = info.still ? 0 : end > 0 && end < most ? end : std::clamp(all, 0.0, most);
   }
+  info.soundGuessed = info.soundDuration <= 0 || guessesLength(info.format);
   info.guessed = !info.still && (info.duration <= 0 || guessesLength(info.format));
   return info;
 }

@@ -22,7 +22,7 @@ struct MediaPrograms {
 struct MediaInfo {
   std::string format;   ///< The container as ffprobe names it, possibly several names joined by commas.
   double duration = 0;  ///< Seconds to the end of its pictures, else of its sound; 0 when not known or still.
-  bool guessed = false; ///< Whether the durations are missing or estimates.
+  bool guessed = false; ///< Whether that is missing or an estimate.
   double startTime = 0; ///< What the file's own clock shows at its beginning.
   bool seekable = true; ///< Whether that clock tells everywhere in it how far one is.
 
@@ -47,7 +47,8 @@ struct MediaInfo {
   int sampleRate = 0;
   int channels = 0;
   std::string audioCodec;
-  double soundDuration = 0; ///< Seconds to the end of its sound, 0 when not known.
+  double soundDuration = 0;  ///< Seconds to the end of its sound, 0 when not known.
+  bool soundGuessed = false; ///< Likewise.
 };
 
 /// How ffmpeg and ffprobe are told of an input: the words that go before its address, and that.
@@ -67,6 +68,10 @@ bool namesOtherFiles(const std::string &format);
 
 /// Whether its clock may begin anew on the way, as that of broadcasts does.
 bool isTransport(const std::string &format);
+
+/// What a length that a file tells may be wrong by, in seconds: pictures and sound that lie farther behind it
+/// have broken times.
+constexpr double kMostBehindEnd = 1;
 
 /// Whether pictures of this size can be: sides have 16 bits, and ffmpeg makes none whose bytes, at 8 a pixel
 /// with 128 pixels more on each side, an int cannot count.

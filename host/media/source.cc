@@ -118,10 +118,11 @@ MediaInfo Source::lookInto(const MediaPrograms &programs) const {
     info.seekable = !isTransport(info.format);
   } else if (info.guessed) {
     if (const auto extent = measure(address_, info, programs)) {
+      info.guessed = false;
       info.duration = extent->end;
       info.seekable = info.seekable && !extent->jumps;
-      if (!info.hasVideo)
-        info.soundDuration = extent->end;
+      info.soundDuration = extent->end;
+      info.soundGuessed = info.hasVideo;
     }
   }
   return info;

@@ -97,9 +97,13 @@ double VideoReader::gridStart() const {
          (options_.rate == info_.frameRate ? (frames - std::round(frames)) / options_.rate.value() : 0);
 }
 
-/// Frames that begin before `end`.
-size_t VideoReader::framesUntil(double end) const {
+/// The frames that there are at most.
+std::optional<size_t> VideoReader::limit() const {
+  const bool told = !info_.guessed && info_.duration > 0;
+  if (!options_.end && !told)
+    return std::nullopt;
   constexpr double kSlack = 1e-6; // of a frame
+  const double end = options_.end.value_or(info_.duration + kMostBehindEnd);
   return static_cast<size_t>(
       std::max(1.0, std::ceil((end - options_.start) * options_.rate.value() - kSlack)));
 }
@@ -131,12 +135,10 @@ std::vector<std::string> VideoReader::arguments(size_t first) const {
   std::string filters = turningFilters(info_.orientation);
   if (!info_.still) {
     filters += "fps=fps=" + options_.rate.text() + ":start_time=" + numberText(gridStart()) + ",";
-    if (first > 0 || options_.end)
-      filters += "trim=start_frame=" + std::to_string(first);
-    if (options_.end)
-      filters += ":end_frame=" + std::to_string(framesUntil(*options_.end));
-    if (first > 0 || options_.end)
-      filters += ",";
+    filters += "trim=start_frame=" + std::to_string(first);
+    if (const auto frames = limit())
+      filters += ":end_frame=" + std::to_string(*frames);
+    filters += ",";
   }
   filters += "scale=" + std::to_string(options_.width) + ":" + std::to_string(options_.height) +
              ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp";
@@ -212,6 +214,8 @@ void VideoReader::checkEnd() {
   const double expected = options_.end ? std::min(*options_.end, info_.duration) : info_.duration;
   if (!info_.guessed && time < expected - kTolerance - 2 * timeOf(1, options_.rate))
     damage_.endedEarly(time, info_.duration);
+  if (!options_.end && next_ == limit())
+    damage_.goesOn(info_.duration);
 }
 
 /// Reads to the end from the last place before it that yields a frame.

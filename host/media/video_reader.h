@@ -91,7 +91,7 @@ private:
   void listen();
   void checkEnd();
   [[nodiscard]] double gridStart() const;
-  [[nodiscard]] size_t framesUntil(double end) const;
+  [[nodiscard]] std::optional<size_t> limit() const;
   void findEnd(size_t behind);
 
   Source source_;

@@ -109,6 +109,23 @@ TEST_F(Inputs, EndWhereTheyAreCutAndSayWhere) {
     EXPECT_FALSE(rendered(std::string(whole) + " --strict").empty());
 }
 
+TEST_F(Inputs, EndWhereTheySayWhateverTheirLastTimesAre) {
+  // A picture of a day later, in a file that says it lasts two seconds.
+  make("late.mkv", "-f lavfi -i testsrc2=s=32x24:r=25:d=2 -c:v mpeg4 -bsf:v "
+                   "\"setts=ts=if(gt(N\\,40)\\,TS+90000000\\,TS)\"");
+  shell("ffmpeg -v error -y -f lavfi -i testsrc2=s=32x24:r=25:d=2 -c:v mpeg4 good.mkv");
+  const std::string good = contents(path("good.mkv")), late = contents(path("late.mkv"));
+  EXPECT_FALSE(late.empty() || good.empty());
+  // The length that the good file tells of.
+  const std::string tag = "\x44\x89\x88";
+  const size_t from = good.find(tag), to = late.find(tag);
+  ASSERT_TRUE(from != good.npos && to != late.npos);
+  save("late.mkv", late.substr(0, to) + good.substr(from, tag.size() + 8) + late.substr(to + tag.size() + 8));
+  const Outcome outcome = zol("render copy -i late.mkv -o - | wc -c");
+  EXPECT_LE(std::stoul(outcome.out), 80 * kFrame);
+  EXPECT_TRUE(contains(outcome.err, "goes on behind its length of 2 s")) << outcome.err;
+}
+
 TEST_F(Inputs, OfVaryingRatesLoseNoPicture) {
   // Of 30 a second with gaps, by clocks of three kinds.
   const std::string gaps =
