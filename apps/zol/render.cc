@@ -54,7 +54,8 @@ std::string checkRate(const std::string &text) {
 void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
   app.add_option("effect", stage.effect, "The effect, by its name or a unique ending of it")->required();
   app.add_option("-i", stage.inputs,
-                 "Input file, once an input in the order of the effect's fields; - is stdin")
+                 "Input file, once an input in the order of the effect's fields; - is stdin;\n"
+                 "shot%04d.png is a sequence of pictures, where there is no file of that name")
       ->type_name("FILE")
       ->allow_extra_args(false);
   app.add_option(

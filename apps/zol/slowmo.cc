@@ -4,6 +4,7 @@
 
 #include "host/render/slowmo.h"
 
+#include <cstdio>
 #include <map>
 
 namespace zol::command {
@@ -46,6 +47,8 @@ void addSlowmo(CLI::App &zol) {
       ->type_name("draft|good|best|lossless");
   app->add_option("--pixel-format", plan->encoding.pixelFormat, "As ffmpeg names them, such as yuv420p")
       ->type_name("NAME");
+  app->add_flag("--strict", plan->strict, "Fail where the clip is damaged");
+  app->add_flag("--playlists", plan->playlists, "Read playlists and others that name files");
   app->add_flag("--quiet", *quiet, "No progress on stderr");
   app->footer("Example:\n  zol slowmo clip.mp4 -o slow.mp4 --factor 4 --method vector");
   app->callback([=] {

@@ -18,7 +18,8 @@ constexpr int kMostChannels = 64;
 } // namespace
 
 AudioReader::AudioReader(Source source, AudioReaderOptions options)
-    : source_(std::move(source)), options_(std::move(options)) {
+    : source_(std::move(source)), options_(std::move(options)),
+      damage_('"' + source_.name() + '"', options_.strict) {
   const std::string cannot = "cannot read " + source_.name() + ": ";
   if (options_.raw) {
     info_.format = info_.audioCodec = "f32le";
@@ -63,8 +64,9 @@ std::vector<std::string> AudioReader::arguments() const {
     add({"-f", "f32le", "-ar", std::to_string(options_.rawRate), "-ac",
          std::to_string(options_.rawChannels)});
   // Silence where the sound begins late, so that pictures and sound share their time 0.
-  add({"-i", source_.url(), "-map", "0:a:0", "-af", "aresample=async=1:first_pts=0", "-ar",
-       std::to_string(options_.sampleRate)});
+  const std::vector<std::string> input = source_.arguments();
+  args.insert(args.end(), input.begin(), input.end());
+  add({"-map", "0:a:0", "-af", "aresample=async=1:first_pts=0", "-ar", std::to_string(options_.sampleRate)});
   if (options_.channels != info_.channels)
     add({"-ac", std::to_string(options_.channels)});
   add({"-f", "f32le", "-c:a", "pcm_f32le", "pipe:1"});
@@ -73,15 +75,27 @@ std::vector<std::string> AudioReader::arguments() const {
 
 std::string AudioReader::commandLine() const { return shellQuoted(arguments()); }
 
-/// Number of the sample frame at which reading begins, from the file's beginning.
-uint64_t AudioReader::origin() const {
-  return static_cast<uint64_t>(std::llround(options_.start * options_.sampleRate));
+/// Number of the sample frame of a time, both from the file's beginning.
+uint64_t AudioReader::frameAt(double time) const {
+  return static_cast<uint64_t>(std::llround(std::max(0.0, time) * options_.sampleRate));
+}
+
+/// That at which reading begins.
+uint64_t AudioReader::origin() const { return frameAt(options_.start); }
+
+/// That before which it ends at the latest.
+uint64_t AudioReader::limit() const {
+  if (options_.end)
+    return frameAt(*options_.end);
+  return info_.soundGuessed || info_.soundDuration <= 0 ? UINT64_MAX
+                                                        : frameAt(info_.soundDuration + kMostBehindEnd);
 }
 
 std::optional<uint64_t> AudioReader::frameCount() const {
-  if (!end_)
+  const uint64_t end = std::min(end_.value_or(next_), limit());
+  if (!end_ && end < limit())
     return std::nullopt;
-  return *end_ - std::min(*end_, origin());
+  return end - std::min(end, origin());
 }
 
 void AudioReader::open() {
@@ -89,6 +103,7 @@ void AudioReader::open() {
   window_.clear();
   next_ = 0;
   process_ = source_.start(arguments());
+  listener_ = Listener(false);
 }
 
 bool AudioReader::readBlock() {
@@ -101,19 +116,41 @@ bool AudioReader::readBlock() {
   const size_t frames = got / (channels * sizeof(float));
   window_.resize(before + frames * channels);
   next_ += frames;
-  if (frames == kBlock)
+  if (!options_.end && next_ > limit())
+    damage_.goesOn(info_.soundDuration);
+  if (frames == kBlock) {
+    listen();
     return true;
+  }
   if (process_->wait() != 0)
     throw source_.failure(*process_);
+  listen();
+  constexpr double kTolerance = 0.25; // seconds; containers are not exact
+  const double time = static_cast<double>(next_) / options_.sampleRate;
+  if (!info_.soundGuessed && time < info_.soundDuration - kTolerance)
+    damage_.endedEarly(time, info_.soundDuration);
   process_.reset();
   end_ = next_;
   return frames > 0;
+}
+
+/// What the child says concerns sound behind that which still stands in the pipe.
+void AudioReader::listen() {
+  const size_t ahead = process_->waiting() / sizeof(float) / static_cast<size_t>(options_.channels);
+  if (const std::string line = listener_.news(*process_); !line.empty())
+    damage_.heard(line, source_.address().url, static_cast<double>(next_ + ahead) / options_.sampleRate);
+}
+
+bool AudioReader::reaches(uint64_t frame) {
+  std::vector<float> one(static_cast<size_t>(options_.channels));
+  return read(frame, 1, one.data()) == 1;
 }
 
 size_t AudioReader::read(uint64_t first, size_t count, float *samples) {
   const auto channels = static_cast<size_t>(options_.channels);
   uint64_t place = first + origin();
   size_t done = 0;
+  count = static_cast<size_t>(std::min<uint64_t>(count, limit() - std::min(limit(), place)));
   while (done < count && !(end_ && place >= *end_)) {
     const uint64_t oldest = next_ - window_.size() / channels;
     if (place < oldest || (!process_ && next_ == 0)) {

@@ -1,6 +1,7 @@
 // Samples of a media file, streamed through an ffmpeg child.
 #pragma once
 
+#include "host/media/damage.h"
 #include "host/media/probe.h"
 #include "host/media/process.h"
 #include "host/media/source.h"
@@ -16,10 +17,12 @@
 namespace zol::host {
 
 struct AudioReaderOptions {
-  int sampleRate = 0; ///< 0: the file's own.
-  int channels = 0;   ///< 0: the file's own.
-  double start = 0;   ///< Time within the file of sample frame 0, in seconds.
-  bool raw = false;   ///< The bytes are raw interleaved floats of rawRate and rawChannels.
+  int sampleRate = 0;                       ///< 0: the file's own.
+  int channels = 0;                         ///< 0: the file's own.
+  double start = 0;                         ///< Time within the file of sample frame 0, in seconds.
+  std::optional<double> end = std::nullopt; ///< Time within the file at which it is taken to end.
+  bool strict = false;                      ///< Whether damage is an error.
+  bool raw = false; ///< The bytes are raw interleaved floats of rawRate and rawChannels.
   int rawRate = 48000;
   int rawChannels = 2;
   MediaPrograms programs;
@@ -56,6 +59,12 @@ public:
   /// Number of sample frames, known once the end was met.
   [[nodiscard]] std::optional<uint64_t> frameCount() const;
 
+  /// Whether there is a sample frame of this number: reads on to it where that is not known yet.
+  bool reaches(uint64_t frame);
+
+  /// What is wrong with the file as far as it was read, in one line; empty where nothing is.
+  [[nodiscard]] const std::string &damage() const { return damage_.text(); }
+
   /// The command that reads the file, as a line for a shell.
   [[nodiscard]] std::string commandLine() const;
 
@@ -64,12 +73,17 @@ private:
   void checkFormat(int sampleRate, int channels) const;
   void open();
   bool readBlock();
+  void listen();
   [[nodiscard]] uint64_t origin() const;
+  [[nodiscard]] uint64_t limit() const;
+  [[nodiscard]] uint64_t frameAt(double time) const;
 
   Source source_;
   AudioReaderOptions options_;
   MediaInfo info_;
+  Damage damage_;
   std::unique_ptr<Process> process_;
+  Listener listener_{false};
   std::vector<float> window_; ///< The newest samples; the last sample frame is number next_ - 1.
   uint64_t next_ = 0;         ///< Sample frames taken from the child so far, from the file's beginning.
   std::optional<uint64_t> end_;

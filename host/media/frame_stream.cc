@@ -42,15 +42,13 @@ void FramePool::giveBack(Frame *frame) {
   free_.push_back(std::move(owned));
 }
 
-FrameStream::FrameStream(std::unique_ptr<Process> child, const FrameFormat &format,
+FrameStream::FrameStream(std::unique_ptr<Process> child, bool amid, const FrameFormat &format,
                          std::shared_ptr<FramePool> pool)
-    : child_(std::move(child)), format_(format), pool_(std::move(pool)),
+    : child_(std::move(child)), listener_(amid), format_(format), pool_(std::move(pool)),
       ahead_(
           framesAhead(format.frames), [this] { return read(); }, [this] { child_->terminate(); }) {}
 
-std::shared_ptr<Frame> FrameStream::next() { return ahead_.next().value_or(nullptr); }
-
-std::optional<std::shared_ptr<Frame>> FrameStream::read() {
+std::optional<HeardFrame> FrameStream::read() {
   std::shared_ptr<Frame> frame = pool_->take();
   const PictureLayout &pipe = format_.pipe;
   const bool direct = pipe.format == kBgra && pipe.width == frame->width && pipe.height == frame->height;
@@ -66,7 +64,10 @@ std::optional<std::shared_ptr<Frame>> FrameStream::read() {
   }
   if (!direct)
     converter_->convert(target, frame->pixels.data());
-  return frame;
+  HeardFrame heard{std::move(frame), listener_.news(*child_), 0};
+  if (!heard.said.empty())
+    heard.ahead = child_->waiting() / pipe.bytes();
+  return heard;
 }
 
 } // namespace zol::host

@@ -3,6 +3,7 @@
 
 #include "host/media/aligned_bytes.h"
 #include "host/media/conversion.h"
+#include "host/media/damage.h"
 #include "host/media/process.h"
 #include "host/media/queue.h"
 
@@ -11,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace zol::host {
@@ -46,31 +48,44 @@ struct FrameFormat {
   Fit fit = Fit::Stretch;
 };
 
+/// A frame with what the child said while it came, which concerns one that is so many behind it.
+struct HeardFrame {
+  std::shared_ptr<Frame> frame;
+  std::string said;
+  size_t ahead = 0;
+};
+
 /// Reads and converts ahead in a thread of its own.
 class FrameStream {
 public:
-  /// The child's output is pictures of `format.pipe`. The pool's frames have the size of `format.frames`.
-  FrameStream(std::unique_ptr<Process> child, const FrameFormat &format, std::shared_ptr<FramePool> pool);
+  /// The child's output is pictures of `format.pipe`; `amid`: not from the beginning of the file. The pool's
+  /// frames have the size of `format.frames`.
+  FrameStream(std::unique_ptr<Process> child, bool amid, const FrameFormat &format,
+              std::shared_ptr<FramePool> pool);
 
-  /// The next one; null at the end. Throws HostError where a picture cannot be converted or the child hangs,
+  /// The next one; none at the end. Throws HostError where a picture cannot be converted or the child hangs,
   /// std::bad_alloc, Interrupted.
-  std::shared_ptr<Frame> next();
+  std::optional<HeardFrame> next() { return ahead_.next(); }
 
-  /// The child, once next() has met the end.
+  // Once next() has met the end:
+
   [[nodiscard]] Process &child() { return *child_; }
   /// Whether the end came within a picture.
   [[nodiscard]] bool brokeOff() const { return brokeOff_; }
+  /// What the child said since the last frame.
+  [[nodiscard]] std::string lastWords() { return listener_.news(*child_); }
 
 private:
-  std::optional<std::shared_ptr<Frame>> read();
+  std::optional<HeardFrame> read();
 
   std::unique_ptr<Process> child_;
+  Listener listener_;
   FrameFormat format_;
   std::shared_ptr<FramePool> pool_;
   std::optional<Converter> converter_;
   AlignedBytes received_;
   bool brokeOff_ = false;
-  ReadAhead<std::shared_ptr<Frame>> ahead_; // last: its thread uses all of the above
+  ReadAhead<HeardFrame> ahead_; // last: its thread uses all of the above
 };
 
 } // namespace zol::host

@@ -14,6 +14,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <spawn.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -127,6 +128,16 @@ bool hasEnded(pid_t pid, int flags) {
   return waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOWAIT | flags) == 0 && info.si_pid == pid;
 }
 
+constexpr const char *kLineBreaks = "\r\n";
+
+/// Without control characters and the blanks around it.
+std::string plainLine(std::string line) {
+  for (char &c : line)
+    if (static_cast<unsigned char>(c) < ' ' || c == 0x7f)
+      c = ' ';
+  return std::string(trimmed(line));
+}
+
 int exitStatus(int status) { return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status); }
 
 } // namespace
@@ -233,6 +244,7 @@ void Process::drainErrors() {
       errors_.reset();
       return;
     }
+    errorBytes_ += static_cast<size_t>(n);
     errorText_.append(buffer, static_cast<size_t>(n));
     if (errorText_.size() > 2 * kErrorTail)
       errorText_.erase(0, errorText_.size() - kErrorTail);
@@ -399,24 +411,31 @@ int Process::wait() {
   return exitStatus(status_);
 }
 
+size_t Process::errorBytes() {
+  drainErrors();
+  return errorBytes_;
+}
+
+size_t Process::waiting() const {
+  int bytes = 0;
+  return output_ && ioctl(output_.get(), FIONREAD, &bytes) == 0 ? static_cast<size_t>(bytes) : 0;
+}
+
 std::string Process::lastLine(bool (*tells)(std::string_view line)) const {
-  constexpr const char *kBreaks = "\r\n";
-  size_t end = errorText_.size();
-  while (end > 0) {
-    const size_t before = errorText_.find_last_of(kBreaks, end - 1);
+  for (size_t end = errorText_.size(); end > 0;) {
+    const size_t before = errorText_.find_last_of(kLineBreaks, end - 1);
     const size_t begin = before == std::string::npos ? 0 : before + 1;
-    std::string line = errorText_.substr(begin, end - begin);
-    for (char &c : line)
-      if (static_cast<unsigned char>(c) < ' ' || c == 0x7f)
-        c = ' ';
-    const size_t first = line.find_first_not_of(' ');
-    if (first != std::string::npos && (tells == nullptr || tells(std::string_view(line).substr(first))))
-      return line.substr(first, line.find_last_not_of(' ') - first + 1);
-    if (begin == 0)
-      break;
-    end = begin - 1;
+    std::string line = plainLine(errorText_.substr(begin, end - begin));
+    if (!line.empty() && (tells == nullptr || tells(line)))
+      return line;
+    end = begin == 0 ? 0 : begin - 1;
   }
   return {};
+}
+
+std::string Process::lineFrom(size_t byte) const {
+  const size_t dropped = errorBytes_ - errorText_.size(), begin = std::max(byte, dropped) - dropped;
+  return plainLine(errorText_.substr(begin, errorText_.find_first_of(kLineBreaks, begin) - begin));
 }
 
 Descriptor nonBlockingOutput() {

@@ -85,6 +85,12 @@ public:
 
   /// The last line on the child's standard error that is not blank, and that `tells` accepts, if given.
   [[nodiscard]] std::string lastLine(bool (*tells)(std::string_view line) = nullptr) const;
+  /// The line that begins at this byte of its standard error, or where what is kept of it begins.
+  [[nodiscard]] std::string lineFrom(size_t byte) const;
+  /// Bytes of its standard error so far.
+  [[nodiscard]] size_t errorBytes();
+  /// Bytes of its output that have come and wait for read().
+  [[nodiscard]] size_t waiting() const;
   /// The end of its standard error as it came.
   [[nodiscard]] const std::string &errorTail() const { return errorText_; }
 
@@ -110,6 +116,7 @@ private:
   bool feeds_ = false;
   bool closeSecond_ = false;
   std::string errorText_;
+  size_t errorBytes_ = 0;
 };
 
 /// Standard output, where it is a pipe opened anew so that writing to it never blocks; whoever shares it sees

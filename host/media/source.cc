@@ -1,11 +1,17 @@
 #include "host/media/source.h"
 
+#include "host/media/extent.h"
+#include "host/media/format.h"
 #include "host/media/interrupt.h"
+#include "host/media/picture_header.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
+#include <initializer_list>
 #include <poll.h>
+#include <sstream>
 #include <unistd.h>
 #include <utility>
 
@@ -17,11 +23,22 @@ constexpr double kPatience = 120;              // seconds without a byte from a 
 
 } // namespace
 
-Source::Source(std::string file) : file_(std::move(file)) {
+Source::Source(std::string file, SourceOptions options) : file_(std::move(file)), options_(options) {
+  if (!options_.playlists)
+    address_.options = {"-protocol_whitelist", "file,pipe"};
   if (file_ == "-") {
     fd_ = STDIN_FILENO;
-    return;
+    address_.url = "pipe:0";
+  } else {
+    findFile();
   }
+}
+
+void Source::findFile() {
+  address_.url = fileUrl(file_);
+  const auto add = [&](std::initializer_list<std::string> words) {
+    address_.options.insert(address_.options.end(), words);
+  };
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(file_, error);
   if (std::filesystem::is_fifo(status) || std::filesystem::is_socket(status)) {
@@ -29,16 +46,27 @@ Source::Source(std::string file) : file_(std::move(file)) {
     if (!opened_)
       throw HostError("cannot read " + file_ + ": " + errorMessage(errno));
     fd_ = opened_.get();
+    address_.url = "pipe:0";
   } else if (std::filesystem::is_directory(status)) {
     throw HostError("cannot read " + file_ + ": " + errorMessage(EISDIR));
+  } else if (std::filesystem::exists(status)) {
+    // By their names ffmpeg takes pictures for sequences of them.
+    if (kindOf(file_) == FileKind::still && file_.find_first_of("%*?[]{}") != std::string::npos)
+      add({"-f", "image2", "-pattern_type", "none"});
+  } else if ((sequence_ = sequenceNamed(file_))) {
+    address_.url = fileUrl(sequence_->pattern);
+    add({"-f", "image2", "-pattern_type", "sequence", "-framerate", options_.sequenceRate.text(),
+         "-start_number", std::to_string(sequence_->first)});
   }
 }
 
-const MediaInfo &Source::look(const MediaPrograms &programs) {
-  if (info_)
-    return *info_;
-  if (!isStream())
-    return info_.emplace(probe(file_, programs));
+std::vector<std::string> Source::arguments() const {
+  std::vector<std::string> words = address_.options;
+  words.insert(words.end(), {"-i", address_.url});
+  return words;
+}
+
+void Source::readHead() {
   head_.resize(kHeadBytes);
   size_t filled = 0;
   while (filled < head_.size()) {
@@ -52,7 +80,52 @@ const MediaInfo &Source::look(const MediaPrograms &programs) {
   head_.resize(filled);
   if (head_.empty())
     throw HostError("cannot read " + name() + ": nothing came");
-  return info_.emplace(probeBytes(head_, programs));
+}
+
+const MediaInfo &Source::look(const MediaPrograms &programs) {
+  if (!info_) {
+    if (isStream())
+      readHead();
+    info_ = lookInto(programs);
+  }
+  return *info_;
+}
+
+MediaInfo Source::lookInto(const MediaPrograms &programs) const {
+  MediaInfo info = probe(address_, name(), isStream() ? &head_ : nullptr, programs);
+  if (!options_.playlists && namesOtherFiles(info.format))
+    throw HostError("cannot read " + name() + ": a playlist or the like (" + info.format +
+                    "), which names other files; --playlists allows it");
+  if (sequence_) {
+    info.still = sequence_->count == 1;
+    info.frameRate = info.still ? Rational() : options_.sequenceRate;
+    info.duration = info.still ? 0 : timeOf(static_cast<uint64_t>(sequence_->count), info.frameRate);
+    info.guessed = false;
+  }
+  if (info.still || sequence_) {
+    std::ifstream file(sequence_ ? sequence_->firstFile : file_, std::ios::binary);
+    std::istringstream bytes(std::string(head_.begin(), head_.end()));
+    const PictureHeader header = readPictureHeader(isStream() ? static_cast<std::istream &>(bytes) : file);
+    info.otherColors = header.otherColors;
+    info.orientation = header.orientation;
+    if (header.orientation >= 5) {
+      std::swap(info.width, info.height);
+      info.pixelAspect = 1 / info.pixelAspect;
+    }
+  }
+  if (isStream()) {
+    info.duration = info.soundDuration = 0;
+    info.seekable = !isTransport(info.format);
+  } else if (info.guessed) {
+    if (const auto extent = measure(address_, info, programs)) {
+      info.guessed = false;
+      info.duration = extent->end;
+      info.seekable = info.seekable && !extent->jumps;
+      info.soundDuration = extent->end;
+      info.soundGuessed = info.hasVideo;
+    }
+  }
+  return info;
 }
 
 std::unique_ptr<Process> Source::start(const std::vector<std::string> &arguments) {
@@ -71,7 +144,11 @@ std::unique_ptr<Process> Source::start(const std::vector<std::string> &arguments
 }
 
 HostError Source::failure(const Process &process) const {
-  return HostError("cannot read " + name() + ": " + reasonOf(process, url()));
+  return HostError("cannot read " + name() + ": " + reasonOf(process, address_.url));
+}
+
+MediaInfo probe(const std::string &file, const MediaPrograms &programs) {
+  return Source(file).look(programs);
 }
 
 } // namespace zol::host

@@ -3,6 +3,7 @@
 #include "host/model/text.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <new>
 #include <utility>
@@ -10,13 +11,12 @@
 namespace zol::host {
 namespace {
 
-constexpr int kLargestSide = 32767; // pictures have 16-bit sizes
 constexpr double kFastest = 1000;
 constexpr Rational kStillRate = 25;
 constexpr double kJump = 10; // seconds ahead from which on a seek is cheaper than reading on
 
 void checkSize(const Source &source, int width, int height) {
-  if (width < 1 || height < 1 || width > kLargestSide || height > kLargestSide)
+  if (!isPictureSize(width, height))
     throw HostError("cannot read " + source.name() + ": pictures of " + std::to_string(width) + "x" +
                     std::to_string(height) + " are not possible");
 }
@@ -35,6 +35,13 @@ double seekMargin(const std::string &format) {
   return 12; // found by guessing positions: a group of pictures or more
 }
 
+/// Brings a picture of that orientation upright.
+std::string turningFilters(int orientation) {
+  constexpr std::array kFilters{
+      "", "hflip,", "hflip,vflip,", "vflip,", "transpose=0,", "transpose=1,", "transpose=3,", "transpose=2,"};
+  return kFilters.at(static_cast<size_t>(orientation - 1));
+}
+
 std::string sizeText(int width, int height) { return std::to_string(width) + "x" + std::to_string(height); }
 
 /// Brings all pictures to one size, and where the pipe is packed to BGRA. Does nothing to those that are as
@@ -47,7 +54,8 @@ std::string scaleFilter(const PictureLayout &pipe) {
 } // namespace
 
 VideoReader::VideoReader(Source source, VideoReaderOptions options)
-    : source_(std::move(source)), options_(std::move(options)) {
+    : source_(std::move(source)), options_(std::move(options)),
+      damage_('"' + source_.name() + '"', options_.strict) {
   options_.window = std::max<size_t>(options_.window, 1);
   if (!(std::isfinite(options_.start) && options_.start >= 0))
     throw HostError("cannot read " + source_.name() + " from " + numberText(options_.start) + " seconds on");
@@ -88,7 +96,7 @@ PictureLayout VideoReader::pipeLayout() const {
   if (!Converter::available()) // ffmpeg does it all
     return {.width = options_.width, .height = options_.height};
   PictureLayout layout{info_.pixels, info_.width, info_.height, info_.coding, info_.interlaced};
-  if (info_.turned) { // the places of chroma and fields are turned too
+  if (info_.turned || info_.orientation != 1) { // the places of chroma and fields are turned too
     layout.coding.site = ChromaSite::Center;
     layout.interlaced = false;
     if (layout.format.chromaShiftX != layout.format.chromaShiftY)
@@ -97,16 +105,43 @@ PictureLayout VideoReader::pipeLayout() const {
   return layout;
 }
 
+void VideoReader::setRate(Rational rate) {
+  checkRate(source_, rate);
+  options_.rate = rate;
+}
+
+/// Frame 0 as the fps filter counts. At the file's own rate frames keep their distance from its pictures' own
+/// times, which may lie anywhere between: no error of these times then moves a picture into another's place.
+double VideoReader::gridStart() const {
+  const double frames = (info_.firstPicture - options_.start) * options_.rate.value();
+  return options_.start +
+         (options_.rate == info_.frameRate ? (frames - std::round(frames)) / options_.rate.value() : 0);
+}
+
+/// The frames that there are at most.
+std::optional<size_t> VideoReader::limit() const {
+  const bool told = !info_.guessed && info_.duration > 0;
+  if (!options_.end && !told)
+    return std::nullopt;
+  constexpr double kSlack = 1e-6; // of a frame
+  const double end = options_.end.value_or(info_.duration + kMostBehindEnd);
+  return static_cast<size_t>(
+      std::max(1.0, std::ceil((end - options_.start) * options_.rate.value() - kSlack)));
+}
+
 /// Times stay those of the file, counted from its beginning (-copyts -start_at_zero), and after a seek all
 /// frames from the key frame on are used (-noaccurate_seek): so the fps filter rounds the same times in the
-/// same way wherever reading begins, and trim counts the same frames.
+/// same way wherever reading begins, and trim counts the same frames. Where the file's times say nothing of
+/// the kind, reading begins at its beginning, and ffmpeg makes times that go on.
 std::vector<std::string> VideoReader::arguments(size_t first) const {
   std::vector<std::string> args{options_.programs.ffmpeg, "-v", "error", "-nostdin"};
   const auto add = [&](std::initializer_list<std::string> more) { args.insert(args.end(), more); };
   if (options_.raw)
     add({"-f", "rawvideo", "-pixel_format", "bgra", "-video_size",
          sizeText(options_.rawWidth, options_.rawHeight), "-framerate", options_.rawRate.text()});
-  if (!info_.still) {
+  if (info_.orientation != 1)
+    add({"-noautorotate"});
+  if (!info_.still && info_.seekable) {
     add({"-copyts", "-start_at_zero"});
     const double seek = options_.start + timeOf(first, options_.rate) - seekMargin(info_.format);
     if (seek > 0 && !source_.isStream())
@@ -114,13 +149,17 @@ std::vector<std::string> VideoReader::arguments(size_t first) const {
   }
   if (info_.alpha && (info_.videoCodec == "vp8" || info_.videoCodec == "vp9"))
     add({"-c:v", info_.videoCodec == "vp8" ? "libvpx" : "libvpx-vp9"}); // the built-in decoders drop alpha
-  add({"-i", source_.url(), "-map", "0:V:0"});
+  const std::vector<std::string> input = source_.arguments();
+  args.insert(args.end(), input.begin(), input.end());
+  add({"-map", "0:V:0"});
 
-  std::string filters;
+  std::string filters = turningFilters(info_.orientation);
   if (!info_.still) {
-    filters += "fps=fps=" + options_.rate.text() + ":start_time=" + numberText(options_.start) + ",";
-    if (first > 0)
-      filters += "trim=start_frame=" + std::to_string(first) + ",";
+    filters += "fps=fps=" + options_.rate.text() + ":start_time=" + numberText(gridStart()) + ",";
+    filters += "trim=start_frame=" + std::to_string(first);
+    if (const auto frames = limit())
+      filters += ":end_frame=" + std::to_string(*frames);
+    filters += ",";
   }
   const PictureLayout pipe = pipeLayout();
   const std::string format = pipe.format.name();
@@ -142,27 +181,52 @@ void VideoReader::open(Cursor &cursor, size_t first) {
   if (!pool_)
     pool_ = std::make_shared<FramePool>(options_.width, options_.height);
   const PictureLayout frames{.width = options_.width, .height = options_.height};
-  cursor.stream = std::make_unique<FrameStream>(source_.start(arguments(first)),
-                                                FrameFormat{pipeLayout(), frames}, pool_);
+  cursor.stream =
+      std::make_unique<FrameStream>(source_.start(arguments(first)), first > 0 || options_.start > 0,
+                                    FrameFormat{pipeLayout(), frames}, pool_);
   cursor.next = first;
 }
 
 /// Takes the next frame from the stream; false at its end.
 bool VideoReader::readNext(Cursor &cursor) {
-  std::shared_ptr<Frame> frame = cursor.stream->next();
-  if (frame == nullptr) {
+  std::optional<HeardFrame> heard = cursor.stream->next();
+  if (!heard) {
     Process &child = cursor.stream->child();
     if (child.wait() != 0)
       throw source_.failure(child);
     if (cursor.stream->brokeOff())
       throw HostError("cannot read " + source_.name() + ": a picture broke off");
+    checkEnd(cursor);
     cursor.stream.reset();
     return false;
   }
-  cursor.recent.push_back({cursor.next++, std::move(frame)});
+  cursor.recent.push_back({cursor.next++, std::move(heard->frame)});
+  tellDamage(heard->said, cursor.next + heard->ahead);
   while (cursor.recent.size() > options_.window)
     cursor.recent.pop_front();
   return true;
+}
+
+/// What a child said concerns a frame that is not known exactly.
+void VideoReader::tellDamage(const std::string &said, size_t index) {
+  if (said.empty() || (source_.sequence() && source_.sequence()->goesOn))
+    return; // of a sequence with a gap ffmpeg complains of that alone
+  damage_.heard(said, source_.address().url,
+                info_.still ? std::nullopt : std::optional(options_.start + timeOf(index, options_.rate)));
+}
+
+/// Tells of pictures that should have come before the end.
+void VideoReader::checkEnd(Cursor &cursor) {
+  if (cursor.recent.empty())
+    return;
+  tellDamage(cursor.stream->lastWords(), cursor.next);
+  constexpr double kTolerance = 0.5; // seconds; containers are not exact
+  const double time = options_.start + timeOf(cursor.next, options_.rate);
+  const double expected = options_.end ? std::min(*options_.end, info_.duration) : info_.duration;
+  if (!info_.guessed && time < expected - kTolerance - 2 * timeOf(1, options_.rate))
+    damage_.endedEarly(time, info_.duration);
+  if (!options_.end && cursor.next == limit())
+    damage_.goesOn(info_.duration);
 }
 
 /// Reads to the end from the last place before it that yields a frame.
@@ -170,7 +234,7 @@ void VideoReader::findEnd(Cursor &cursor, size_t behind) {
   const HostError nothing("cannot read " + source_.name() + ": no pictures could be decoded");
   if (source_.isStream() || info_.still)
     throw nothing;
-  const double known = (info_.duration - options_.start) * options_.rate.value();
+  const double known = (options_.end.value_or(info_.duration) - options_.start) * options_.rate.value();
   const auto end = static_cast<size_t>(std::clamp(known, 0.0, static_cast<double>(behind)));
   for (const double back : {1.0, 15.0, 0.0}) {
     const auto step = static_cast<size_t>(std::ceil(back * options_.rate.value()));
@@ -208,12 +272,12 @@ size_t VideoReader::widestWindow() const {
 /// One that will yield the frame: on its way there, or begun anew.
 VideoReader::Cursor &VideoReader::cursorFor(size_t index) {
   const auto farthest = static_cast<size_t>(std::ceil(kJump * options_.rate.value()));
-  const auto reaches = [&](const Cursor &cursor) {
+  const auto willYield = [&](const Cursor &cursor) {
     return cursor.stream && cursor.next <= index && (source_.isStream() || index - cursor.next <= farthest);
   };
   Cursor *best = nullptr;
   for (Cursor &cursor : cursors_)
-    if (reaches(cursor) && (best == nullptr || cursor.next > best->next))
+    if (willYield(cursor) && (best == nullptr || cursor.next > best->next))
       best = &cursor;
   if (best != nullptr)
     return *best;
@@ -252,6 +316,12 @@ std::shared_ptr<const Frame> VideoReader::read(size_t index) {
   }
   const auto frame = known(index);
   return frame != nullptr ? frame : cursor.recent.front().frame; // damage may leave nothing nearer
+}
+
+bool VideoReader::reaches(size_t index) {
+  if (!count_)
+    (void)at(index);
+  return !count_ || index < *count_;
 }
 
 std::shared_ptr<const Frame> VideoReader::at(size_t index) try {

@@ -1,6 +1,7 @@
 // Frames of a video or still file, streamed through an ffmpeg child.
 #pragma once
 
+#include "host/media/damage.h"
 #include "host/media/frame_stream.h"
 #include "host/media/probe.h"
 #include "host/media/process.h"
@@ -20,8 +21,10 @@ namespace zol::host {
 struct VideoReaderOptions {
   int width = 0; ///< 0 with height 0: the file's own size. Otherwise the pictures are scaled to fill it.
   int height = 0;
-  Rational rate = 0; ///< Frames per second; 0: the file's own average rate (25 for stills).
+  Rational rate = 0; ///< Frames per second; 0: the file's own nominal rate (25 for stills).
   double start = 0;  ///< Time within the file of frame 0, in seconds.
+  std::optional<double> end = std::nullopt; ///< Time within the file at which it is taken to end.
+  bool strict = false;                      ///< Whether damage is an error.
   size_t window = 4; ///< Frames kept for going back, at least 1; more once more are asked for.
   bool raw = false;  ///< The bytes are raw BGRA frames of rawWidth by rawHeight at rawRate.
   int rawWidth = 0;
@@ -53,6 +56,8 @@ public:
 
   /// Has all pictures scaled to fill this size; to be called before the first at().
   void scaleTo(int width, int height);
+  /// Has frames at this rate, taken from the file's own times; likewise.
+  void setRate(Rational rate);
 
   /// Has the first sound of a stream, which nobody else can read, written beside into a file, as raw floats
   /// of the rate and the channels that info() tells, from the beginning on; to be called before the first
@@ -68,6 +73,12 @@ public:
 
   /// Number of frames from the start, known once the end was met; a still has one.
   [[nodiscard]] std::optional<size_t> frameCount() const { return count_; }
+
+  /// Whether there is a frame of this index: reads on to it where that is not known yet.
+  bool reaches(size_t index);
+
+  /// What is wrong with the file as far as it was read, in one line; empty where nothing is.
+  [[nodiscard]] const std::string &damage() const { return damage_.text(); }
 
   /// The command that reads from frame 0, as a line for a shell.
   [[nodiscard]] std::string commandLine() const;
@@ -93,11 +104,16 @@ private:
   [[nodiscard]] std::shared_ptr<const Frame> known(size_t index) const;
   Cursor &cursorFor(size_t index);
   [[nodiscard]] size_t widestWindow() const;
+  void tellDamage(const std::string &said, size_t index);
+  void checkEnd(Cursor &cursor);
+  [[nodiscard]] double gridStart() const;
+  [[nodiscard]] std::optional<size_t> limit() const;
   std::shared_ptr<const Frame> read(size_t index);
 
   Source source_;
   VideoReaderOptions options_;
   MediaInfo info_;
+  Damage damage_;
   std::string soundFile_;
   std::shared_ptr<FramePool> pool_;
   std::vector<Cursor> cursors_;

@@ -17,8 +17,8 @@ class Settling {
 public:
   Settling(const RenderPlan &plan, const ChainSetup &setup, const Chain &chain,
            const std::vector<Input> &inputs, const Settled &settled)
-      : plan_(plan), setup_(setup), chain_(chain), inputs_(inputs), timeline_(settled.timeline),
-        span_(settled.span) {}
+      : plan_(plan), setup_(setup), chain_(chain), inputs_(inputs), settled_(settled),
+        timeline_(settled.timeline), span_(settled.span) {}
 
   OutputSetup settle() {
     WriterOptions &writing = out_.writing;
@@ -55,6 +55,13 @@ private:
   [[nodiscard]] const MediaInfo *infoOf(size_t input) const { return inputs_[input].info(); }
   [[nodiscard]] double startOf(size_t input) const { return setup_.inputs[input].start.value_or(0); }
 
+  /// Seconds that are rendered; 0 where only their end will tell.
+  [[nodiscard]] double spanDuration() const {
+    const MediaInfo *const leading = settled_.leading == nullptr ? nullptr : settled_.leading->info();
+    const bool told = leading != nullptr && !leading->guessed && leading->duration > 0;
+    return span_.openEnd && !told ? 0 : timeline_.timeOfFrame(span_.count);
+  }
+
   /// The first input that fits, of those that ffmpeg told of.
   template <class Fits> std::optional<size_t> firstThat(Fits fits) const {
     for (size_t i = 0; i < inputs_.size(); ++i)
@@ -69,7 +76,7 @@ private:
     Companion &from = out_.writing.companion;
     from.file = file(input);
     from.start = startOf(input) + timeline_.timeOfFrame(span_.first);
-    from.duration = span_.openEnd ? 0 : timeline_.timeOfFrame(span_.count);
+    from.duration = spanDuration();
     from.tags = true;
     from.subtitles = infoOf(input)->extras.subtitles;
     from.attachments = infoOf(input)->extras.attachments > 0;
@@ -130,7 +137,7 @@ private:
     from.file = plan_.output + ".sound";
     from.sound = true;
     from.start = timeline_.timeOfFrame(span_.first);
-    from.duration = span_.openEnd ? 0 : timeline_.timeOfFrame(span_.count);
+    from.duration = spanDuration();
     from.rawRate = infoOf(input)->sampleRate;
     from.rawChannels = infoOf(input)->channels;
     out_.soundStream = input;
@@ -244,6 +251,7 @@ private:
   const ChainSetup &setup_;
   const Chain &chain_;
   const std::vector<Input> &inputs_;
+  const Settled &settled_;
   const Timeline &timeline_;
   const Span &span_;
   const Format *format_ = nullptr; // none of raw bytes

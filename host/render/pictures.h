@@ -6,6 +6,7 @@
 #include "host/render/opacity.h"
 #include "host/render/settle.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -17,11 +18,13 @@ public:
   PictureLoop(Chain &chain, const Span &span, const Input *leading, Opacity &opacity)
       : chain_(chain), span_(span), leading_(leading), opacity_(opacity) {}
 
+  /// Whether there is a next picture, as far as can be told before it is rendered.
+  [[nodiscard]] bool goesOn() const;
   /// Renders the next picture into the writer; false where there is none.
   bool step(MediaWriter &writer);
   [[nodiscard]] uint64_t done() const { return done_; }
-  /// As many as are done where the end is open.
-  [[nodiscard]] uint64_t all() const { return span_.openEnd ? done_ : span_.count; }
+  /// As far as can be told.
+  [[nodiscard]] uint64_t all() const { return std::max(done_, span_.count); }
 
 private:
   Chain &chain_;

@@ -123,6 +123,9 @@ struct FromJson {
   static bool to(Rational &value, const Json &json) {
     return json.is_string() && assign(value, rationalIn(json.get<std::string>()));
   }
+  static bool to(InputPlan &value, const Json &json) {
+    return json.is_string() ? to(value.file, json) : to<InputPlan>(value, json);
+  }
   static bool to(Service &value, const Json &json) {
     return json.is_string() && assign(value, serviceNamed(json.get<std::string>()));
   }

@@ -22,7 +22,7 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
     : plan_(std::move(plan)), library_(std::move(library)), setup_(plan_, *library_) {
   checkOutput(plan_, setup_);
   for (const InputPlan &input : setup_.inputs)
-    inputs_.emplace_back(input.file, setup_.sound, plan_);
+    inputs_.emplace_back(input, setup_.sound, plan_);
   settled_ = setup_.sound ? settleSound(plan_, inputs_) : settlePictures(plan_, inputs_);
   for (Input &input : inputs_)
     input.bringTo(settled_.timeline);
@@ -31,19 +31,26 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
   writer_.emplace(plan_.output, output_.writing);
   if (!output_.voices.empty())
     crossfade_.emplace(output_.voices, output_.voiceSources, output_.soundTimeline, plan_.programs);
-  notes_ = chain_->notes();
-  notes_.insert(notes_.end(), output_.notes.begin(), output_.notes.end());
+  for (const std::string &line : chain_->notes())
+    note(line);
+  for (const Input &input : inputs_)
+    for (const std::string &line : input.notes())
+      note(line);
+  for (const std::string &line : output_.notes)
+    note(line);
 }
 
 void RenderJob::run(const Progress &progress) {
   if (setup_.sound) {
-    SoundLoop loop(*chain_, settled_.span, inputs_.empty() ? nullptr : &inputs_.front(), plan_);
+    SoundLoop loop(*chain_, settled_.span, settled_.leading, plan_);
     while (loop.step(*writer_))
       progress(loop.done(), loop.all());
   } else {
     runPictures(progress);
   }
   writer_->finish();
+  for (const Input &input : inputs_)
+    note(input.damage());
 }
 
 void RenderJob::runPictures(const Progress &progress) {
@@ -51,20 +58,19 @@ void RenderJob::runPictures(const Progress &progress) {
   if (output_.soundStream)
     inputs_[*output_.soundStream].pictures()->writeSoundTo(writer_->soundBeside());
   Opacity opacity(output_.watchAlpha, output_.forceOpaque);
-  PictureLoop loop(*chain_, settled_.span, inputs_.empty() ? nullptr : &inputs_.front(), opacity);
+  PictureLoop loop(*chain_, settled_.span, settled_.leading, opacity);
   uint64_t sample = output_.soundTimeline.sampleOfFrame(settled_.span.first);
   for (;;) {
     if (crossfade_) { // the sound of a picture comes before it
       const uint64_t end = output_.soundTimeline.sampleOfFrame(settled_.span.first + loop.done() + 1);
-      if (loop.done() < loop.all() || settled_.span.openEnd)
+      if (loop.goesOn())
         crossfade_->write(std::exchange(sample, end), end, *writer_);
     }
     if (!loop.step(*writer_))
       break;
     progress(loop.done(), loop.all());
   }
-  if (std::string note = opacityNote(plan_, output_, opacity); !note.empty())
-    notes_.push_back(std::move(note));
+  note(opacityNote(plan_, output_, opacity));
 }
 
 std::vector<std::string> RenderJob::commands() const {
@@ -80,6 +86,11 @@ std::vector<std::string> RenderJob::commands() const {
     add(crossfade_->commandLines());
   add(writer_->commandLines());
   return lines;
+}
+
+void RenderJob::note(const std::string &line) {
+  if (!line.empty() && known_.insert(line).second)
+    notes_.push_back(line);
 }
 
 std::vector<std::string> RenderJob::notes() { return std::exchange(notes_, {}); }

@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,7 @@ public:
 
 private:
   void runPictures(const Progress &progress);
+  void note(const std::string &line);
 
   RenderPlan plan_;
   std::shared_ptr<const EffectLibrary> library_;
@@ -52,6 +54,7 @@ private:
   std::optional<Crossfade> crossfade_;
   std::optional<MediaWriter> writer_;
   std::vector<std::string> notes_;
+  std::set<std::string> known_; ///< notes so far
 };
 
 } // namespace zol::host

@@ -22,21 +22,22 @@ size_t framesIn(double duration, Rational rate) {
   return frames < 1 ? 1 : static_cast<size_t>(frames);
 }
 
-/// Settles the timeline's duration and the span; 0 for an input's duration that is not known.
-void settleLength(const RenderPlan &plan, const std::vector<Input> &inputs, double inputDuration,
-                  Settled &settled) {
-  const bool stillsAlone =
-      !inputs.empty() && std::all_of(inputs.begin(), inputs.end(), [](const Input &input) {
-        return input.info() != nullptr && input.info()->still;
-      });
-  const bool still = MediaWriter::isStill(plan.output) ||
-                     (plan.output == "-" && stillsAlone && !plan.duration && !plan.frames);
+/// Settles the timeline's duration and the span. The first input that lasts leads: its length is theirs.
+void settleLength(const RenderPlan &plan, const std::vector<Input> &inputs, Settled &settled) {
+  const bool still = MediaWriter::isStill(plan.output);
   Timeline &timeline = settled.timeline;
+  const auto found = std::find_if(inputs.begin(), inputs.end(), [](const Input &input) {
+    return !input.isStill() || input.duration() > 0;
+  });
+  const Input *const leading = found == inputs.end() ? nullptr : &*found;
+  const double inputDuration = leading == nullptr ? 0 : leading->duration();
   timeline.duration = plan.duration.value_or(inputDuration);
   if (timeline.duration <= 0 && plan.frames)
     timeline.duration = timeline.timeOfFrame(plan.frames->second + 1);
-  if (timeline.duration <= 0)
-    timeline.duration = still ? timeline.timeOfFrame(1) : kDefaultDuration;
+  const bool known = timeline.duration > 0;
+  const bool onePicture = still || (plan.output == "-" && !inputs.empty() && leading == nullptr);
+  if (!known)
+    timeline.duration = onePicture ? timeline.timeOfFrame(1) : kDefaultDuration;
   const size_t all = framesIn(timeline.duration, timeline.rate);
   Span &span = settled.span;
   span.count = still ? 1 : all;
@@ -50,10 +51,12 @@ void settleLength(const RenderPlan &plan, const std::vector<Input> &inputs, doub
   }
   if (still && span.count != 1)
     throw HostError("\"" + plan.output + "\" holds a single picture; choose one with --frames N-N");
-  // What comes through a pipe is rendered to its end, unless the words say how long.
-  span.openEnd = !inputs.empty() && inputs.front().isStream() && inputDuration <= 0 && !plan.duration &&
-                 !plan.frames && !still &&
-                 (inputs.front().info() == nullptr || !inputs.front().info()->still);
+  if (leading == nullptr || leading->isStill() || plan.duration)
+    return;
+  settled.leading = leading;
+  span.openEnd = !plan.frames && !still;
+  if (span.openEnd && !known)
+    span.count = 0;
 }
 
 } // namespace
@@ -72,16 +75,23 @@ Settled settlePictures(const RenderPlan &plan, const std::vector<Input> &inputs)
     timeline.height = info->height;
     timeline.pixelAspect = info->pixelAspect;
   }
-  if (plan.size)
+  if (plan.size) {
+    const double shape = timeline.width * timeline.pixelAspect / timeline.height;
     std::tie(timeline.width, timeline.height) = *plan.size;
-  if (timeline.width < 1 || timeline.height < 1 || timeline.width > INT16_MAX || timeline.height > INT16_MAX)
+    const auto off = [&](double pixelAspect) {
+      return std::abs(std::log(timeline.width * pixelAspect / timeline.height / shape));
+    };
+    if (off(1) < off(timeline.pixelAspect)) // the size was told in square pixels
+      timeline.pixelAspect = 1;
+  }
+  if (!isPictureSize(timeline.width, timeline.height))
     throw HostError("a picture of " + std::to_string(timeline.width) + "x" + std::to_string(timeline.height) +
-                    " cannot be made; sides go from 1 to 32767");
+                    " cannot be made; sides go from 1 to 32767, and to 16255 where both are as long");
   const MediaInfo *moving = firstThat([](const MediaInfo &info) { return !info.still; });
   if (moving != nullptr)
     timeline.rate = moving->frameRate;
   timeline.rate = plan.rate.value_or(timeline.rate);
-  settleLength(plan, inputs, moving == nullptr ? 0 : moving->duration, settled);
+  settleLength(plan, inputs, settled);
   return settled;
 }
 
@@ -98,7 +108,7 @@ Settled settleSound(const RenderPlan &plan, const std::vector<Input> &inputs) {
   timeline.rate = plan.rate.value_or(timeline.rate);
   if (plan.block == 0)
     throw HostError("--block: a block has at least one sample frame");
-  settleLength(plan, inputs, info == nullptr ? 0 : info->duration, settled);
+  settleLength(plan, inputs, settled);
   return settled;
 }
 

@@ -12,13 +12,15 @@ namespace zol::host {
 
 /// The frames that are rendered, of those that the effects span.
 struct Span {
-  size_t first = 0, count = 1;
-  bool openEnd = false; ///< up to the end of the first input, wherever that is
+  size_t first = 0, count = 1; ///< 0 where nothing tells how many
+  bool openEnd = false; ///< `count` is what to expect; they end with the leading input, wherever that is
 };
 
 struct Settled {
   Timeline timeline;
   Span span;
+  /// The input with whose end the frames end; null where they end at a time that was named.
+  const Input *leading = nullptr;
 };
 
 // What the plan leaves open follows from the inputs, and what these leave open has a default. Throw HostError

@@ -6,6 +6,7 @@
 #include "host/model/text.h"
 #include "host/render/media_clip.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <utility>
@@ -76,20 +77,22 @@ std::string keepSound(const SlowMotionPlan &plan, const MediaInfo &info, bool st
 } // namespace
 
 std::vector<std::string> slowMotion(const SlowMotionPlan &plan, const Progress &progress) {
-  Source source(plan.input);
+  Source source(plan.input, {.playlists = plan.playlists});
   const MediaInfo info = source.look(plan.programs);
   if (!info.hasVideo || info.still)
     throw HostError("\"" + plan.input + "\" holds no moving pictures");
-  VideoReader reader(std::move(source), VideoReaderOptions{.programs = plan.programs});
+  VideoReader reader(std::move(source), VideoReaderOptions{.strict = plan.strict, .programs = plan.programs});
   const Rational rate = reader.rate();
-  const double frames = std::round(info.duration * rate.value());
-  if (!(plan.factor >= 1) || !(frames >= 1) || frames * plan.factor > 1e9)
-    throw HostError("a clip of " + std::to_string(info.duration) + " s cannot be slowed down by that factor");
+  const auto slowed = [&](double frames) { return static_cast<size_t>(std::round(frames * plan.factor)); };
+  const double expected = std::round(info.duration * rate.value());
+  if (!(plan.factor >= 1) || expected * plan.factor > 1e9)
+    throw HostError("a clip of " + numberText(info.duration) + " s cannot be slowed down by that factor");
 
   WriterOptions writing;
   writing.width = reader.width();
   writing.height = reader.height();
   writing.rate = rate;
+  writing.pixelAspect = nearestRational(info.pixelAspect);
   writing.overwrite = plan.overwrite;
   writing.alpha = info.alpha;
   writing.programs = plan.programs;
@@ -103,17 +106,21 @@ std::vector<std::string> slowMotion(const SlowMotionPlan &plan, const Progress &
   // Behind the clip's end there is no frame to move towards.
   VideoClip clip(reader, VideoClip::BehindEnd::nothing);
   SlowMotionClip slow(clip, {reader.width(), reader.height(), rate, plan.fields}, plan.method);
-  const auto all = static_cast<size_t>(std::round(frames * plan.factor));
-  for (size_t i = 0; i < all; ++i) {
+  for (size_t i = 0;; ++i) {
     const double time = static_cast<double>(i) / plan.factor / rate.value();
     const pic *picture = slow.frame(time, writing.width, writing.height);
+    const auto frames = reader.frameCount();
+    if (frames && i >= slowed(static_cast<double>(*frames)))
+      break;
     if (picture == nullptr)
       throw HostError("\"" + plan.input + "\" has no frame at " + numberText(time) + " s");
     writer.writeFrame(picture->Pixels);
     slow.release();
-    progress(i + 1, all);
+    progress(i + 1, std::max(i + 1, slowed(expected)));
   }
   writer.finish();
+  if (!reader.damage().empty())
+    notes.push_back(reader.damage());
   return notes;
 }
 

@@ -54,12 +54,13 @@ struct SlowMotionPlan {
   bool overwrite = false;
   bool noSound = false;
   EncodingChoice encoding;
+  bool strict = false;    ///< whether a damaged clip is an error
+  bool playlists = false; ///< whether the clip may name other files to be read in its place
   MediaPrograms programs;
 };
 
-/// Writes the clip `factor` times as long at its own frame rate, its sound stretched to that length as far as
-/// it bears it. Throws HostError with one clear line; the output appears whole or not at all. What is left
-/// out, a line each.
+/// Writes the clip `factor` times as long at its own frame rate, without its sound. Throws HostError with one
+/// clear line; the output appears whole or not at all. Tells what is damaged, a line each.
 std::vector<std::string> slowMotion(const SlowMotionPlan &plan, const Progress &progress);
 
 } // namespace zol::host

@@ -9,8 +9,9 @@ SoundLoop::SoundLoop(Chain &chain, const Span &span, const Input *leading, const
     : chain_(chain), leading_(leading), block_(plan.block), openEnd_(span.openEnd), frame_(span.first),
       first_(chain.timeline().sampleOfFrame(span.first)), at_(first_) {
   const Timeline &timeline = chain.timeline();
-  end_ = plan.frames ? timeline.sampleOfFrame(span.first + span.count)
-                     : static_cast<uint64_t>(std::floor(timeline.duration * timeline.sampleRate + 0.5));
+  end_ = span.count == 0 ? 0
+         : plan.frames   ? timeline.sampleOfFrame(span.first + span.count)
+                         : static_cast<uint64_t>(std::floor(timeline.duration * timeline.sampleRate + 0.5));
 }
 
 /// Where the block that begins now ends.
@@ -22,20 +23,20 @@ uint64_t SoundLoop::nextStop() {
 }
 
 bool SoundLoop::step(MediaWriter &writer) {
-  if (!openEnd_ && at_ >= end_)
+  if (at_ >= end_ && !(openEnd_ && leading_->reaches(at_)))
     return false;
   const uint64_t stop = nextStop();
   const auto samples =
       chain_.sound(chain_.timeline().timeOfSample(at_), chain_.timeline().timeOfSample(stop));
   uint64_t frames = samples->record()->Frames;
-  if (openEnd_)
+  if (leading_ != nullptr)
     if (const auto length = leading_->length())
       frames = std::min(frames, *length - std::min(*length, at_));
   if (frames > 0)
     writer.writeSamples(samples->record()->Samples, static_cast<size_t>(frames));
   chain_.release();
   at_ = stop;
-  return !openEnd_ || frames > 0;
+  return frames > 0;
 }
 
 } // namespace zol::host

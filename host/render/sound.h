@@ -5,6 +5,7 @@
 #include "host/render/chain.h"
 #include "host/render/settle.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -21,7 +22,7 @@ public:
   bool step(MediaWriter &writer);
   /// In sample frames.
   [[nodiscard]] uint64_t done() const { return at_ - first_; }
-  [[nodiscard]] uint64_t all() const { return openEnd_ ? done() : end_ - first_; }
+  [[nodiscard]] uint64_t all() const { return std::max(at_, end_) - first_; }
 
 private:
   uint64_t nextStop();

@@ -1,5 +1,7 @@
 // Renders: plans as data, what effects find in the context, clips made of clips.
 
+#include "host/media/audio_reader.h"
+#include "host/media/process.h"
 #include "host/media/writer.h"
 #include "host/model/error.h"
 #include "host/render/plan.h"
@@ -62,6 +64,8 @@ TEST(RenderPlan, GoesToJsonAndBack) {
   EXPECT_EQ(planFromJson(nlohmann::json::parse(json.dump())), plan);
   EXPECT_EQ(json["rate"], "30000/1001");
   EXPECT_EQ(json["faults"][0]["service"], "PicCreate");
+  EXPECT_EQ(planFromJson(nlohmann::json::parse(R"({"stages":[{"inputs":["a.mov"]}]})")).stages[0].inputs[0],
+            (InputPlan{"a.mov", {}, {}}));
   // Every member is told apart: leaving it out is another plan.
   for (const auto &[name, value] : json.items()) {
     nlohmann::json less = json;
@@ -84,6 +88,7 @@ TEST(RenderPlan, RefusesWhatIsNone) {
       {R"({"stages":{}})", "\"stages\""},
       {R"({"stages":[{"effect":7}]})", "\"effect\" cannot be 7"},
       {R"({"faults":[{"service":"PicMake"}]})", "\"service\" cannot be \"PicMake\""},
+      {R"({"stages":[{"inputs":[{"file":"a","start":"1"}]}]})", "\"start\" cannot be \"1\""},
       {R"({"outptu":"x"})", "no \"outptu\"; did you mean \"output\"?"},
   };
   for (const auto &[text, reason] : cases) {
@@ -244,6 +249,69 @@ TEST_F(Rendering, LooksIntoEachFileOnceAndKeepsItsRate) {
   for (size_t i = 0; i < 9; ++i)
     EXPECT_EQ(out.at(i)->pixels[0], i);
   EXPECT_EQ(job.commands().size(), 3U);
+}
+
+TEST_F(Rendering, TakesPartsOfItsInputs) {
+  const std::string all = clip("all.nut", 10, 30); // each frame of its number's grey
+  const auto greys = [&](const InputPlan &input, std::optional<Rational> rate = {}) {
+    plan_.stages = {{"copy", {input}, {}}};
+    plan_.output = path("part.nut");
+    plan_.rate = rate;
+    RenderJob(plan_).run([](uint64_t, uint64_t) {});
+    VideoReader part(path("part.nut"), {});
+    std::vector<int> values;
+    for (size_t i = 0; part.reaches(i); ++i)
+      values.push_back(part.at(i)->pixels[0]);
+    return values;
+  };
+  EXPECT_EQ(greys({all, {}, {}}).size(), 30U);
+  EXPECT_EQ(greys({all, 0.5, 0.9}), (std::vector<int>{5, 6, 7, 8}));
+  EXPECT_EQ(greys({all, 2.7, {}}), (std::vector<int>{27, 28, 29}));
+  EXPECT_EQ(greys({all, 2.8, 99}), (std::vector<int>{28, 29}));
+  EXPECT_EQ(greys({all, 0.52, 0.8}), (std::vector<int>{5, 6, 7})) << "between two pictures";
+  EXPECT_EQ(greys({all, 1, 1.3}, 20), (std::vector<int>{10, 10, 11, 11, 12, 12}));
+  EXPECT_EQ(greys({all, 1, 1.5}, 5), (std::vector<int>{10, 12, 14}));
+  EXPECT_NE(errorOf([&] { greys({all, 3, 4}); }).find("ends before 3 s"), std::string::npos);
+  EXPECT_NE(errorOf([&] { greys({all, 2, 2}); }).find("before it begins"), std::string::npos);
+  // A still lasts as long as it is told.
+  clip("still.png", 10, 1);
+  EXPECT_EQ(greys({path("still.png"), 0, 0.5}, 10).size(), 5U);
+}
+
+TEST_F(Rendering, TakesPartsOfSound) {
+  WriterOptions options;
+  options.sampleRate = 8000;
+  options.channels = 1;
+  std::vector<float> ramp(8000);
+  for (size_t i = 0; i < ramp.size(); ++i)
+    ramp[i] = static_cast<float>(i);
+  MediaWriter writer(path("ramp.wav"), options);
+  writer.writeSamples(ramp.data(), ramp.size());
+  writer.finish();
+  plan_.stages = {{"simple audio switcher", {{path("ramp.wav"), 0.25, 0.75}}, {}}};
+  plan_.output = path("part.wav");
+  RenderJob(plan_).run([](uint64_t, uint64_t) {});
+  AudioReader part(path("part.wav"), {});
+  std::vector<float> samples(8000);
+  ASSERT_EQ(part.read(0, 8000, samples.data()), 4000U);
+  samples.resize(4000);
+  EXPECT_EQ(samples, std::vector<float>(ramp.begin() + 2000, ramp.begin() + 6000));
+}
+
+TEST_F(Rendering, KeepsThePixelAspectOfAShapeThatStays) {
+  Process ffmpeg({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "color=s=72x58:d=0.1", "-vf", "setsar=64/45",
+                  path("wide.mkv")});
+  ASSERT_EQ(ffmpeg.wait(), 0);
+  const struct {
+    std::optional<std::pair<int, int>> size;
+    double aspect;
+  } cases[] = {{{}, 64 / 45.0}, {{{36, 29}}, 64 / 45.0}, {{{102, 58}}, 1}};
+  for (const auto &[size, aspect] : cases) {
+    plan_.size = size;
+    std::vector<Input> inputs;
+    inputs.emplace_back(InputPlan{path("wide.mkv"), {}, {}}, false, plan_);
+    EXPECT_EQ(settlePictures(plan_, inputs).timeline.pixelAspect, aspect);
+  }
 }
 
 } // namespace

@@ -1,0 +1,21 @@
+// Pictures in files of their own that a number in the name counts: shot%04d.png.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace zol::host {
+
+struct PictureSequence {
+  std::string pattern; ///< For ffmpeg: with one %0Nd, every other percent sign doubled.
+  int first = 0;       ///< The lowest number that there is a file of.
+  int count = 0;       ///< Files from there on without a gap.
+  std::string firstFile;
+  bool goesOn = false; ///< Whether there are files behind the gap.
+};
+
+/// The files of a name with one %d or %0Nd in its last part. Nothing where the name has none, or no file
+/// fits.
+std::optional<PictureSequence> sequenceNamed(const std::string &name);
+
+} // namespace zol::host
