@@ -21,7 +21,7 @@ struct RenderWords {
   std::string size, frames;
   std::string rate;
   double duration = 0;
-  unsigned sampleRate = 0, channels = 0;
+  unsigned sampleRate = 0, channels = 0, threads = 0;
   size_t block = 0;
   std::vector<std::string> faults;
   bool noAlpha = false, dryRun = false, quiet = false;
@@ -80,7 +80,23 @@ void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
   app.add_option("--block", words.block, "Sample frames a block of sound, by default a video frame's worth")
       ->check(CLI::Range(size_t{1}, size_t{1} << 24));
   app.add_flag("--real-time", words.plan.realTime, "Use the real-time callback where the effect has one");
-  app.add_flag("--no-alpha", words.noAlpha, "Leave the alpha channel out of the output");
+  app.add_option("--alpha", words.plan.alpha,
+                 "Alpha of the output: as the inputs have it, kept wherever the format can, or left out")
+      ->check(CLI::IsMember({"auto", "keep", "drop"}).description(""))
+      ->type_name("auto|keep|drop");
+  app.add_flag("--no-alpha", words.noAlpha, "Leave the alpha channel out of the output: --alpha drop");
+  app.add_option("--codec", words.plan.codec, "How pictures are coded, such as h264, hevc, av1, prores, ffv1")
+      ->type_name("NAME");
+  app.add_option("--quality", words.plan.quality, "Size against faithfulness")
+      ->check(CLI::IsMember({"draft", "good", "best", "lossless"}).description(""))
+      ->type_name("draft|good|best|lossless");
+  app.add_option("--pixel-format", words.plan.pixelFormat, "As ffmpeg names them, such as yuv420p")
+      ->type_name("NAME");
+  app.add_flag("--an", words.plan.noSound, "Leave sound out of the output");
+  app.add_flag("--vn", words.plan.noPictures, "Leave pictures out of the output");
+  app.add_flag("--strict", words.plan.strict, "Damaged input is an error");
+  app.add_flag("--playlists", words.plan.playlists, "Inputs may be playlists, which name other files");
+  app.add_option("--threads", words.threads, "Threads to work with")->check(CLI::Range(1U, 256U));
   app.add_option("--fault", words.faults,
                  "Let a host service fail at its n-th call, such as PicCreate@1; IsAborted@n\n"
                  "stops the render at its n-th poll")
@@ -93,7 +109,9 @@ void addOptions(CLI::App &app, RenderWords &words, StageWords &stage) {
              "input of\n"
              "the next:\n"
              "  zol render deinterlace -i tape.avi ! blur --set Blurriness=0.02 -o soft.mp4\n"
-             "  zol render mix -i a.jpg -i b.jpg -o half.png --set Transition=0.5");
+             "  zol render mix -i a.jpg -i b.jpg -o half.png --set Transition=0.5\n"
+             "Words behind \"--\" go to the ffmpeg that writes the output:\n"
+             "  zol render blur -i a.mp4 -o b.mp4 -- -c:v libx264 -preset veryfast");
 }
 
 std::pair<int, int> sizeIn(const std::string &text) {
@@ -124,7 +142,9 @@ host::PlannedFault faultIn(const std::string &text) {
 }
 
 host::StagePlan planOf(const StageWords &words) {
-  host::StagePlan plan{words.effect, words.inputs, {}};
+  host::StagePlan plan{words.effect, {}, {}};
+  for (const std::string &file : words.inputs)
+    plan.inputs.push_back({file, {}, {}});
   for (const std::string &setting : words.settings) {
     const size_t sign = setting.find('=');
     if (sign == setting.npos || sign == 0)
@@ -154,7 +174,9 @@ void execute(RenderWords &words) {
   plan.sampleRate = given(words.sampleRate);
   plan.channels = given(words.channels);
   plan.block = given(words.block);
-  plan.keepAlpha = !words.noAlpha;
+  plan.threads = given(words.threads);
+  if (words.noAlpha)
+    plan.alpha = "drop";
   std::transform(words.faults.begin(), words.faults.end(), std::back_inserter(plan.faults), faultIn);
   host::RenderJob job(plan);
   for (const std::string &note : job.notes())
@@ -177,8 +199,15 @@ void addRender(CLI::App &zol) {
   zol.add_subcommand("render", "Render an effect, or a chain of them, over files into a file");
 }
 
-void runRender(const std::vector<std::string> &words) {
+void runRender(const std::vector<std::string> &given) {
   RenderWords all;
+  const auto encoderWords = std::find(given.begin(), given.end(), "--");
+  if (encoderWords != given.end())
+    all.plan.encoderWords.assign(encoderWords + 1, given.end());
+  std::vector<std::string> words(given.begin(), encoderWords);
+  for (std::string &word : words)
+    if (word == "-an" || word == "-vn") // as ffmpeg has them
+      word.insert(0, 1, '-');
   auto first = words.begin();
   for (;;) {
     const auto end = std::find(first, words.end(), "!");

@@ -32,15 +32,15 @@ ChainSetup::ChainSetup(const RenderPlan &plan, const EffectLibrary &library) {
                       "\" cannot be chained: one makes pictures, the other sound");
   }
   for (size_t i = 0; i < stages.size(); ++i)
-    for (const std::string &file : plan.stages[i].inputs) {
-      stages[i].inputs.push_back(files.size());
-      files.push_back(file);
+    for (const InputPlan &input : plan.stages[i].inputs) {
+      stages[i].inputs.push_back(inputs.size());
+      inputs.push_back(input);
     }
   for (size_t i = 0; i < stages.size(); ++i)
     for (const auto &setting : plan.stages[i].settings)
       if (const int field = inputFieldNamed(*stages[i].effect, setting.first); field >= 0) {
-        stages[i].assignments.push_back({field, files.size()});
-        files.push_back(setting.second);
+        stages[i].assignments.push_back({field, inputs.size()});
+        inputs.push_back({setting.second, {}, {}});
       } else {
         stages[i].settings.push_back(setting);
       }

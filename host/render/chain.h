@@ -34,7 +34,7 @@ struct ChainSetup {
 
   bool sound = false; ///< whether the effects make sound rather than pictures
   std::vector<StageSetup> stages;
-  std::vector<std::string> files; ///< one an input, in the order in which they are opened
+  std::vector<InputPlan> inputs; ///< in the order in which they are opened
 };
 
 /// Renders any time in any order. Has instances of its own and borrows the inputs, which outlive it.

@@ -30,6 +30,12 @@ template <Is<MediaPrograms> Programs, class Visit> void forEachMember(Programs &
   visit("ffprobe", programs.ffprobe);
 }
 
+template <Is<InputPlan> Input, class Visit> void forEachMember(Input &input, Visit visit) {
+  visit("file", input.file);
+  visit("start", input.start);
+  visit("end", input.end);
+}
+
 template <Is<StagePlan> Stage, class Visit> void forEachMember(Stage &stage, Visit visit) {
   visit("effect", stage.effect);
   visit("inputs", stage.inputs);
@@ -50,7 +56,16 @@ template <Is<RenderPlan> Plan, class Visit> void forEachMember(Plan &plan, Visit
   visit("block", plan.block);
   visit("realTime", plan.realTime);
   visit("overwrite", plan.overwrite);
-  visit("keepAlpha", plan.keepAlpha);
+  visit("alpha", plan.alpha);
+  visit("codec", plan.codec);
+  visit("quality", plan.quality);
+  visit("pixelFormat", plan.pixelFormat);
+  visit("encoderWords", plan.encoderWords);
+  visit("noSound", plan.noSound);
+  visit("noPictures", plan.noPictures);
+  visit("strict", plan.strict);
+  visit("playlists", plan.playlists);
+  visit("threads", plan.threads);
   visit("faults", plan.faults);
   visit("programs", plan.programs);
 }

@@ -22,9 +22,18 @@ struct PlannedFault {
   bool operator==(const PlannedFault &) const = default;
 };
 
+/// A file, or the part of it from `start` on and before `end`, in seconds.
+struct InputPlan {
+  std::string file;
+  std::optional<double> start, end;
+
+  bool operator==(const InputPlan &) const = default;
+};
+
 struct StagePlan {
   std::string effect;
-  std::vector<std::string> inputs; ///< files, in field order; behind the first stage after the chain's input
+  std::vector<InputPlan>
+      inputs; ///< in field order; behind the first stage for the fields that the chain leaves
   std::vector<std::pair<std::string, std::string>> settings; ///< field and value; an input field takes a file
 
   bool operator==(const StagePlan &) const = default;
@@ -43,7 +52,13 @@ struct RenderPlan {
   std::optional<size_t> block; ///< sample frames a block of sound
   bool realTime = false;
   bool overwrite = false;
-  bool keepAlpha = true;
+  std::string alpha = "auto";               ///< auto, keep or drop
+  std::string codec, quality, pixelFormat;  ///< of the output's pictures; empty: what suits its format
+  std::vector<std::string> encoderWords;    ///< handed to the writing ffmpeg as they are
+  bool noSound = false, noPictures = false; ///< leave them out of the output
+  bool strict = false;                      ///< damaged input is an error
+  bool playlists = false;                   ///< inputs may name other files
+  std::optional<unsigned> threads;
   std::vector<PlannedFault> faults;
   MediaPrograms programs;
 

@@ -14,8 +14,8 @@ RenderJob::RenderJob(RenderPlan plan)
       library_(plan_.library.empty() ? EffectLibrary::defaultFile() : plan_.library, plan_.host),
       setup_(plan_, library_) {
   checkOutput();
-  for (const std::string &file : setup_.files)
-    inputs_.emplace_back(file, setup_.sound, plan_);
+  for (const InputPlan &input : setup_.inputs)
+    inputs_.emplace_back(input.file, setup_.sound, plan_);
   settled_ = setup_.sound ? settleSound(plan_, inputs_) : settlePictures(plan_, inputs_);
   for (Input &input : inputs_)
     input.bringTo(settled_.timeline);
@@ -48,7 +48,7 @@ WriterOptions RenderJob::writerOptions() const {
   options.width = timeline.width;
   options.height = timeline.height;
   options.rate = timeline.rate;
-  options.alpha = plan_.keepAlpha;
+  options.alpha = plan_.alpha != "drop";
   const auto withSound = std::find_if(inputs_.begin(), inputs_.end(), [](const Input &input) {
     return !input.isStream() && input.info()->hasAudio;
   });

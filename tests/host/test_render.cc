@@ -35,8 +35,9 @@ TEST(RenderPlan, GoesToJsonAndBack) {
   EXPECT_EQ(planFromJson(toJson({})), RenderPlan());
   EXPECT_EQ(planFromJson(nlohmann::json::object()), RenderPlan());
   RenderPlan plan;
-  plan.stages = {{"blur", {"a.png", "-"}, {{"Blurriness", "0=1;1=0"}, {"Blurriness", "2"}}},
-                 {"copy", {}, {}}};
+  plan.stages = {
+      {"blur", {{"a.png", 0.5, 2.0}, {"-", {}, {}}}, {{"Blurriness", "0=1;1=0"}, {"Blurriness", "2"}}},
+      {"copy", {}, {}}};
   plan.output = "o\"ut\n.mkv";
   plan.library = "lib.so";
   plan.host = "Quorbel";
@@ -48,7 +49,13 @@ TEST(RenderPlan, GoesToJsonAndBack) {
   plan.channels = 3;
   plan.block = 777;
   plan.realTime = plan.overwrite = true;
-  plan.keepAlpha = false;
+  plan.alpha = "drop";
+  plan.codec = "ffv1";
+  plan.quality = "best";
+  plan.pixelFormat = "yuv444p";
+  plan.encoderWords = {"-preset", "slow"};
+  plan.noSound = plan.noPictures = plan.strict = plan.playlists = true;
+  plan.threads = 2;
   plan.faults = {{Service::PicCreate, 2}, {Service::IsAborted, 1}};
   plan.programs = {"/a/ffmpeg", "/b/ffprobe"};
   const nlohmann::json json = toJson(plan);
@@ -220,7 +227,9 @@ TEST_F(Rendering, LooksIntoEachFileOnceAndKeepsItsRate) {
   std::ofstream(path("probe")) << "#!/bin/sh\necho >> " << path("probed") << "\nexec ffprobe \"$@\"\n";
   fs::permissions(path("probe"), fs::perms::owner_all);
   plan_.programs.ffprobe = path("probe");
-  plan_.stages = {{"mix", {clip("a.nut", {30000, 1001}, 9), clip("b.nut", 10, 2)}, {{"Transition", "0"}}}};
+  plan_.stages = {{"mix",
+                   {{clip("a.nut", {30000, 1001}, 9), {}, {}}, {clip("b.nut", 10, 2), {}, {}}},
+                   {{"Transition", "0"}}}};
   plan_.output = path("out.nut");
   plan_.duration = timeOf(9, {30000, 1001});
   RenderJob job(planFromJson(toJson(plan_)));
