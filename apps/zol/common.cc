@@ -2,15 +2,19 @@
 
 #include "host/script/library.h"
 
+#include <nlohmann/json.hpp>
+
 #include <chrono>
 #include <cstdio>
 #include <regex>
+#include <set>
 #include <unistd.h>
+#include <utility>
 
 namespace zol::command {
 
-void HostOptions::addTo(CLI::App &app) {
-  app.add_option("--host", host, "Identity that the host shows to the library (Halvenor, Quorbel, ...)")
+void addHostOptions(CLI::App &app, std::string &identity, std::string &library) {
+  app.add_option("--host", identity, "Identity that the host shows to the library (Halvenor, Quorbel, ...)")
       ->type_name("NAME")
       ->capture_default_str();
   app.add_option("--library", library, "Effects library to load instead of the one beside this program")
@@ -30,22 +34,93 @@ std::string plainText(const std::string &marked) {
   return std::regex_replace(text, code, "");
 }
 
+std::string printable(const std::string &text) {
+  std::string result;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+    const bool isC1 = byte == 0xC2 && next >= 0x80 && next < 0xA0;
+    if (byte >= 0x20 && byte != 0x7F && !isC1) {
+      result += text[i];
+      continue;
+    }
+    char code[5];
+    std::snprintf(code, sizeof code, "\\x%02x", isC1 ? next : byte);
+    result += code;
+    i += isC1;
+  }
+  return result;
+}
+
+// ---- What is told on stderr ----
+
+namespace {
+
+bool tellsJson = false; // errors are told by main, which knows no command's options
+
+void tellObject(const nlohmann::json &object) {
+  std::fprintf(stderr, "%s\n", object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+}
+
+} // namespace
+
+void TellingOptions::addTo(CLI::App &app) {
+  app.add_flag("--quiet", quiet, "Neither progress nor notes on stderr");
+  app.add_option_function<std::string>(
+         "--progress",
+         [this](const std::string &text) {
+           if (text != "line" && text != "json")
+             throw CLI::ValidationError("--progress takes line or json, not \"" + text + '"');
+           tellsJson = json = text == "json";
+         },
+         "How progress, notes and errors are told on stderr: as text, or as a JSON object a line with "
+         "done, all, seconds, fps; or note; or error")
+      ->type_name("line|json");
+}
+
+void tellNote(const TellingOptions &telling, const std::string &line) {
+  static std::set<std::string> told;
+  if (telling.quiet || !told.insert(line).second)
+    return;
+  if (telling.json)
+    tellObject({{"note", line}});
+  else
+    std::fprintf(stderr, "zol: note: %s\n", printable(line).c_str());
+}
+
+void tellError(const std::string &line) {
+  if (tellsJson)
+    tellObject({{"error", line}});
+  else
+    std::fprintf(stderr, "zol: %s\n", printable(line).c_str());
+}
+
 struct ProgressLine::State {
   using Clock = std::chrono::steady_clock;
 
   const char *unit;
+  bool json;
   Clock::time_point started = Clock::now();
   Clock::time_point shown{};
   bool visible = false;
+  uint64_t done = 0, all = 0;
+
+  [[nodiscard]] double seconds() const {
+    return std::chrono::duration<double>(Clock::now() - started).count();
+  }
+  [[nodiscard]] double rate() const { return seconds() > 0 ? static_cast<double>(done) / seconds() : 0; }
+  [[nodiscard]] nlohmann::json object() const {
+    return {{"done", done}, {"all", all}, {"seconds", seconds()}, {"fps", rate()}};
+  }
 };
 
-ProgressLine::ProgressLine(const char *unit, bool quiet) {
-  if (!quiet && isatty(STDERR_FILENO) == 1)
-    state_.reset(new State{unit});
+ProgressLine::ProgressLine(const char *unit, const TellingOptions &telling) {
+  if (!telling.quiet && (telling.json || isatty(STDERR_FILENO) == 1))
+    state_.reset(new State{unit, telling.json});
 }
 
 ProgressLine::~ProgressLine() {
-  if (state_ != nullptr && state_->visible)
+  if (state_ != nullptr && !state_->json && state_->visible)
     std::fputs("\r\033[K", stderr);
 }
 
@@ -53,19 +128,32 @@ void ProgressLine::show(uint64_t done, uint64_t all) {
   using namespace std::chrono_literals;
   if (state_ == nullptr)
     return;
+  state_->done = done;
+  const bool openEnd = std::exchange(state_->all, all) != all;
   const auto now = State::Clock::now();
-  if (state_->visible && now - state_->shown < 100ms && done < all)
+  if (state_->visible && now - state_->shown < 100ms && (done < all || openEnd))
     return;
   state_->shown = now;
   state_->visible = true;
-  const double seconds = std::chrono::duration<double>(now - state_->started).count();
-  const double rate = seconds > 0 ? static_cast<double>(done) / seconds : 0;
+  if (state_->json) {
+    tellObject(state_->object());
+    return;
+  }
+  const double rate = state_->rate();
   const double left = rate > 0 ? static_cast<double>(all - done) / rate : 0;
   constexpr int kCells = 24;
   const int filled = all == 0 ? kCells : static_cast<int>(kCells * done / all);
   std::fprintf(stderr, "\r[%.*s%*s] %llu/%llu %s, %.0f a second, %.0f s left \033[K", filled,
                "########################", kCells - filled, "", static_cast<unsigned long long>(done),
                static_cast<unsigned long long>(all), state_->unit, rate, left);
+}
+
+void ProgressLine::finish() {
+  if (state_ == nullptr || !state_->json)
+    return;
+  nlohmann::json object = state_->object();
+  object["finished"] = true;
+  tellObject(object);
 }
 
 } // namespace zol::command

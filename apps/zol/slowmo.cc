@@ -13,7 +13,7 @@ void addSlowmo(CLI::App &zol) {
   using Fields = host::FieldOrder;
   CLI::App *app = zol.add_subcommand("slowmo", "Slow a clip down and make the frames between");
   const auto plan = std::make_shared<host::SlowMotionPlan>();
-  const auto quiet = std::make_shared<bool>(false);
+  const auto telling = std::make_shared<TellingOptions>();
   app->add_option("input", plan->input, "The clip")->type_name("FILE")->required();
   app->add_option("-o", plan->output, "Output file, its format told by its name")
       ->type_name("FILE")
@@ -33,11 +33,12 @@ void addSlowmo(CLI::App &zol) {
       ->transform(CLI::CheckedTransformer(fields).description(""))
       ->type_name("top|bottom");
   app->add_flag("-y", plan->overwrite, "Replace the output file if it exists");
-  app->add_flag("--quiet", *quiet, "No progress on stderr");
+  telling->addTo(*app);
   app->footer("Example:\n  zol slowmo clip.mp4 -o slow.mp4 --factor 4 --method vector");
   app->callback([=] {
-    ProgressLine progress("frames", *quiet);
+    ProgressLine progress("frames", *telling);
     host::slowMotion(*plan, [&](uint64_t done, uint64_t all) { progress.show(done, all); });
+    progress.finish();
   });
 }
 

@@ -70,10 +70,30 @@ VideoReader::VideoReader(Source source, VideoReaderOptions options)
 
 VideoReader::~VideoReader() = default;
 
-void VideoReader::scaleTo(int width, int height) {
-  checkSize(source_, width, height);
-  options_.width = width;
-  options_.height = height;
+void VideoReader::scaleTo(const Raster &raster, Fit fit) {
+  checkSize(source_, raster.width, raster.height);
+  options_.width = raster.width;
+  options_.height = raster.height;
+  options_.pixelAspect = raster.pixelAspect;
+  options_.fit = fit;
+}
+
+/// The filters that make frames of pictures.
+std::string VideoReader::scaling() const {
+  const auto [width, height] =
+      fittedSize({info_.width, info_.height, info_.pixelAspect},
+                 {options_.width, options_.height, options_.pixelAspect}, options_.fit);
+  std::string filters = "scale=" + std::to_string(width) + ":" + std::to_string(height) +
+                        ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp";
+  if (info_.untaggedHd)
+    filters += ":in_color_matrix=bt709";
+  filters += ",format=bgra";
+  if (width == options_.width && height == options_.height)
+    return filters;
+  const std::string whole = std::to_string(options_.width) + ":" + std::to_string(options_.height);
+  return filters + (options_.fit == Fit::crop
+                        ? ",crop=" + whole + ":exact=1"
+                        : ",pad=" + whole + ":(ow-iw)/2:(oh-ih)/2:black@" + (info_.alpha ? "0" : "1"));
 }
 
 /// Times stay those of the file, counted from its beginning (-copyts -start_at_zero), and after a seek all
@@ -101,11 +121,7 @@ std::vector<std::string> VideoReader::arguments(size_t first) const {
     if (first > 0)
       filters += "trim=start_frame=" + std::to_string(first) + ",";
   }
-  filters += "scale=" + std::to_string(options_.width) + ":" + std::to_string(options_.height) +
-             ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp";
-  if (info_.untaggedHd)
-    filters += ":in_color_matrix=bt709";
-  add({"-vf", filters + ",format=bgra", "-fps_mode", "passthrough"});
+  add({"-vf", filters + scaling(), "-fps_mode", "passthrough"});
   if (info_.still)
     add({"-frames:v", "1"});
   add({"-f", "rawvideo", "-pix_fmt", "bgra", "pipe:1"});

@@ -1,6 +1,7 @@
 // Frames of a video or still file, streamed through an ffmpeg child.
 #pragma once
 
+#include "host/media/fit.h"
 #include "host/media/probe.h"
 #include "host/media/process.h"
 #include "host/media/source.h"
@@ -25,12 +26,14 @@ struct Frame {
 };
 
 struct VideoReaderOptions {
-  int width = 0; ///< 0 with height 0: the file's own size. Otherwise the pictures are scaled to fill it.
+  int width = 0; ///< 0 with height 0: the file's own size. Otherwise the pictures are brought to it by `fit`.
   int height = 0;
-  Rational rate = 0; ///< Frames per second; 0: the file's own average rate (25 for stills).
-  double start = 0;  ///< Time within the file of frame 0, in seconds.
-  size_t window = 4; ///< Frames kept for going back, at least 1.
-  bool raw = false;  ///< The bytes are raw BGRA frames of rawWidth by rawHeight at rawRate.
+  Fit fit = Fit::stretch;
+  double pixelAspect = 1; ///< of the pictures that `fit` gives
+  Rational rate = 0;      ///< Frames per second; 0: the file's own average rate (25 for stills).
+  double start = 0;       ///< Time within the file of frame 0, in seconds.
+  size_t window = 4;      ///< Frames kept for going back, at least 1.
+  bool raw = false;       ///< The bytes are raw BGRA frames of rawWidth by rawHeight at rawRate.
   int rawWidth = 0;
   int rawHeight = 0;
   Rational rawRate = 25;
@@ -58,8 +61,8 @@ public:
   [[nodiscard]] int height() const { return options_.height; }
   [[nodiscard]] Rational rate() const { return options_.rate; }
 
-  /// Has all pictures scaled to fill this size; to be called before the first at().
-  void scaleTo(int width, int height);
+  /// Has all pictures brought to this size; to be called before the first at().
+  void scaleTo(const Raster &raster, Fit fit);
 
   /// The frame shown at `start + index / rate`; the last one for every index behind the end; a still always.
   /// The same index gives the same bytes in any order of calls. Next frames and those of the window are
@@ -75,6 +78,7 @@ public:
 
 private:
   [[nodiscard]] std::vector<std::string> arguments(size_t first) const;
+  [[nodiscard]] std::string scaling() const;
   void open(size_t first);
   bool readNext();
   void findEnd(size_t behind);

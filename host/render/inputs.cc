@@ -9,7 +9,7 @@ namespace zol::host {
 
 Input::Input(const std::string &file, bool sound, const RenderPlan &plan)
     : file_(file), sound_(sound),
-      raw_(file == "-" && (sound ? plan.sampleRate && plan.channels : plan.size.has_value())),
+      raw_(file == "-" && (sound ? plan.sampleRate && plan.channels : plan.size.has_value())), fit_(plan.fit),
       programs_(plan.programs) {
   if (raw_)
     return;
@@ -39,7 +39,7 @@ void Input::bringTo(const Timeline &timeline) {
   else if (sound_)
     samples_->convertTo(sampleRate, channels);
   else
-    pictures_->scaleTo(timeline.width, timeline.height);
+    pictures_->scaleTo({timeline.width, timeline.height, timeline.pixelAspect}, fit_);
 }
 
 const MediaInfo *Input::info() const {

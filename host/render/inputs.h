@@ -39,6 +39,7 @@ public:
 private:
   std::string file_;
   bool sound_, raw_;
+  Fit fit_;
   MediaPrograms programs_;
   std::unique_ptr<VideoReader> pictures_;
   std::unique_ptr<AudioReader> samples_;

@@ -3,6 +3,7 @@
 #include "host/media/writer.h"
 #include "host/model/error.h"
 #include "host/render/plan.h"
+#include "host/render/preset.h"
 #include "host/render/render.h"
 #include "host/render/slowmo.h"
 #include "host/render/stage.h"
@@ -42,9 +43,10 @@ TEST(RenderPlan, GoesToJsonAndBack) {
   plan.library = "lib.so";
   plan.host = "Quorbel";
   plan.size = {64, 48};
+  plan.fit = Fit::crop;
   plan.rate = Rational(30000, 1001);
   plan.duration = 0.1;
-  plan.frames = {3, 5};
+  plan.frames = {Time::frame(3), Time::frame(5)};
   plan.sampleRate = 44100;
   plan.channels = 3;
   plan.block = 777;
@@ -75,7 +77,8 @@ TEST(RenderPlan, RefusesWhatIsNone) {
       {R"([])", "is an object"},
       {R"({"size":[1]})", "\"size\" cannot be [1]"},
       {R"({"size":[1,2.5]})", "\"size\""},
-      {R"({"frames":[-1,2]})", "\"frames\""},
+      {R"({"frames":[1,2]})", "\"frames\""},
+      {R"({"duration":"2 weeks"})", "\"duration\" cannot be"},
       {R"({"channels":-1})", "\"channels\""},
       {R"({"channels":99999999999})", "\"channels\""},
       {R"({"rate":25})", "\"rate\""},
@@ -89,6 +92,51 @@ TEST(RenderPlan, RefusesWhatIsNone) {
   for (const auto &[text, reason] : cases) {
     const std::string error = errorOf([&, json = text] { planFromJson(nlohmann::json::parse(json)); });
     EXPECT_NE(error.find(reason), std::string::npos) << text << ": " << error;
+  }
+}
+
+TEST(Preset, KeepsStagesAlone) {
+  std::string name = (fs::temp_directory_path() / "zol-preset-XXXXXX").string();
+  const fs::path folder = mkdtemp(name.data());
+  const std::string file = (folder / "look.json").string();
+  const std::vector<StagePlan> stages = {{"blur", {{"a.png", 0.5, {}}}, {{"Blurriness", "0~=1;2s=0"}}},
+                                         {"copy", {}, {}}};
+  savePreset(file, stages, false);
+  EXPECT_EQ(loadPreset(file), stages);
+  EXPECT_NE(errorOf([&] { savePreset(file, {}, false); }).find("exists"), std::string::npos);
+  EXPECT_NE(errorOf([&] { savePreset((folder / "absent/x").string(), stages, true); }).find("No such file"),
+            std::string::npos);
+  EXPECT_NE(errorOf([&] { savePreset(file, {{"b\xFF", {}, {}}}, true); }).find("UTF-8"), std::string::npos);
+  EXPECT_EQ(loadPreset(file), stages);
+  const std::pair<const char *, const char *> broken[] = {
+      {"{", "no JSON"}, {"{}", "no stages"}, {R"({"stages":[{"efect":""}]})", "did you mean \"effect\"?"}};
+  for (const auto &[text, reason] : broken) {
+    std::ofstream(file) << text;
+    const std::string error = errorOf([&] { loadPreset(file); });
+    EXPECT_NE(error.find(reason), std::string::npos) << error;
+    EXPECT_NE(error.find("look.json"), std::string::npos) << error;
+  }
+  fs::remove_all(folder);
+}
+
+TEST(Fit, KeepsShapesThatAreTheSame) {
+  struct Case {
+    Raster from, to;
+    std::pair<int, int> letterbox, crop;
+  };
+  const Case cases[] = {
+      {{1920, 1080, 1}, {1280, 720, 1}, {1280, 720}, {1280, 720}},
+      {{853, 480, 1}, {1920, 1080, 1}, {1920, 1080}, {1920, 1080}}, // within a pixel of it
+      {{720, 576, 64 / 45.0}, {1024, 576, 1}, {1024, 576}, {1024, 576}},
+      {{720, 576, 16 / 15.0}, {720, 576, 64 / 45.0}, {540, 576}, {720, 768}},
+      {{1000, 500, 1}, {500, 500, 1}, {500, 250}, {1000, 500}},
+      {{500, 1000, 1}, {1000, 500, 1}, {250, 500}, {1000, 2000}},
+      {{10000, 1, 1}, {10, 10, 1}, {10, 1}, {32767, 10}},
+  };
+  for (const auto &[from, to, letterbox, crop] : cases) {
+    EXPECT_EQ(fittedSize(from, to, Fit::letterbox), letterbox) << from.width << 'x' << from.height;
+    EXPECT_EQ(fittedSize(from, to, Fit::crop), crop) << from.width << 'x' << from.height;
+    EXPECT_EQ(fittedSize(from, to, Fit::stretch), std::pair(to.width, to.height));
   }
 }
 
