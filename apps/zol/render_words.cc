@@ -180,8 +180,8 @@ void addPlanOptions(CLI::App &app, RenderPlan &plan) {
            "Picture size, by default the first input's, else 720x576")
       ->type_name("WxH");
   addValue(app, "--fit", plan.fit, host::fitNamed, "letterbox, crop or stretch",
-           "What becomes of inputs of another shape: bars, black or for inputs with alpha transparent "
-           "(default); cut off at the edges; drawn out of shape")
+           "How inputs of another shape become the size: with bars (default), black or, where the input "
+           "has alpha, transparent; with their edges cut off; or drawn out of shape")
       ->type_name("letterbox|crop|stretch");
   addValue(app, "--rate", plan.rate, host::rateIn,
            "frames a second from 0.001 to 100000, as 25, 30000/1001, 29.97, ntsc, pal or film",

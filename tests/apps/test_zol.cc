@@ -134,6 +134,16 @@ TEST_F(Zol, AnimatesKeysOverTheSpan) {
   EXPECT_EQ(alpha(9), 255);
 }
 
+TEST_F(Zol, AnimatesPathsOverTheSpan) {
+  const std::string frames =
+      rendered("'solid color' --size 8x1 --rate 4 --duration 2 --frames 4-7 --set Alpha=1 "
+               "--set 'Geo=1s=M0 0H2V1H0Z;1.5s|=M4 0H6V1H4Z;2s=M0 0H2V1H0Z'");
+  ASSERT_EQ(frames.size(), 4U * 32);
+  const int lefts[] = {0, 2, 4, 4};
+  for (int i = 0; i < 32; ++i)
+    EXPECT_EQ(frames[static_cast<size_t>(4 * i + 3)] != 0, i % 8 / 2 * 2 == lefts[i / 8]) << i;
+}
+
 TEST_F(Zol, ChainsEffects) {
   make("still.png", "-f lavfi -i testsrc2=s=32x16 -frames:v 1");
   render("copy -i still.png ! copy ! copy -o chain.png");
