@@ -5,8 +5,8 @@
 //   toggles         on, off
 //   selectors       an item's text or value
 //   colours         #rrggbb, #rrggbbaa, orange, or keys of them
-// A key's time is a share of the effect's span from 0 to 1, or a time within it such as 2s or 50f. From a key on
-// the curve goes straight to the next; after |= it is held, after ~= it is smooth.
+// A key's time is a share of the effect's span from 0 to 1, or a time within it such as 2s or 50f. From a key
+// on the curve goes straight to the next; after |= it is held, after ~= it is smooth.
 #pragma once
 
 #include "host/model/curve.h"
