@@ -3,16 +3,19 @@
 #include "host/model/text.h"
 #include "host/script/library.h"
 
+#include <nlohmann/json.hpp>
+
 #include <chrono>
 #include <cstdio>
 #include <regex>
+#include <set>
 #include <unistd.h>
 #include <utility>
 
 namespace zol::command {
 
-void HostOptions::addTo(CLI::App &app) {
-  app.add_option("--host", host, "Identity that the host shows to the library (Halvenor, Quorbel, ...)")
+void addHostOptions(CLI::App &app, std::string &identity, std::string &library) {
+  app.add_option("--host", identity, "Identity that the host shows to the library (Halvenor, Quorbel, ...)")
       ->type_name("NAME")
       ->capture_default_str();
   app.add_option("--library", library, "Effects library to load instead of the one beside this program")
@@ -32,30 +35,78 @@ std::string plainText(const std::string &marked) {
   return std::regex_replace(text, code, "");
 }
 
-void printNotes(const std::vector<std::string> &notes, bool quiet) {
-  for (const std::string &note : notes)
-    if (!quiet)
-      std::fprintf(stderr, "zol: note: %s\n", host::printable(note).c_str());
+// ---- What is told on stderr ----
+
+namespace {
+
+bool tellsJson = false; // errors are told by main, which knows no command's options
+
+void tellObject(const nlohmann::json &object) {
+  std::fprintf(stderr, "%s\n", object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+}
+
+} // namespace
+
+void TellingOptions::addTo(CLI::App &app) {
+  app.add_flag("--quiet", quiet, "Neither progress nor notes on stderr");
+  app.add_option_function<std::string>(
+         "--progress",
+         [this](const std::string &text) {
+           if (text != "line" && text != "json")
+             throw CLI::ValidationError("--progress takes line or json, not \"" + text + '"');
+           tellsJson = json = text == "json";
+         },
+         "How progress, notes and errors are told on stderr: as text, or as a JSON object a line with "
+         "done, all, seconds, fps; or note; or error")
+      ->type_name("line|json");
+}
+
+void tellNotes(const TellingOptions &telling, const std::vector<std::string> &lines) {
+  static std::set<std::string> told;
+  for (const std::string &line : lines)
+    if (telling.quiet || !told.insert(line).second)
+      continue;
+    else if (telling.json)
+      tellObject({{"note", line}});
+    else
+      std::fprintf(stderr, "zol: note: %s\n", host::printable(line).c_str());
+}
+
+void tellError(const std::string &line) {
+  if (tellsJson)
+    tellObject({{"error", line}});
+  else
+    std::fprintf(stderr, "zol: %s\n", host::printable(line).c_str());
 }
 
 struct ProgressLine::State {
   using Clock = std::chrono::steady_clock;
 
   const char *unit;
+  bool json;
   Clock::time_point started = Clock::now();
   Clock::time_point shown{};
   bool visible = false;
+  uint64_t done = 0, all = 0;
+
+  [[nodiscard]] double seconds() const {
+    return std::chrono::duration<double>(Clock::now() - started).count();
+  }
+  [[nodiscard]] double rate() const { return seconds() > 0 ? static_cast<double>(done) / seconds() : 0; }
+  [[nodiscard]] nlohmann::json object() const {
+    return {{"done", done}, {"all", all}, {"seconds", seconds()}, {"fps", rate()}};
+  }
 };
 
-ProgressLine::ProgressLine(const char *unit, bool quiet) {
-  if (!quiet && isatty(STDERR_FILENO) == 1)
-    state_.reset(new State{unit});
+ProgressLine::ProgressLine(const char *unit, const TellingOptions &telling) {
+  if (!telling.quiet && (telling.json || isatty(STDERR_FILENO) == 1))
+    state_.reset(new State{unit, telling.json});
 }
 
 ProgressLine::~ProgressLine() { clear(); }
 
 void ProgressLine::clear() {
-  if (state_ != nullptr && std::exchange(state_->visible, false))
+  if (state_ != nullptr && !state_->json && std::exchange(state_->visible, false))
     std::fputs("\r\033[K", stderr);
 }
 
@@ -63,19 +114,32 @@ void ProgressLine::show(uint64_t done, uint64_t all) {
   using namespace std::chrono_literals;
   if (state_ == nullptr)
     return;
+  state_->done = done;
+  const bool openEnd = std::exchange(state_->all, all) != all;
   const auto now = State::Clock::now();
-  if (state_->visible && now - state_->shown < 100ms && done < all)
+  if (state_->visible && now - state_->shown < 100ms && (done < all || openEnd))
     return;
   state_->shown = now;
   state_->visible = true;
-  const double seconds = std::chrono::duration<double>(now - state_->started).count();
-  const double rate = seconds > 0 ? static_cast<double>(done) / seconds : 0;
+  if (state_->json) {
+    tellObject(state_->object());
+    return;
+  }
+  const double rate = state_->rate();
   const double left = rate > 0 ? static_cast<double>(all - done) / rate : 0;
   constexpr int kCells = 24;
   const int filled = all == 0 ? kCells : static_cast<int>(kCells * done / all);
   std::fprintf(stderr, "\r[%.*s%*s] %llu/%llu %s, %.0f a second, %.0f s left \033[K", filled,
                "########################", kCells - filled, "", static_cast<unsigned long long>(done),
                static_cast<unsigned long long>(all), state_->unit, rate, left);
+}
+
+void ProgressLine::finish() {
+  if (state_ == nullptr || !state_->json)
+    return;
+  nlohmann::json object = state_->object();
+  object["finished"] = true;
+  tellObject(object);
 }
 
 } // namespace zol::command

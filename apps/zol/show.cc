@@ -3,6 +3,7 @@
 #include "apps/zol/commands.h"
 
 #include "host/media/process.h"
+#include "host/model/remarks.h"
 #include "host/model/text.h"
 #include "host/render/instance.h"
 #include "host/script/library.h"
@@ -35,13 +36,11 @@ std::string takes(const Field &field) {
   case FieldType::input: return "input";
   case FieldType::inputs: return "list of inputs";
   case FieldType::number: {
-    const std::string limits = limitsText(field);
-    return field.kind == "time" || field.kind == "Time" ? "seconds " + limits
-           : limits.empty()                             ? "number"
-                                                        : "number " + limits;
+    const std::string limits = limitsText(field), unit = host::unitOf(field);
+    return "number" + (limits.empty() ? "" : ' ' + limits) + (unit.empty() ? "" : ", in " + unit);
   }
   case FieldType::integer: return "whole number " + limitsText(field);
-  case FieldType::color: return "colour #rrggbb[aa]";
+  case FieldType::color: return "colour #rrggbb[aa] or its name";
   case FieldType::selector: return "one of";
   case FieldType::toggle: return "on or off";
   case FieldType::geometry: return "SVG path data or @file.svg";
@@ -59,7 +58,7 @@ bool isHidden(const Field &field) {
          field.type == FieldType::label || field.type == FieldType::group;
 }
 
-nlohmann::json fieldJson(const Field &field, const std::string &value) {
+nlohmann::json fieldJson(const host::Effect &effect, const Field &field, const std::string &value) {
   nlohmann::json json = {{"name", field.name}, {"kind", field.kind}};
   const auto text = [&](const char *key, const std::string &content) {
     if (!content.empty())
@@ -75,6 +74,10 @@ nlohmann::json fieldJson(const Field &field, const std::string &value) {
   json["limited"] = {{"below", (field.flags & host::kMinLimit) != 0},
                      {"above", (field.flags & host::kMaxLimit) != 0}};
   json["hidden"] = isHidden(field);
+  text("takes", takes(field));
+  text("unit", host::unitOf(field));
+  for (const std::string_view remark : host::remarksOn(effect, field.name))
+    json["remarks"].push_back(remark);
   for (const host::Item &item : field.items)
     json["items"].push_back({{"text", item.text}, {"value", item.value}});
   return json;
@@ -167,9 +170,10 @@ void show(const HostOptions &options, const std::string &wanted, bool json) {
                           {"video", effect.renderVideo != nullptr},
                           {"realTime", effect.renderVideoRT != nullptr},
                           {"audio", effect.renderAudio != nullptr},
+                          {"remarks", host::remarksOn(effect)},
                           {"fields", nlohmann::json::array()}};
     for (size_t i = 0; i < effect.fields.size(); ++i) {
-      out["fields"].push_back(fieldJson(effect.fields[i], instance.valueText(static_cast<int>(i))));
+      out["fields"].push_back(fieldJson(effect, effect.fields[i], instance.valueText(static_cast<int>(i))));
       for (const std::string &item : instance.datasetItems(static_cast<int>(i)))
         out["fields"].back()["set"].push_back(item);
     }
@@ -179,6 +183,8 @@ void show(const HostOptions &options, const std::string &wanted, bool json) {
   std::printf("%s (%s, version %d)\n", effect.name.c_str(), effect.sign.c_str(), effect.version);
   if (!effect.description.empty())
     std::printf("%s\n", plainText(effect.description).c_str());
+  for (const std::string_view remark : host::remarksOn(effect))
+    std::printf("\nNote: %.*s\n", static_cast<int>(remark.size()), remark.data());
   for (size_t i = 0; i < effect.fields.size(); ++i) {
     const Field &field = effect.fields[i];
     if (isHidden(field))
@@ -195,6 +201,8 @@ void show(const HostOptions &options, const std::string &wanted, bool json) {
       std::printf("\n    shown as \"%s\"", field.label.c_str());
     if (!field.help.empty())
       std::printf("\n    %s", plainText(field.help).c_str());
+    for (const std::string_view remark : host::remarksOn(effect, field.name))
+      std::printf("\n    %.*s", static_cast<int>(remark.size()), remark.data());
   }
   std::printf("\n");
 }

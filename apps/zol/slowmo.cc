@@ -14,7 +14,7 @@ void addSlowmo(CLI::App &zol) {
   using Fields = host::FieldOrder;
   CLI::App *app = zol.add_subcommand("slowmo", "Slow a clip down and make the frames between");
   const auto plan = std::make_shared<host::SlowMotionPlan>();
-  const auto quiet = std::make_shared<bool>(false);
+  const auto telling = std::make_shared<TellingOptions>();
   app->add_option("input", plan->input, "The clip")->type_name("FILE")->required();
   app->add_option("-o", plan->output, "Output file, its format told by its name")
       ->type_name("FILE")
@@ -49,14 +49,14 @@ void addSlowmo(CLI::App &zol) {
       ->type_name("NAME");
   app->add_flag("--strict", plan->strict, "Fail where the clip is damaged");
   app->add_flag("--playlists", plan->playlists, "Read playlists and others that name files");
-  app->add_flag("--quiet", *quiet, "No progress on stderr");
+  telling->addTo(*app);
   app->footer("Example:\n  zol slowmo clip.mp4 -o slow.mp4 --factor 4 --method vector");
   app->callback([=] {
-    ProgressLine progress("frames", *quiet);
+    ProgressLine progress("frames", *telling);
     const auto notes =
         host::slowMotion(*plan, [&](uint64_t done, uint64_t all) { progress.show(done, all); });
-    progress.clear();
-    printNotes(notes, *quiet);
+    progress.finish();
+    tellNotes(*telling, notes);
   });
 }
 

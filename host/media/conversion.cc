@@ -17,27 +17,6 @@
 
 namespace zol::host {
 
-Placement place(const PictureLayout &from, const PictureLayout &to, Fit fit) {
-  const double width = from.width, height = from.height;
-  Placement at{{0, 0, width, height}, {0, 0, double(to.width), double(to.height)}};
-  // Above 1: the picture is wider in shape than its place.
-  const double wider =
-      width * from.pixelAspect * to.height / (height * to.pixelAspect * static_cast<double>(to.width));
-  if (fit == Fit::Letterbox) {
-    at.target.width = std::clamp(std::round(to.width / std::max(1.0, 1 / wider)), 1.0, double(to.width));
-    at.target.height = std::clamp(std::round(to.height / std::max(1.0, wider)), 1.0, double(to.height));
-    const int above = (to.height - static_cast<int>(at.target.height)) / 2;
-    at.target.x = (to.width - static_cast<int>(at.target.width)) / 2;
-    at.target.y = from.interlaced || to.interlaced ? above / 2 * 2 : above; // fields stay what they are
-  } else if (fit == Fit::Crop) {
-    at.source.width = width / std::max(1.0, wider);
-    at.source.height = height / std::max(1.0, 1 / wider);
-    at.source.x = (width - at.source.width) / 2;
-    at.source.y = (height - at.source.height) / 2;
-  }
-  return at;
-}
-
 #ifdef ZOL_WITH_ZIMG
 namespace {
 
@@ -373,7 +352,7 @@ struct Converter::Work {
 
   Work(const PictureLayout &source, const PictureLayout &target, Fit fit, uint32_t barBytes)
       : from(source), to(target), placed(target), bars(barBytes), at(place(source, target, fit)),
-        scaled(fit != Fit::Extend) {
+        scaled(fit != Fit::extend) {
     const PixelFormat &in = from.format, &out = to.format;
     if (!in.packed && !out.packed)
       throw HostError("pictures cannot be converted: neither side is BGRA");

@@ -1,32 +1,13 @@
 // Pictures between the formats of the pipes and those of effects, by zimg.
 #pragma once
 
+#include "host/media/fit.h"
 #include "host/media/pixel_format.h"
 
 #include <cstdint>
 #include <memory>
 
 namespace zol::host {
-
-/// How a picture lies on one of another size. Shapes heed the pixel aspects.
-enum class Fit {
-  Stretch,   ///< Fills it.
-  Letterbox, ///< All of it in its shape, with bars.
-  Crop,      ///< Fills it in its shape, from the middle.
-  Extend     ///< Not scaled, from the top left; at the right and bottom its last column and row go on.
-};
-
-struct Rect {
-  double x, y, width, height;
-};
-
-/// Where a picture lies: `source` of it fills `target`, whose corners are whole pixels.
-struct Placement {
-  Rect source;
-  Rect target;
-};
-
-Placement place(const PictureLayout &from, const PictureLayout &to, Fit fit);
 
 /// Converts pictures of one layout to another. Colours, alpha and planes of chroma are scaled each for
 /// itself; fields too, where pictures are interlaced. Values are rounded, not dithered; transfer and
@@ -38,7 +19,7 @@ public:
 
   /// One of the formats must be kBgra, and kBgra what is letterboxed. Bars get the bytes of `bars`. Throws
   /// HostError, without the name of a file, for what cannot be converted.
-  Converter(const PictureLayout &from, const PictureLayout &to, Fit fit = Fit::Stretch,
+  Converter(const PictureLayout &from, const PictureLayout &to, Fit fit = Fit::stretch,
             uint32_t bars = 0xFF000000);
   ~Converter();
   Converter(Converter &&) noexcept;

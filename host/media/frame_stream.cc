@@ -53,7 +53,7 @@ std::optional<HeardFrame> FrameStream::read() {
   const PictureLayout &pipe = format_.pipe;
   const bool direct = pipe.format == kBgra && pipe.width == frame->width && pipe.height == frame->height;
   if (!direct && !converter_) {
-    converter_.emplace(pipe, format_.frames, format_.fit);
+    converter_.emplace(pipe, format_.frames, format_.fit, format_.bars);
     received_ = alignedBytes(pipe.bytes());
   }
   uint8_t *target = direct ? frame->pixels.data() : received_.get();

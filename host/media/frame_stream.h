@@ -45,7 +45,8 @@ private:
 /// What a child yields, and what becomes of it.
 struct FrameFormat {
   PictureLayout pipe, frames;
-  Fit fit = Fit::Stretch;
+  Fit fit = Fit::stretch;
+  uint32_t bars = 0xFF000000; ///< the pixel of bars
 };
 
 /// A frame with what the child said while it came, which concerns one that is so many behind it.

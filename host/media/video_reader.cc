@@ -44,13 +44,6 @@ std::string turningFilters(int orientation) {
 
 std::string sizeText(int width, int height) { return std::to_string(width) + "x" + std::to_string(height); }
 
-/// Brings all pictures to one size, and where the pipe is packed to BGRA. Does nothing to those that are as
-/// the file says.
-std::string scaleFilter(const PictureLayout &pipe) {
-  const std::string size = std::to_string(pipe.width) + ":" + std::to_string(pipe.height);
-  return "scale=" + size + ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp";
-}
-
 } // namespace
 
 VideoReader::VideoReader(Source source, VideoReaderOptions options)
@@ -86,16 +79,46 @@ VideoReader::VideoReader(Source source, VideoReaderOptions options)
 
 VideoReader::~VideoReader() = default;
 
-void VideoReader::scaleTo(int width, int height) {
+void VideoReader::scaleTo(int width, int height, double pixelAspect, Fit fit) {
   checkSize(source_, width, height);
   options_.width = width;
   options_.height = height;
+  options_.pixelAspect = pixelAspect;
+  options_.fit = fit;
+}
+
+PictureLayout VideoReader::frameLayout() const {
+  return {.width = options_.width, .height = options_.height, .pixelAspect = options_.pixelAspect};
+}
+
+/// The filters that bring all pictures to what the pipe carries. They do nothing to those that are as the
+/// file says.
+std::string VideoReader::scaling() const {
+  const auto pair = [](double a, double b) {
+    return std::to_string(std::lround(a)) + ':' + std::to_string(std::lround(b));
+  };
+  const PictureLayout pipe = pipeLayout();
+  const std::string flags = ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp",
+                    format = ",format=" + pipe.format.name();
+  if (Converter::available())
+    return "scale=" + pair(pipe.width, pipe.height) + flags + format;
+  const PictureLayout own{.width = info_.width, .height = info_.height, .pixelAspect = info_.pixelAspect};
+  const auto [source, target] = place(own, pipe, options_.fit);
+  std::string filters;
+  if (source.width < own.width || source.height < own.height)
+    filters = "crop=" + pair(source.width, source.height) + ':' + pair(source.x, source.y) + ":exact=1,";
+  filters += "scale=" + pair(target.width, target.height) + flags + format;
+  if (target.width < pipe.width || target.height < pipe.height)
+    filters += ",pad=" + pair(pipe.width, pipe.height) + ':' + pair(target.x, target.y) + ":black@" +
+               (info_.alpha ? "0" : "1");
+  return filters;
 }
 
 PictureLayout VideoReader::pipeLayout() const {
   if (!Converter::available()) // ffmpeg does it all
-    return {.width = options_.width, .height = options_.height};
-  PictureLayout layout{info_.pixels, info_.width, info_.height, info_.coding, info_.interlaced};
+    return frameLayout();
+  PictureLayout layout{info_.pixels, info_.width,      info_.height,
+                       info_.coding, info_.interlaced, info_.pixelAspect};
   if (info_.turned || info_.orientation != 1) { // the places of chroma and fields are turned too
     layout.coding.site = ChromaSite::Center;
     layout.interlaced = false;
@@ -161,12 +184,10 @@ std::vector<std::string> VideoReader::arguments(size_t first) const {
       filters += ":end_frame=" + std::to_string(*frames);
     filters += ",";
   }
-  const PictureLayout pipe = pipeLayout();
-  const std::string format = pipe.format.name();
-  add({"-vf", filters + scaleFilter(pipe) + ",format=" + format, "-fps_mode", "passthrough"});
+  add({"-vf", filters + scaling(), "-fps_mode", "passthrough"});
   if (info_.still)
     add({"-frames:v", "1"});
-  add({"-f", "rawvideo", "-pix_fmt", format, "pipe:1"});
+  add({"-f", "rawvideo", "-pix_fmt", pipeLayout().format.name(), "pipe:1"});
   if (!soundFile_.empty()) // -y: the file is there already
     add({"-map", "0:a:0", "-af", "aresample=async=1:first_pts=0", "-ar", std::to_string(info_.sampleRate),
          "-ac", std::to_string(info_.channels), "-f", "f32le", "-y", fileUrl(soundFile_)});
@@ -180,10 +201,10 @@ void VideoReader::open(Cursor &cursor, size_t first) {
   cursor.recent.clear();
   if (!pool_)
     pool_ = std::make_shared<FramePool>(options_.width, options_.height);
-  const PictureLayout frames{.width = options_.width, .height = options_.height};
+  const uint32_t bars = info_.alpha ? 0 : 0xFF000000;
   cursor.stream =
       std::make_unique<FrameStream>(source_.start(arguments(first)), first > 0 || options_.start > 0,
-                                    FrameFormat{pipeLayout(), frames}, pool_);
+                                    FrameFormat{pipeLayout(), frameLayout(), options_.fit, bars}, pool_);
   cursor.next = first;
 }
 
@@ -265,8 +286,7 @@ std::shared_ptr<const Frame> VideoReader::known(size_t index) const {
 /// Frames beyond which keeping them costs more than reading them again.
 size_t VideoReader::widestWindow() const {
   constexpr size_t kBytes = size_t{256} << 20, kMost = 64;
-  const PictureLayout frames{.width = options_.width, .height = options_.height};
-  return std::clamp(kBytes / frames.bytes(), options_.window, std::max(options_.window, kMost));
+  return std::clamp(kBytes / frameLayout().bytes(), options_.window, std::max(options_.window, kMost));
 }
 
 /// One that will yield the frame: on its way there, or begun anew.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/media/damage.h"
+#include "host/media/fit.h"
 #include "host/media/frame_stream.h"
 #include "host/media/probe.h"
 #include "host/media/process.h"
@@ -19,7 +20,7 @@
 namespace zol::host {
 
 struct VideoReaderOptions {
-  int width = 0; ///< 0 with height 0: the file's own size. Otherwise the pictures are scaled to fill it.
+  int width = 0; ///< 0 with height 0: the file's own size. Otherwise the pictures are brought to it by `fit`.
   int height = 0;
   Rational rate = 0; ///< Frames per second; 0: the file's own nominal rate (25 for stills).
   double start = 0;  ///< Time within the file of frame 0, in seconds.
@@ -27,6 +28,8 @@ struct VideoReaderOptions {
   bool strict = false;                      ///< Whether damage is an error.
   size_t window = 4; ///< Frames kept for going back, at least 1; more once more are asked for.
   bool raw = false;  ///< The bytes are raw BGRA frames of rawWidth by rawHeight at rawRate.
+  Fit fit = Fit::stretch;
+  double pixelAspect = 1; ///< of the pictures that `fit` gives
   int rawWidth = 0;
   int rawHeight = 0;
   Rational rawRate = 25;
@@ -54,8 +57,8 @@ public:
   [[nodiscard]] int height() const { return options_.height; }
   [[nodiscard]] Rational rate() const { return options_.rate; }
 
-  /// Has all pictures scaled to fill this size; to be called before the first at().
-  void scaleTo(int width, int height);
+  /// Has all pictures brought to this size and pixel aspect; to be called before the first at().
+  void scaleTo(int width, int height, double pixelAspect = 1, Fit fit = Fit::stretch);
   /// Has frames at this rate, taken from the file's own times; likewise.
   void setRate(Rational rate);
 
@@ -97,6 +100,8 @@ private:
   };
 
   [[nodiscard]] PictureLayout pipeLayout() const;
+  [[nodiscard]] PictureLayout frameLayout() const;
+  [[nodiscard]] std::string scaling() const;
   [[nodiscard]] std::vector<std::string> arguments(size_t first) const;
   void open(Cursor &cursor, size_t first);
   bool readNext(Cursor &cursor);

@@ -381,7 +381,7 @@ void MediaWriter::sendPicture(const void *pixels) {
     return;
   }
   if (!converter_) {
-    converter_.emplace(PictureLayout{kBgra, options_.width, options_.height}, pipe_, Fit::Extend);
+    converter_.emplace(PictureLayout{kBgra, options_.width, options_.height}, pipe_, Fit::extend);
     converted_ = alignedBytes(pipe_.bytes());
   }
   converter_->convert(static_cast<const uint8_t *>(pixels), converted_.get());

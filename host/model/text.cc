@@ -7,12 +7,11 @@
 namespace zol::host {
 namespace {
 
-template <class Number, class... Format>
-std::optional<Number> whole(std::string_view text, Format... format) {
+template <class Number> std::optional<Number> whole(std::string_view text) {
   if (text.starts_with('+'))
     text.remove_prefix(1);
   Number value{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, format...);
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc() || end != text.data() + text.size())
     return std::nullopt;
   return value;
@@ -27,7 +26,7 @@ std::optional<double> numberIn(std::string_view text) {
   return value && std::isfinite(*value) ? value : std::nullopt;
 }
 
-std::optional<int> integerIn(std::string_view text) { return whole<int>(text, 10); }
+std::optional<int> integerIn(std::string_view text) { return whole<int>(text); }
 
 std::string numberText(double value) {
   char text[400];
@@ -72,15 +71,6 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     parts.push_back(text.substr(0, at));
   parts.push_back(text);
   return parts;
-}
-
-std::optional<unsigned> colorIn(std::string_view text) {
-  if (!text.starts_with('#') || (text.size() != 7 && text.size() != 9))
-    return std::nullopt;
-  const auto value = whole<unsigned>(text.substr(1), 16);
-  if (!value || text[1] == '+')
-    return std::nullopt;
-  return text.size() == 7 ? 0xFF000000U | *value : *value >> 8 | *value << 24;
 }
 
 } // namespace zol::host

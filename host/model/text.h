@@ -24,7 +24,4 @@ std::string printable(std::string_view text);
 std::string_view trimmed(std::string_view text);
 std::vector<std::string_view> split(std::string_view text, char separator);
 
-/// "#rrggbb" or "#rrggbbaa" as 0xAARRGGBB.
-std::optional<unsigned> colorIn(std::string_view text);
-
 } // namespace zol::host

@@ -1,31 +1,19 @@
 #include "host/model/values.h"
 
+#include "host/model/colors.h"
 #include "host/model/error.h"
 #include "host/model/text.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <utility>
 
 namespace zol::host {
 namespace {
 
 [[noreturn]] void refuse(const Field &field, std::string_view text, const std::string &wanted) {
   throw HostError("field \"" + field.name + "\" takes " + wanted + ", not \"" + std::string(text) + '"');
-}
-
-/// Calls key(time, text) for every key of "0=a;1=b", or once, at time 0, for a single value.
-template <class Key> void forEachKey(const Field &field, std::string_view text, Key key) {
-  if (text.find('=') == text.npos) {
-    key(0.0, trimmed(text));
-    return;
-  }
-  for (const std::string_view part : split(text, ';')) {
-    const size_t sign = part.find('=');
-    const auto time = sign == part.npos ? std::nullopt : numberIn(trimmed(part.substr(0, sign)));
-    if (!time)
-      refuse(field, part, "keys as time=value;time=value");
-    key(*time, trimmed(part.substr(sign + 1)));
-  }
 }
 
 struct Limits {
@@ -89,37 +77,72 @@ std::string colorText(_color_t color) {
   return text;
 }
 
+/// What stands between a key's time and its value.
+constexpr std::pair<Course, const char *> kSigns[] = {
+    {Course::hold, "|="}, {Course::smooth, "~="}, {Course::line, "="}};
+
+const char *signOf(Course course) {
+  return std::find_if(std::begin(kSigns), std::end(kSigns),
+                      [&](const auto &sign) { return sign.first == course; })
+      ->second;
+}
+
 template <class Curve, class TextAt> std::string keysText(const Curve &curve, TextAt textAt) {
   std::string text;
   for (const auto &key : curve.keys())
-    text +=
-        (text.empty() ? "" : ";") + (curve.keys().size() > 1 ? numberText(key.time) + "=" : "") + textAt(key);
+    text += (text.empty() ? "" : ";") +
+            (curve.keys().size() > 1 ? numberText(key.time) + signOf(key.course) : "") + textAt(key);
   return text;
 }
 
 } // namespace
 
-NumberCurve numbersIn(const Field &field, std::string_view text) {
+std::vector<KeyText> keysIn(const Field &field, std::string_view text, const KeySpan &span) {
+  if (text.find('=') == text.npos)
+    return {{0.0, 0, Course::line, trimmed(text)}};
+  std::vector<KeyText> keys;
+  for (const std::string_view part : split(text, ';')) {
+    const size_t equals = part.find('=');
+    std::string_view before = part.substr(0, equals == part.npos ? 0 : equals);
+    Course course = Course::line;
+    for (const auto &[other, sign] : kSigns)
+      if (course == Course::line && other != Course::line && before.ends_with(sign[0])) {
+        course = other;
+        before.remove_suffix(1);
+      }
+    const auto time = timeIn(trimmed(before), TimeUnit::shares);
+    if (!time)
+      refuse(field, part, "keys as time=value;time=value");
+    keys.push_back({*time, span.share(*time), course, trimmed(part.substr(equals + 1))});
+  }
+  return keys;
+}
+
+NumberCurve numbersIn(const Field &field, std::string_view text, const KeySpan &span) {
   const Limits limits = limitsOf(field);
+  const bool isTime = sameWithoutCase(field.kind, "time");
   NumberCurve curve;
-  forEachKey(field, text, [&](double time, std::string_view value) {
-    const auto number = numberIn(value);
+  for (const KeyText &key : keysIn(field, text, span)) {
+    auto number = numberIn(key.value);
+    if (const auto time = timeIn(key.value); isTime && time)
+      number = time->seconds(span.rate);
     if (!number || !limits.hold(*number))
-      refuse(field, value, limits.wanted("a number"));
-    curve.set(time, {*number});
-  });
+      refuse(field, key.value, limits.wanted(isTime ? "a time" : "a number"));
+    curve.set(key.share, {*number}, key.course);
+  }
   return curve;
 }
 
-ColorCurve colorsIn(const Field &field, std::string_view text) {
+ColorCurve colorsIn(const Field &field, std::string_view text, const KeySpan &span) {
   ColorCurve curve;
-  forEachKey(field, text, [&](double time, std::string_view value) {
-    const auto word = colorIn(value);
+  for (const KeyText &key : keysIn(field, text, span)) {
+    const auto word = colorIn(key.value);
     if (!word)
-      refuse(field, value, "a colour as #rrggbb or #rrggbbaa");
-    curve.set(time, {double(*word & 255), double(*word >> 8 & 255), double(*word >> 16 & 255),
-                     double(*word >> 24)});
-  });
+      refuse(field, key.value, "a colour as #rrggbb or #rrggbbaa, or its name");
+    curve.set(key.share,
+              {double(*word & 255), double(*word >> 8 & 255), double(*word >> 16 & 255), double(*word >> 24)},
+              key.course);
+  }
   return curve;
 }
 
@@ -128,6 +151,18 @@ int choiceIn(const Field &field, std::string_view text) {
   return field.type == FieldType::toggle    ? toggleIn(field, text)
          : field.type == FieldType::integer ? integerOf(field, text)
                                             : itemIn(field, text);
+}
+
+std::optional<std::string> strayKey(const Field &field, std::string_view text, const KeySpan &span) {
+  constexpr double kTolerance = 1e-6; // of times that were converted
+  for (const KeyText &key : keysIn(field, text, span))
+    if (key.share < -kTolerance || key.share > 1 + kTolerance) {
+      const std::string at = key.time.text();
+      return "field \"" + field.name + "\": the key at " + at + " lies outside of the effect's span, " +
+             (key.time.unit == TimeUnit::shares ? "0 to 1; a time in seconds is written " + at + "s"
+                                                : "which is " + numberText(span.duration) + " s long");
+    }
+  return std::nullopt;
 }
 
 std::string textOf(const NumberCurve &curve) {

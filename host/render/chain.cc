@@ -50,14 +50,15 @@ Chain::Chain(const ChainSetup &setup, const RenderPlan &plan, const Timeline &ti
              const std::vector<Input> &inputs) {
   for (const StageSetup &stage : setup.stages) {
     std::vector<Clip *> clips;
-    if (!stages_.empty())
+    const bool chained = !stages_.empty();
+    if (chained)
       clips.push_back(clips_.emplace_back(std::make_unique<StageClip>(*stages_.back())).get());
     for (const size_t input : stage.inputs)
       clips.push_back(clipOf(inputs[input]));
     stages_.push_back(std::make_unique<Stage>(*stage.effect, plan.host, timeline, plan.realTime,
                                               clips.empty() ? nullptr : clips.front()));
     Instance &instance = stages_.back()->instance();
-    instance.assignInputs(clips);
+    instance.assignInputs(clips, chained ? instance.chainedInputFields() : instance.inputFields());
     for (const auto &[field, value] : stage.settings)
       instance.set(field, value);
     for (const StageSetup::Assignment &assignment : stage.assignments)

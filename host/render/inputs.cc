@@ -32,7 +32,7 @@ std::string lossesOf(const MediaInfo &info) {
 Input::Input(const InputPlan &input, bool sound, const RenderPlan &plan)
     : input_(input), sound_(sound),
       raw_(input.file == "-" && (sound ? plan.sampleRate && plan.channels : plan.size.has_value())),
-      strict_(plan.strict), programs_(plan.programs) {
+      strict_(plan.strict), fit_(plan.fit), programs_(plan.programs) {
   const std::string named = '"' + input.file + '"';
   if (!(start() >= 0) || (input.end && !(*input.end > start())))
     throw HostError(named + " would end before it begins");
@@ -94,7 +94,7 @@ void Input::bringTo(const Timeline &timeline) {
   else if (sound_)
     samples_->convertTo(sampleRate, channels);
   else {
-    pictures_->scaleTo(timeline.width, timeline.height);
+    pictures_->scaleTo(timeline.width, timeline.height, timeline.pixelAspect, fit_);
     pictures_->setRate(timeline.rate);
   }
 }

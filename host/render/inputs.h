@@ -52,6 +52,7 @@ public:
 private:
   InputPlan input_;
   bool sound_, raw_, strict_;
+  Fit fit_;
   MediaPrograms programs_;
   std::vector<std::string> notes_;
   std::unique_ptr<VideoReader> pictures_;

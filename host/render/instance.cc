@@ -1,6 +1,6 @@
 #include "host/render/instance.h"
 
-#include "host/geometry/shape.h"
+#include "host/geometry/keyed_shape.h"
 #include "host/geometry/svg.h"
 #include "host/media/interrupt.h"
 #include "host/model/error.h"
@@ -14,7 +14,7 @@ namespace zol::host {
 
 Instance::Instance(const Effect &effect, const std::string &identity, const Timeline &timeline,
                    Clip *defaultClip)
-    : effect_(effect), session_(identity) {
+    : effect_(effect), session_(identity), span_{timeline.duration, timeline.rate} {
   session_.defaultClip = defaultClip;
   session_.stop = interrupted;
   timeline.describe(*session_.info());
@@ -54,25 +54,47 @@ void Instance::set(std::string_view name, std::string_view value) {
                     (near.empty() ? "; `zol show` lists them" : "; did you mean \"" + near.front() + "\"?"));
   }
   const Field &declared = effect_.fields[static_cast<size_t>(field)];
+  Parameters &values = session_.parameters;
   switch (declared.type) {
-  case FieldType::number: *session_.parameters.numbers.get(field, 0) = numbersIn(declared, value); break;
-  case FieldType::color: *session_.parameters.colors.get(field, 0) = colorsIn(declared, value); break;
+  case FieldType::number:
+    *values.numbers.get(field, 0) = numbersIn(declared, value, span_);
+    noteStrayKey(declared, value);
+    break;
+  case FieldType::color:
+    *values.colors.get(field, 0) = colorsIn(declared, value, span_);
+    noteStrayKey(declared, value);
+    break;
   case FieldType::integer:
   case FieldType::selector:
-  case FieldType::toggle: *session_.parameters.integers.get(field, 0) = choiceIn(declared, value); break;
+  case FieldType::toggle: *values.integers.get(field, 0) = choiceIn(declared, value); break;
   case FieldType::geometry:
-    try {
-      const Drawing drawing = readDrawing(std::string(value));
-      shapes_.push_back(std::make_unique<GeometryShape>(drawing.geometry));
-      for (const std::string &note : drawing.notes)
-        notes_.push_back(declared.name + ": " + note);
-    } catch (const std::runtime_error &error) {
-      throw HostError("field \"" + declared.name + "\": " + error.what());
-    }
-    *session_.parameters.geometries.get(field, 0) = shapes_.back().get();
+    *values.geometries.get(field, 0) = shapes_.emplace_back(readShape(declared, value)).get();
     break;
   default: throw HostError("field \"" + declared.name + "\" (" + declared.kind + ") holds no value to set");
   }
+}
+
+void Instance::noteStrayKey(const Field &field, std::string_view value) {
+  if (auto note = strayKey(field, value, span_))
+    notes_.push_back(std::move(*note));
+}
+
+/// Path data has no '=' in it, but a file may have any name.
+std::unique_ptr<Shape> Instance::readShape(const Field &field, std::string_view value) try {
+  std::vector<GeometryKey> drawings;
+  const bool file = value.starts_with('@');
+  for (const KeyText &key :
+       file ? std::vector<KeyText>{{0.0, 0, Course::line, value}} : keysIn(field, value, span_)) {
+    Drawing drawing = readDrawing(std::string(key.value));
+    for (const std::string &note : drawing.notes)
+      notes_.push_back(field.name + ": " + note);
+    drawings.push_back({key.share * span_.duration, std::move(drawing.geometry), key.course});
+  }
+  if (!file)
+    noteStrayKey(field, value);
+  return shapeOf(drawings);
+} catch (const GeometryError &error) {
+  throw HostError("field \"" + field.name + "\": " + error.what());
 }
 
 bool Instance::setDatasetItem(std::string_view name, std::string_view value) {
@@ -84,7 +106,8 @@ bool Instance::setDatasetItem(std::string_view name, std::string_view value) {
     for (size_t item = 0; items != nullptr && item < items->front().size(); ++item)
       if (sameWithoutCase(items->front()[item].name, name)) {
         *session_.parameters.numbers.get(static_cast<int>(field), static_cast<int>(item)) =
-            numbersIn(effect_.fields[field], value);
+            numbersIn(effect_.fields[field], value, span_);
+        noteStrayKey(effect_.fields[field], value);
         return true;
       }
   }
@@ -97,6 +120,30 @@ std::vector<int> Instance::inputFields() const {
     if (effect_.fields[i].type == FieldType::input || effect_.fields[i].type == FieldType::inputs)
       result.push_back(static_cast<int>(i));
   return result;
+}
+
+std::vector<int> Instance::chainedInputFields() const {
+  std::vector<int> fields = inputFields();
+  auto chained = std::find_if(fields.begin(), fields.end(), [&](int field) {
+    const auto *slots = session_.parameters.inputs.find(field, 0);
+    return slots != nullptr && !slots->empty() && slots->front() != nullptr;
+  });
+  if (chained == fields.end())
+    chained = std::find_if(fields.begin(), fields.end(), [&](int field) {
+      return effect_.fields[static_cast<size_t>(field)].name != "Background";
+    });
+  if (chained != fields.end())
+    std::rotate(fields.begin(), chained, chained + 1);
+  return fields;
+}
+
+int Instance::missingInput() const {
+  const std::vector<int> fields = inputFields();
+  const auto missing = std::find_if(fields.begin(), fields.end(), [&](int field) {
+    const auto *slots = session_.parameters.inputs.find(field, 0);
+    return slots == nullptr || slots->empty() || slots->front() == nullptr;
+  });
+  return missing == fields.end() ? -1 : *missing;
 }
 
 void Instance::openDialog() {
@@ -123,14 +170,13 @@ void Instance::growList(int field, size_t slots) {
   }
 }
 
-void Instance::assignInputs(const std::vector<Clip *> &clips, size_t first) {
-  const std::vector<int> fields = inputFields();
-  size_t next = first;
+void Instance::assignInputs(const std::vector<Clip *> &clips, const std::vector<int> &fields) {
   for (size_t i = 0; i < clips.size(); ++i) {
-    if (next >= fields.size())
+    if (i >= fields.size())
       throw HostError("\"" + effect_.name + "\" has " + std::to_string(fields.size()) +
-                      (fields.size() == 1 ? " input" : " inputs") + ", fewer than were given");
-    const int field = fields[next];
+                      (fields.size() == 1 ? " input" : " inputs") + ", but " + std::to_string(clips.size()) +
+                      (clips.size() == 1 ? " was" : " were") + " given");
+    const int field = fields[i];
     if (effect_.fields[static_cast<size_t>(field)].type == FieldType::inputs) {
       const size_t rest = clips.size() - i;
       growList(field, rest);
@@ -139,7 +185,6 @@ void Instance::assignInputs(const std::vector<Clip *> &clips, size_t first) {
       return;
     }
     assignInput(field, 0, clips[i]);
-    ++next;
   }
 }
 

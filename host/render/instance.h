@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/model/effect.h"
+#include "host/model/times.h"
 #include "host/render/timeline.h"
 #include "host/services/session.h"
 
@@ -23,11 +24,11 @@ public:
   Session &session() { return session_; }
 
   /// Sets a field by its name or label (without regard to case), or an item of a data set by the item's name,
-  /// to a value as users write it (host/model/values.h); a geometry to SVG path data or all of @file.svg.
-  /// Throws HostError for what the field does not take.
+  /// to a value as users write it (host/model/values.h); a geometry to SVG path data, @file.svg, or keys of
+  /// these. Throws HostError for what the field does not take.
   void set(std::string_view name, std::string_view value);
 
-  /// What settings left out of the files that they name, a line each.
+  /// What settings left out of the files that they name, and keys that are never reached; a line each.
   [[nodiscard]] const std::vector<std::string> &notes() const { return notes_; }
 
   /// The field of that name or label; -1 where there is none.
@@ -36,9 +37,16 @@ public:
   /// Input fields in the order of declaration.
   [[nodiscard]] std::vector<int> inputFields() const;
 
-  /// Assigns clips to the inputs in field order from the `first`th on; a variable list grows, through the
-  /// effect's own dialog, until it has a slot for each. Throws HostError where there are too few inputs.
-  void assignInputs(const std::vector<Clip *> &clips, size_t first = 0);
+  /// The same, but the first is the one for the result of another effect: what init assigned the default clip
+  /// to, else the first that is no background.
+  [[nodiscard]] std::vector<int> chainedInputFields() const;
+
+  /// The first input that has no clip; -1 where all have.
+  [[nodiscard]] int missingInput() const;
+
+  /// Assigns clips to these input fields one by one; a variable list grows, through the effect's own dialog,
+  /// until it has a slot for each of the rest. Throws HostError where there are too few inputs.
+  void assignInputs(const std::vector<Clip *> &clips, const std::vector<int> &fields);
   void assignInput(int field, int item, Clip *clip);
 
   /// The field's values now, as the user would write them; empty where the kind has none.
@@ -51,11 +59,14 @@ public:
   void openDialog();
 
 private:
+  void noteStrayKey(const Field &field, std::string_view value);
+  std::unique_ptr<Shape> readShape(const Field &field, std::string_view value);
   bool setDatasetItem(std::string_view name, std::string_view value);
   void growList(int field, size_t slots);
 
   const Effect &effect_;
   Session session_;
+  KeySpan span_;
   bool dialogOpened_ = false;
   std::vector<std::unique_ptr<Shape>> shapes_;
   std::vector<std::string> notes_;

@@ -48,6 +48,7 @@ template <Is<RenderPlan> Plan, class Visit> void forEachMember(Plan &plan, Visit
   visit("library", plan.library);
   visit("host", plan.host);
   visit("size", plan.size);
+  visit("fit", plan.fit);
   visit("rate", plan.rate);
   visit("duration", plan.duration);
   visit("frames", plan.frames);
@@ -86,6 +87,8 @@ struct ToJson {
   requires std::is_arithmetic_v<Value>
   static Json of(Value value) { return value; }
   static Json of(const Rational &rate) { return rate.text(); }
+  static Json of(const Time &time) { return time.text(); }
+  static Json of(Fit fit) { return fitName(fit); }
   static Json of(Service service) { return serviceName(service); }
   template <class First, class Second> static Json of(const std::pair<First, Second> &pair) {
     return Json::array({of(pair.first), of(pair.second)});
@@ -125,6 +128,12 @@ struct FromJson {
   }
   static bool to(InputPlan &value, const Json &json) {
     return json.is_string() ? to(value.file, json) : to<InputPlan>(value, json);
+  }
+  static bool to(Time &value, const Json &json) {
+    return json.is_string() && assign(value, timeIn(json.get<std::string>()));
+  }
+  static bool to(Fit &value, const Json &json) {
+    return json.is_string() && assign(value, fitNamed(json.get<std::string>()));
   }
   static bool to(Service &value, const Json &json) {
     return json.is_string() && assign(value, serviceNamed(json.get<std::string>()));

@@ -1,8 +1,10 @@
 // What a render is asked to do, as plain data.
 #pragma once
 
+#include "host/media/fit.h"
 #include "host/media/probe.h"
 #include "host/model/rational.h"
+#include "host/model/times.h"
 #include "host/services/service.h"
 
 #include <cstddef>
@@ -45,9 +47,10 @@ struct RenderPlan {
   std::string library; ///< empty: the one beside the program
   std::string host = "Halvenor";
   std::optional<std::pair<int, int>> size;
+  Fit fit = Fit::letterbox; ///< of inputs of another shape than the size
   std::optional<Rational> rate;
-  std::optional<double> duration;                  ///< seconds
-  std::optional<std::pair<size_t, size_t>> frames; ///< first and last
+  std::optional<Time> duration;                ///< that the effects span
+  std::optional<std::pair<Time, Time>> frames; ///< rendered: first and last; a last time is not reached
   std::optional<unsigned> sampleRate, channels;
   std::optional<size_t> block; ///< sample frames a block of sound
   bool realTime = false;
@@ -65,8 +68,8 @@ struct RenderPlan {
   bool operator==(const RenderPlan &) const = default;
 };
 
-/// An object with a member for each of the plan's, those without a value left out; rates are texts such as
-/// "30000/1001", services their names.
+/// An object with a member for each of the plan's, those without a value left out; rates and times
+/// are texts such as "30000/1001" and "50f", services their names.
 nlohmann::json toJson(const RenderPlan &plan);
 
 /// The plan of such an object; members that are left out are as in a plan that was just made. Throws

@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <tuple>
+#include <utility>
 
 namespace zol::host {
 namespace {
@@ -22,6 +24,22 @@ size_t framesIn(double duration, Rational rate) {
   return frames < 1 ? 1 : static_cast<size_t>(frames);
 }
 
+/// The first and the last frame that are meant.
+std::pair<size_t, size_t> framesIn(const std::pair<Time, Time> &range, Rational rate) {
+  constexpr double kTolerance = 1e-6;
+  const auto &[from, to] = range;
+  const double begin = from.seconds(rate), end = to.seconds(rate);
+  if (!(begin >= 0 && end >= begin))
+    throw HostError("--frames: the first frame comes after the last");
+  if (!(end * rate.value() < kMostFrames))
+    throw HostError("--frames: that is too long to render");
+  const size_t first = indexAt(begin, rate);
+  if (to.unit == TimeUnit::frames)
+    return {first, indexAt(end, rate)};
+  return {first, std::max(first, static_cast<size_t>(
+                                     std::max(std::ceil(end * rate.value() - kTolerance) - 1, 0.0)))};
+}
+
 /// Settles the timeline's duration and the span. The first input that lasts leads: its length is theirs.
 void settleLength(const RenderPlan &plan, const std::vector<Input> &inputs, Settled &settled) {
   const bool still = MediaWriter::isStill(plan.output);
@@ -31,9 +49,12 @@ void settleLength(const RenderPlan &plan, const std::vector<Input> &inputs, Sett
   });
   const Input *const leading = found == inputs.end() ? nullptr : &*found;
   const double inputDuration = leading == nullptr ? 0 : leading->duration();
-  timeline.duration = plan.duration.value_or(inputDuration);
-  if (timeline.duration <= 0 && plan.frames)
-    timeline.duration = timeline.timeOfFrame(plan.frames->second + 1);
+  timeline.duration = plan.duration ? plan.duration->seconds(timeline.rate) : inputDuration;
+  std::optional<std::pair<size_t, size_t>> wanted;
+  if (plan.frames)
+    wanted = framesIn(*plan.frames, timeline.rate);
+  if (timeline.duration <= 0 && wanted)
+    timeline.duration = timeline.timeOfFrame(wanted->second + 1);
   const bool known = timeline.duration > 0;
   const bool onePicture = still || (plan.output == "-" && !inputs.empty() && leading == nullptr);
   if (!known)
@@ -41,13 +62,11 @@ void settleLength(const RenderPlan &plan, const std::vector<Input> &inputs, Sett
   const size_t all = framesIn(timeline.duration, timeline.rate);
   Span &span = settled.span;
   span.count = still ? 1 : all;
-  if (plan.frames) {
-    if (plan.frames->first > plan.frames->second)
-      throw HostError("--frames: the first frame comes after the last");
-    if (plan.frames->first >= all)
+  if (wanted) {
+    if (wanted->first >= all)
       throw HostError("--frames: there are only " + std::to_string(all) + " frames, from 0 on");
-    span.first = plan.frames->first;
-    span.count = std::min(plan.frames->second, all - 1) - span.first + 1;
+    span.first = wanted->first;
+    span.count = std::min(wanted->second, all - 1) - span.first + 1;
   }
   if (still && span.count != 1)
     throw HostError("\"" + plan.output + "\" holds a single picture; choose one with --frames N-N");

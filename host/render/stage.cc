@@ -41,11 +41,17 @@ void Stage::checkRenders(const Effect &effect) {
     throw HostError("\"" + effect.name + "\" is declared but does not render yet");
 }
 
+const std::string &Stage::fieldName(int field) const {
+  return instance_.effect().fields[static_cast<size_t>(field)].name;
+}
+
 void Stage::fail(double time) {
   Session &session = instance_.session();
   if (session.inputError)
     std::rethrow_exception(std::exchange(session.inputError, nullptr));
   std::string reason = session.faults.aborted() ? "stopped" : "rendered nothing";
+  if (const int field = instance_.missingInput(); field >= 0 && !session.faults.aborted())
+    reason += "; its input \"" + fieldName(field) + "\" has no file";
   for (const auto &message : session.messages)
     if (message)
       reason = *message;
@@ -85,9 +91,8 @@ std::unique_ptr<PictureBuffer> Stage::realTimeVideo(double time) {
   t_ZoHostInfo &info = *session.info();
   std::vector<int> fields = instance_.inputFields();
   if (!sameWithoutCase(info.Identity, "Halvenor"))
-    std::stable_partition(fields.begin(), fields.end(), [&](int field) {
-      return instance_.effect().fields[static_cast<size_t>(field)].name != "Background";
-    });
+    std::stable_partition(fields.begin(), fields.end(),
+                          [&](int field) { return fieldName(field) != "Background"; });
   for (size_t i = 0; i < std::size(info.InputBuffers); ++i) {
     info.InputBuffers[i] = nullptr;
     if (i >= fields.size())
@@ -95,8 +100,7 @@ std::unique_ptr<PictureBuffer> Stage::realTimeVideo(double time) {
     const auto *slots = session.parameters.inputs.find(fields[i], 0);
     Clip *clip = slots == nullptr || slots->empty() ? nullptr : slots->front();
     if (clip == nullptr)
-      throw HostError("\"" + instance_.effect().name + "\" needs its input \"" +
-                      instance_.effect().fields[static_cast<size_t>(fields[i])].name + "\"");
+      throw HostError("\"" + instance_.effect().name + "\" needs its input \"" + fieldName(fields[i]) + "\"");
     pic *picture = clip->frame(time, info.Width, info.Height);
     if (picture == nullptr || picture->Width != info.Width || picture->Height != info.Height)
       fail(time);

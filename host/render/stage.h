@@ -36,6 +36,7 @@ public:
 private:
   t_ZoHostInfo &prepare();
   std::unique_ptr<PictureBuffer> realTimeVideo(double time);
+  [[nodiscard]] const std::string &fieldName(int field) const;
   [[noreturn]] void fail(double time);
 
   Instance instance_;

@@ -24,10 +24,15 @@ TEST_F(Zol, ListsWhatTheHostIsGiven) {
 
 TEST_F(Zol, ShowsFieldsWithRangesAndDefaults) {
   const Outcome text = zol("show 'solid color'");
-  EXPECT_NE(text.out.find("Color: colour #rrggbb[aa] (default #0000ff)"), std::string::npos) << text.out;
+  EXPECT_NE(text.out.find("Color: colour #rrggbb[aa] or its name (default #0000ff)"), std::string::npos)
+      << text.out;
   EXPECT_EQ(text.out.find("<br>"), std::string::npos);
   const auto json = nlohmann::json::parse(zol("show 'SolidColor Zo2 native' --json").out);
   EXPECT_EQ(json["fields"][2]["default"], "1");
+  const auto blur = nlohmann::json::parse(zol("show blur --json").out);
+  EXPECT_EQ(blur["remarks"].size(), 1U);
+  EXPECT_NE(std::string(blur["fields"][1]["remarks"][0]).find("27 pixels at 1920"), std::string::npos);
+  EXPECT_NE(zol("show 'chain mix'").out.find("in seconds"), std::string::npos);
 }
 
 TEST_F(Zol, DeclarationsHaveNoErrors) {
@@ -129,6 +134,16 @@ TEST_F(Zol, AnimatesKeysOverTheSpan) {
   EXPECT_EQ(alpha(9), 255);
 }
 
+TEST_F(Zol, AnimatesPathsOverTheSpan) {
+  const std::string frames =
+      rendered("'solid color' --size 8x1 --rate 4 --duration 2 --frames 4-7 --set Alpha=1 "
+               "--set 'Geo=1s=M0 0H2V1H0Z;1.5s|=M4 0H6V1H4Z;2s=M0 0H2V1H0Z'");
+  ASSERT_EQ(frames.size(), 4U * 32);
+  const int lefts[] = {0, 2, 4, 4};
+  for (int i = 0; i < 32; ++i)
+    EXPECT_EQ(frames[static_cast<size_t>(4 * i + 3)] != 0, i % 8 / 2 * 2 == lefts[i / 8]) << i;
+}
+
 TEST_F(Zol, ChainsEffects) {
   make("still.png", "-f lavfi -i testsrc2=s=32x16 -frames:v 1");
   render("copy -i still.png ! copy ! copy -o chain.png");
@@ -139,6 +154,24 @@ TEST_F(Zol, RefusesWhatCannotBeDoneInOneLine) {
   make("still.png", "-f lavfi -i testsrc2=s=32x16 -frames:v 1");
   shell("echo no picture > broken.png; mkdir folder");
   fails("frobnicate", "frobnicate", 2);
+  fails("shwo blur", "did you mean \"show\"?", 2);
+  fails("list --jso", "did you mean --json?", 2);
+  fails("slowmo a.mp4 -o b.mp4 -ss 1", "no option -ss", 2);
+  fails("render copy -i still.png -ss 1 -o out.png", "-ss stands before the -i", 2);
+  fails("render copy copy -i still.png -o out.png", "\"copy\" is not expected", 2);
+  fails("render copy -ss soon -i still.png -o out.png", "-ss takes a time", 2);
+  fails("render copy -t 5f -i still.png -o out.png", "--rate", 2);
+  fails("render copy -ss 3 -to 2 -i still.png -o out.png", "nothing is left", 2);
+  fails("render copy -to 3 -t 2 -i still.png -o out.png", "exclude each other", 2);
+  fails("render copy -ss 3 -ss 2 -i still.png -o out.png", "twice", 2);
+  fails("render copy --rate 0.0001 -i still.png -o out.png", "--rate takes", 2);
+  fails("render copy --alpha none -i still.png -o out.png", "auto, keep or drop", 2);
+  fails("render copy --preset look.json -i still.png -o out.png", "exclude each other", 2);
+  fails("render --preset absent.json -i still.png -o out.png", "cannot read absent.json: No such file");
+  fails("render mix -i still.png --set Transition=0.5 -o out.png", "its input \"Input B\" has no file");
+  fails("render copy -i still.png ! copy -i still.png -o out.png", "has 1 input, but 2 were given");
+  fails("render 'fill geometry' -o out.png --set 'Geometry=0=M0 0H5V5Z;1=M0 0H5V5H0Z'", "not of equal build");
+  fails("render copy -i \"$(printf 'a\\033[31m')\" -o out.png", "a\\x1b[31m");
   fails("render", "effect", 2);
   fails("render copy -i still.png -o out.png --size 10", "--size takes", 2);
   fails("render copy -i still.png -o out.png --frames 5-x", "--frames takes", 2);
@@ -149,7 +182,7 @@ TEST_F(Zol, RefusesWhatCannotBeDoneInOneLine) {
   fails("render copy -i absent.png -o out.png", "absent.png");
   fails("render copy -i broken.png -o out.png", "broken.png");
   fails("render copy -o out.png", "Input not assigned");
-  fails("render copy -i still.png -i still.png -o out.png", "has 1 input");
+  fails("render copy -i still.png -i still.png -o out.png", "has 1 input, but 2 were given");
   fails("render copy -i still.png -o still.png", "still.png");
   fails("render copy -i still.png -o absent/out.png", "absent");
   fails("render copy -i still.png -o folder", "folder");
@@ -159,11 +192,96 @@ TEST_F(Zol, RefusesWhatCannotBeDoneInOneLine) {
   fails("render copy -i still.png -o out.png --frames 0-2", "single picture");
   fails("render 'solid color' -o out.png --set Alpha=1.5", "from 0 to 1");
   fails("render 'solid color' -o out.png --set Alpha=much", "from 0 to 1");
-  fails("render 'solid color' -o out.png --set Color=red", "#rrggbb");
+  fails("render 'solid color' -o out.png --set Color=reddish", "#rrggbb");
   fails("render 'solid color' -o out.png --set Geo=circle", "Geo");
   fails("render 'solid color' -o out.png --set Colour=#ffffff", "did you mean \"Color\"?");
   fails("render copy -i still.png -o - > /dev/full", "No space left");
   fails("list --library absent.so", "absent.so");
+}
+
+TEST_F(Zol, FitsInputsOfAnotherShape) {
+  make("red.png", "-f lavfi -i color=red:s=16x8,format=rgb24 -frames:v 1");
+  make("clear.png", "-f lavfi -i color=red:s=16x8,format=rgba -frames:v 1");
+  const std::string red("\0\0\xFF\xFF", 4), black("\0\0\0\xFF", 4), clear(4, '\0');
+  const auto bars = [&](const std::string &bar) {
+    std::string all;
+    for (int i = 0; i < 64; ++i)
+      all += i / 8 < 2 || i / 8 >= 6 ? bar : red;
+    return all;
+  };
+  EXPECT_EQ(rendered("copy -i red.png --size 8x8 --frames 0"), bars(black));
+  EXPECT_EQ(rendered("copy -i clear.png --size 8x8 --frames 0"), bars(clear));
+  for (const char *fit : {"crop", "stretch"})
+    EXPECT_EQ(rendered("copy -i red.png --size 8x8 --frames 0 --fit " + std::string(fit)), bars(red)) << fit;
+}
+
+TEST_F(Zol, KeepsWhatWasAskedAsAPreset) {
+  make("a.png", "-f lavfi -i testsrc2=s=32x16 -frames:v 1");
+  make("b.png", "-f lavfi -i testsrc=s=32x16 -frames:v 1");
+  render("blur -ss 10f -t 500ms -i a.png --set Blurriness=0.05 ! mix -to 0:02 -i b.png --set Transition=0.5 "
+         "--rate 50 -o one.png --save-preset look.json");
+  const auto stages = nlohmann::json::parse(contents(path("look.json")))["stages"];
+  EXPECT_EQ(stages[0]["inputs"], R"([{"file":"a.png","start":0.2,"end":0.7}])"_json);
+  EXPECT_EQ(stages[1]["inputs"], R"([{"file":"b.png","end":2.0}])"_json);
+  EXPECT_EQ(rendered("--preset look.json --frames 0"), pixels("one.png"));
+  EXPECT_EQ(rendered("--preset look.json -i b.png --set Blurriness=0 --frames 0"), pixels("b.png"));
+  EXPECT_EQ(rendered("copy -i b.png ! --preset look.json --set Blurriness=0 --frames 0"), pixels("b.png"));
+  fails("render copy -i a.png -o out.png --save-preset look.json", "exists");
+}
+
+TEST_F(Zol, TellsProgressAndNotesToPrograms) {
+  const std::string card =
+      "'solid color' --size 4x4 --rate 10 --duration 1 -y -o card.nut --set 'Alpha=0=0;8.3=1'";
+  EXPECT_EQ(zol("render " + card).err.rfind("zol: note: field \"Alpha\": the key at 8.3 lies outside", 0),
+            0U);
+  EXPECT_EQ(zol("render --quiet " + card).err, "");
+  std::istringstream lines(zol("render --progress json " + card).err);
+  std::vector<nlohmann::json> objects;
+  for (std::string line; std::getline(lines, line);)
+    objects.push_back(nlohmann::json::parse(line));
+  ASSERT_GE(objects.size(), 3U);
+  EXPECT_TRUE(objects.front().contains("note"));
+  EXPECT_EQ(objects.back()["finished"], true);
+  EXPECT_EQ(objects.back()["done"], 10);
+  EXPECT_EQ(objects.back()["all"], 10);
+  EXPECT_GT(objects[1]["fps"], 0.0);
+  const auto error = nlohmann::json::parse(zol("render copy -i absent.png -o out.png --progress json").err);
+  EXPECT_NE(std::string(error["error"]).find("absent.png"), std::string::npos);
+}
+
+TEST_F(Zol, HelpManualAndCompletionKnowEveryOption) {
+  EXPECT_EQ(zol("--version").out.rfind("zol ", 0), 0U);
+  EXPECT_EQ(zol("help render").out, zol("render --help").out);
+  std::string manual = zol("help --man").out;
+  manual.erase(std::remove(manual.begin(), manual.end(), '\\'), manual.end());
+  std::istringstream help(zol("help render").out);
+  size_t options = 0;
+  for (std::string line; std::getline(help, line);)
+    if (line.starts_with("  -") && !line.starts_with("  -h")) {
+      const std::string name = line.substr(2, line.find_first_of(" ,", 3) - 2);
+      ++options;
+      EXPECT_NE(manual.find("fB" + name), std::string::npos) << name;
+      EXPECT_NE(zol("complete render " + name).out.find(name + '\n'), std::string::npos) << name;
+    }
+  EXPECT_GT(options, 30U);
+  const std::pair<const char *, const char *> completed[] = {
+      {"re", "render\n"},
+      {"render sol", "solid color\n"},
+      {"render COLOR", ""},
+      {"render compositing/c", "compositing/color keyer\n"},
+      {"render blur -i x ! solid", "solid color\n"},
+      {"render blur -i ''", ""},
+      {"render blur -i x --set B", "Blurriness=\n"},
+      {"render blur --alpha ''", "auto\nkeep\ndrop\n"},
+      {"slowmo x --method v", "vector\n"},
+      {"completion z", "zsh\n"},
+  };
+  for (const auto &[words, found] : completed)
+    EXPECT_EQ(zol("complete " + std::string(words)).out, found) << words;
+  const Outcome bash =
+      shell("bash -c 'eval \"$(" ZOL_BUILD_DIR "/zol completion bash)\"; COMP_WORDS=(" ZOL_BUILD_DIR
+            "/zol render soli); COMP_CWORD=2; _zol; echo ${COMPREPLY[@]}'");
+  EXPECT_EQ(bash.out, "solid\\ color\n") << bash.err;
 }
 
 TEST_F(Zol, ReplacesAFileOnlyWhenTold) {

@@ -231,7 +231,7 @@ Trial::Trial(const Subject &subject, const Setup &setup)
     if (type == FieldType::geometry)
       setGeometry(field, std::make_unique<OutlineShape>(outline(setup.values, setup.width, setup.height)));
   }
-  instance_->assignInputs(assigned);
+  instance_->assignInputs(assigned, instance_->inputFields());
   if (setup.values != 0)
     setValues(setup.values);
 

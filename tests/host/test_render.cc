@@ -5,6 +5,7 @@
 #include "host/media/writer.h"
 #include "host/model/error.h"
 #include "host/render/plan.h"
+#include "host/render/preset.h"
 #include "host/render/render.h"
 #include "host/render/slowmo.h"
 #include "host/render/stage.h"
@@ -44,9 +45,10 @@ TEST(RenderPlan, GoesToJsonAndBack) {
   plan.library = "lib.so";
   plan.host = "Quorbel";
   plan.size = {64, 48};
+  plan.fit = Fit::crop;
   plan.rate = Rational(30000, 1001);
   plan.duration = 0.1;
-  plan.frames = {3, 5};
+  plan.frames = {Time::frame(3), Time::frame(5)};
   plan.sampleRate = 44100;
   plan.channels = 3;
   plan.block = 777;
@@ -79,7 +81,8 @@ TEST(RenderPlan, RefusesWhatIsNone) {
       {R"([])", "is an object"},
       {R"({"size":[1]})", "\"size\" cannot be [1]"},
       {R"({"size":[1,2.5]})", "\"size\""},
-      {R"({"frames":[-1,2]})", "\"frames\""},
+      {R"({"frames":[1,2]})", "\"frames\""},
+      {R"({"duration":"2 weeks"})", "\"duration\" cannot be"},
       {R"({"channels":-1})", "\"channels\""},
       {R"({"channels":99999999999})", "\"channels\""},
       {R"({"rate":25})", "\"rate\""},
@@ -94,6 +97,65 @@ TEST(RenderPlan, RefusesWhatIsNone) {
   for (const auto &[text, reason] : cases) {
     const std::string error = errorOf([&, json = text] { planFromJson(nlohmann::json::parse(json)); });
     EXPECT_NE(error.find(reason), std::string::npos) << text << ": " << error;
+  }
+}
+
+TEST(Preset, KeepsStagesAlone) {
+  std::string name = (fs::temp_directory_path() / "zol-preset-XXXXXX").string();
+  const fs::path folder = mkdtemp(name.data());
+  const std::string file = (folder / "look.json").string();
+  const std::vector<StagePlan> stages = {{"blur", {{"a.png", 0.5, {}}}, {{"Blurriness", "0~=1;2s=0"}}},
+                                         {"copy", {}, {}}};
+  savePreset(file, stages, false);
+  EXPECT_EQ(loadPreset(file), stages);
+  EXPECT_NE(errorOf([&] { savePreset(file, {}, false); }).find("exists"), std::string::npos);
+  EXPECT_NE(errorOf([&] { savePreset((folder / "absent/x").string(), stages, true); }).find("No such file"),
+            std::string::npos);
+  EXPECT_NE(errorOf([&] { savePreset(file, {{"b\xFF", {}, {}}}, true); }).find("UTF-8"), std::string::npos);
+  EXPECT_EQ(loadPreset(file), stages);
+  const std::pair<const char *, const char *> broken[] = {
+      {"{", "no JSON"}, {"{}", "no stages"}, {R"({"stages":[{"efect":""}]})", "did you mean \"effect\"?"}};
+  for (const auto &[text, reason] : broken) {
+    std::ofstream(file) << text;
+    const std::string error = errorOf([&] { loadPreset(file); });
+    EXPECT_NE(error.find(reason), std::string::npos) << error;
+    EXPECT_NE(error.find("look.json"), std::string::npos) << error;
+  }
+  fs::remove_all(folder);
+}
+
+TEST(Fit, KeepsShapes) {
+  struct Shape {
+    int width, height;
+    double pixelAspect;
+  };
+  struct Case {
+    Shape from, to;
+    std::pair<double, double> letterboxed, cropped; // what is filled, what is taken
+  };
+  const Case cases[] = {
+      {{1920, 1080, 1}, {1280, 720, 1}, {1280, 720}, {1920, 1080}},
+      {{853, 480, 1}, {1920, 1080, 1}, {1920, 1080}, {853, 480}}, // within a pixel of it
+      {{720, 576, 64 / 45.0}, {1024, 576, 1}, {1024, 576}, {720, 576}},
+      {{720, 576, 16 / 15.0}, {720, 576, 64 / 45.0}, {540, 576}, {720, 432}},
+      {{1000, 500, 1}, {500, 500, 1}, {500, 250}, {500, 500}},
+      {{500, 1000, 1}, {1000, 500, 1}, {250, 500}, {500, 250}},
+      {{10000, 1, 1}, {10, 10, 1}, {10, 1}, {1, 1}},
+  };
+  for (const auto &[from, to, letterboxed, cropped] : cases) {
+    const auto layout = [](const Shape &shape) {
+      return PictureLayout{.width = shape.width, .height = shape.height, .pixelAspect = shape.pixelAspect};
+    };
+    const Placement whole = place(layout(from), layout(to), Fit::letterbox),
+                    part = place(layout(from), layout(to), Fit::crop),
+                    drawn = place(layout(from), layout(to), Fit::stretch);
+    EXPECT_EQ(std::pair(whole.target.width, whole.target.height), letterboxed) << from.width;
+    EXPECT_EQ(whole.source.width, from.width);
+    EXPECT_NEAR(part.source.width, cropped.first, 1e-6) << from.width;
+    EXPECT_NEAR(part.source.height, cropped.second, 1e-6) << from.width;
+    EXPECT_EQ(part.target.width, to.width);
+    EXPECT_EQ(drawn.target.width, to.width);
+    EXPECT_EQ(drawn.source.height, from.height);
   }
 }
 

@@ -1,4 +1,5 @@
 // What a geometry handle hands over, and that the library's fill of it covers the outline's own area.
+#include "host/geometry/keyed_shape.h"
 #include "host/geometry/shape.h"
 #include "host/services/session.h"
 #include "kernels/exports/shape.h"
@@ -162,6 +163,29 @@ TEST(Shape, IsFilledByItsOwnArea) {
     EXPECT_NEAR(filledArea / area, 1, 0.011) << path;
     EXPECT_LT(off / area, 0.015) << path;
   }
+}
+
+TEST(Shape, GoesFromKeyToKeyPointByPoint) {
+  const auto boxAt = [](const Shape &shape, double time) {
+    double box[4];
+    shape.box(box, time);
+    return std::vector<double>(box, box + 4);
+  };
+  const auto key = [](double time, const char *path, Course course = Course::line) {
+    return GeometryKey{time, readPath(path), course};
+  };
+  const auto shape =
+      shapeOf({key(2, "M0 0H10V10Z"), key(4, "M20 0H40V20Z", Course::hold), key(6, "M0 0H1V1Z")});
+  EXPECT_EQ(boxAt(*shape, 0), (std::vector<double>{0, 0, 10, 10}));
+  EXPECT_EQ(boxAt(*shape, 3), (std::vector<double>{10, 0, 25, 15}));
+  EXPECT_EQ(boxAt(*shape, 5.9), (std::vector<double>{20, 0, 40, 20}));
+  Recorded recorded{{}, 9};
+  EXPECT_EQ(shape->curves(3, true, &recorded, record), 1);
+  ASSERT_EQ(recorded.segments.size(), 3U);
+  EXPECT_NEAR(recorded.segments[1].P1[0], 25 + 1.0 / 1024, 1e-12);
+  EXPECT_NEAR(recorded.segments[1].P1[1], 15 + 1.0 / 1024, 1e-12);
+  for (const char *other : {"M0 0H1V1H0Z", "M0 0H1V1", "M0 0H1V1Z M5 5H6V6Z", ""})
+    EXPECT_THROW(shapeOf({key(0, "M0 0H10V10Z"), key(1, other)}), GeometryError) << other;
 }
 
 } // namespace

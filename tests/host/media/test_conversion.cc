@@ -295,7 +295,7 @@ PictureLayout layoutOf(const std::string &name, int width, int height, ColorCodi
 PictureLayout bgraLayout(int width, int height) { return {kBgra, width, height, {}, false, 1}; }
 
 Bytes converted(const PictureLayout &from, const Bytes &picture, const PictureLayout &to,
-                Fit fit = Fit::Stretch, uint32_t bars = 0xFF000000) {
+                Fit fit = Fit::stretch, uint32_t bars = 0xFF000000) {
   EXPECT_EQ(picture.size(), from.bytes());
   Bytes result(to.bytes(), 0xA5);
   Converter(from, to, fit, bars).convert(picture.data(), result.data());
@@ -476,11 +476,11 @@ TEST_F(Conversion, PlacesPicturesOfOtherShapes) {
     }
     return rows;
   };
-  EXPECT_EQ(count(wide, white, Fit::Letterbox), 16);
-  EXPECT_EQ(count(wide, white, Fit::Stretch), 50);
-  EXPECT_EQ(count(wide, white, Fit::Crop), 50);
+  EXPECT_EQ(count(wide, white, Fit::letterbox), 16);
+  EXPECT_EQ(count(wide, white, Fit::stretch), 50);
+  EXPECT_EQ(count(wide, white, Fit::crop), 50);
   wide.pixelAspect = 0.5;
-  EXPECT_EQ(count(wide, white, Fit::Letterbox), 31);
+  EXPECT_EQ(count(wide, white, Fit::letterbox), 31);
 
   // A crop shows the middle: thirds of red, green and blue leave green.
   const PictureLayout bands = bgraLayout(150, 50);
@@ -489,7 +489,7 @@ TEST_F(Conversion, PlacesPicturesOfOtherShapes) {
     const uint32_t colour = 0xFF000000 | 0xFFu << 8 * (i % 150 / 50);
     std::memcpy(&thirds[static_cast<size_t>(4 * i)], &colour, 4);
   }
-  const Bytes middle = converted(bands, thirds, square, Fit::Crop);
+  const Bytes middle = converted(bands, thirds, square, Fit::crop);
   for (int x = 2; x < 48; ++x)
     EXPECT_EQ(pixelAt(square, middle, x, 25), 0xFF00FF00);
 }
@@ -546,7 +546,7 @@ TEST_F(Conversion, FieldsStayApart) {
 TEST_F(Conversion, ExtendsToTheEvenSizesThatEncodersTake) {
   const PictureLayout odd = bgraLayout(33, 17), even = layoutOf("yuv420p", 34, 18);
   const Bytes picture = patternBgra(33, 17);
-  const Bytes extended = converted(odd, picture, even, Fit::Extend);
+  const Bytes extended = converted(odd, picture, even, Fit::extend);
   const PictureLayout larger = bgraLayout(34, 18);
   Bytes repeated(larger.bytes());
   for (int y = 0; y < 18; ++y)
@@ -559,7 +559,7 @@ TEST_F(Conversion, ExtendsToTheEvenSizesThatEncodersTake) {
 
 TEST_F(Conversion, TakesEverySmallSize) {
   for (const char *name : {"yuv420p", "yuva420p", "yuv410p", "gray10le", "gbrp", "bgra"})
-    for (const Fit fit : {Fit::Stretch, Fit::Letterbox, Fit::Crop, Fit::Extend})
+    for (const Fit fit : {Fit::stretch, Fit::letterbox, Fit::crop, Fit::extend})
       for (int size = 0; size < 256; ++size) {
         const int width = 1 + size % 4, height = 1 + size / 4 % 4;
         PictureLayout from =
@@ -582,23 +582,23 @@ TEST_F(Conversion, RefusesWhatItCannotDo) {
 TEST(Placement, KeepsTheShapeAndTheFields) {
   PictureLayout from = bgraLayout(720, 576);
   PictureLayout to = bgraLayout(1920, 1080);
-  Rect target = place(from, to, Fit::Letterbox).target;
+  Rect target = place(from, to, Fit::letterbox).target;
   EXPECT_EQ(target.width, 1350);
   EXPECT_EQ(target.x, 285);
   EXPECT_EQ(target.height, 1080);
   from.pixelAspect = 64.0 / 45;
-  target = place(from, to, Fit::Letterbox).target;
+  target = place(from, to, Fit::letterbox).target;
   EXPECT_EQ(target.width, 1920);
   EXPECT_EQ(target.height, 1080);
   from = bgraLayout(1920, 800);
   from.interlaced = true;
   to = bgraLayout(1920, 1078);
-  EXPECT_EQ(place(from, to, Fit::Letterbox).target.y, 138); // 139 would swap the fields
-  const Rect source = place(bgraLayout(400, 300), bgraLayout(100, 100), Fit::Crop).source;
+  EXPECT_EQ(place(from, to, Fit::letterbox).target.y, 138); // 139 would swap the fields
+  const Rect source = place(bgraLayout(400, 300), bgraLayout(100, 100), Fit::crop).source;
   EXPECT_EQ(source.x, 50);
   EXPECT_EQ(source.width, 300);
   EXPECT_EQ(source.height, 300);
-  EXPECT_EQ(place(bgraLayout(10000, 1), bgraLayout(100, 100), Fit::Letterbox).target.height, 1);
+  EXPECT_EQ(place(bgraLayout(10000, 1), bgraLayout(100, 100), Fit::letterbox).target.height, 1);
 }
 
 TEST(BgraRows, JoinAndSplitEveryLength) {

@@ -1,0 +1,27 @@
+// The words of `zol render` as a plan.
+#pragma once
+
+#include "apps/zol/commands.h"
+
+#include "host/render/plan.h"
+
+#include <string>
+#include <vector>
+
+namespace zol::command {
+
+/// What the words ask for besides the plan.
+struct RenderWords {
+  host::RenderPlan plan;
+  std::string savePreset; ///< a file, or empty
+  bool dryRun = false, help = false;
+  TellingOptions telling;
+};
+
+/// For help and completion: what renderWords reads in every stage.
+void addRenderOptions(CLI::App &app);
+
+/// Reads the words behind "render". Throws CLI::ParseError, and HostError for a preset that cannot be read.
+RenderWords renderWords(const std::vector<std::string> &words);
+
+} // namespace zol::command
