@@ -1,5 +1,6 @@
 #include "host/media/format.h"
 
+#include "host/media/zscale.h"
 #include "host/model/error.h"
 #include "host/model/names.h"
 #include "host/model/text.h"
@@ -461,6 +462,18 @@ std::string subtitleEncoding(const Format &format, const std::string &codec) {
 
 // ---- Pixels ----
 
+std::optional<ColorCoding> codingOf(Colours colours, int width, int height) {
+  const bool highDefinition = width >= 1280 || height >= 720;
+  switch (colours) {
+  case asis:
+  case palette: break;
+  case Colours::jpeg: return ColorCoding{ColorMatrix::Bt601, true, ChromaSite::Center};
+  case bt709: return ColorCoding{ColorMatrix::Bt709};
+  case untagged: return ColorCoding{highDefinition ? ColorMatrix::Bt709 : ColorMatrix::Bt601};
+  }
+  return std::nullopt;
+}
+
 namespace {
 
 /// Repeats the last column and row where the chroma needs even sizes.
@@ -475,10 +488,19 @@ std::string evenSize(std::string_view pixelFormat, int width, int height) {
          ",fillborders=right=" + std::to_string(right) + ":bottom=" + std::to_string(bottom) + ":mode=smear,";
 }
 
-std::string conversion(const PictureEncoding &encoding, const PictureShape &shape) {
+std::string conversion(const PictureEncoding &encoding, const PictureShape &shape, bool zscale) {
   const std::string_view format = encoding.pixelFormat;
   const std::string asFormat = format.empty() ? "" : ",format=" + encoding.pixelFormat;
   const auto convert = [&](const char *range, const char *matrix) {
+    const PixelFormat planes = pipeFormat(format);
+    const auto coding = codingOf(encoding.colours, shape.width, shape.height);
+    if (zscale && coding && planes.family == ColorFamily::Yuv) {
+      PictureLayout from{kBgra, planes.roundedWidth(shape.width), planes.roundedHeight(shape.height)},
+          to = from;
+      to.format = planes;
+      to.coding = *coding;
+      return zscaleFilters(from, to) + (planes.name() == format ? "" : asFormat);
+    }
     return std::string("scale=out_range=") + range + ":out_color_matrix=" + matrix +
            (shape.fields == FieldOrder::none ? "" : ":interl=1") +
            ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp" + asFormat;
@@ -501,22 +523,11 @@ std::string conversion(const PictureEncoding &encoding, const PictureShape &shap
 
 } // namespace
 
-std::optional<ColorCoding> codingOf(Colours colours, int width, int height) {
-  const bool highDefinition = width >= 1280 || height >= 720;
-  switch (colours) {
-  case asis:
-  case palette: break;
-  case Colours::jpeg: return ColorCoding{ColorMatrix::Bt601, true, ChromaSite::Center};
-  case bt709: return ColorCoding{ColorMatrix::Bt709};
-  case untagged: return ColorCoding{highDefinition ? ColorMatrix::Bt709 : ColorMatrix::Bt601};
-  }
-  return std::nullopt;
-}
-
-std::string filtersFor(const PictureEncoding &encoding, const PictureShape &shape, const PixelFormat &from) {
+std::string filtersFor(const PictureEncoding &encoding, const PictureShape &shape, const PixelFormat &from,
+                       bool zscale) {
   std::string filters;
   if (from == kBgra)
-    filters = conversion(encoding, shape);
+    filters = conversion(encoding, shape, zscale && shape.fields == FieldOrder::none);
   else if (from.name() != encoding.pixelFormat)
     filters = "format=" + encoding.pixelFormat; // the same samples in another order
   const auto append = [&](const std::string &filter) { (filters += filters.empty() ? "" : ",") += filter; };

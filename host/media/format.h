@@ -95,7 +95,9 @@ struct PictureShape {
 /// How the samples of YUV pictures are coded; nothing where that is ffmpeg's matter.
 std::optional<ColorCoding> codingOf(Colours colours, int width, int height);
 
-/// ffmpeg's filters that bring pictures of a format, BGRA or what codingOf() tells, to an encoding.
-std::string filtersFor(const PictureEncoding &encoding, const PictureShape &shape, const PixelFormat &from);
+/// ffmpeg's filters that bring pictures of a format, BGRA or what codingOf() tells, to an encoding; by zscale
+/// where it may be and can.
+std::string filtersFor(const PictureEncoding &encoding, const PictureShape &shape, const PixelFormat &from,
+                       bool zscale);
 
 } // namespace zol::host

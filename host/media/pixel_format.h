@@ -28,6 +28,13 @@ struct PixelFormat {
     return family == ColorFamily::Yuv && (plane == 1 || plane == 2);
   }
   [[nodiscard]] int sampleBytes() const { return packed ? 4 : depth > 8 ? 2 : 1; }
+  /// Sizes up to which chroma is whole.
+  [[nodiscard]] int roundedWidth(int width) const {
+    return (width + (1 << chromaShiftX) - 1) >> chromaShiftX << chromaShiftX;
+  }
+  [[nodiscard]] int roundedHeight(int height) const {
+    return (height + (1 << chromaShiftY) - 1) >> chromaShiftY << chromaShiftY;
+  }
   /// As ffmpeg names it.
   [[nodiscard]] std::string name() const;
 

@@ -42,9 +42,12 @@ void Source::findFile() {
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(file_, error);
   if (std::filesystem::is_fifo(status) || std::filesystem::is_socket(status)) {
-    opened_ = Descriptor(open(file_.c_str(), O_RDONLY | O_CLOEXEC));
+    // Opening would wait for a writer, in any thread, and heed no signal: waiting for its first bytes does.
+    opened_ = Descriptor(open(file_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!opened_)
       throw HostError("cannot read " + file_ + ": " + errorMessage(errno));
+    awaitDescriptor(opened_.get(), POLLIN);
+    fcntl(opened_.get(), F_SETFL, fcntl(opened_.get(), F_GETFL) & ~O_NONBLOCK);
     fd_ = opened_.get();
     address_.url = "pipe:0";
   } else if (std::filesystem::is_directory(status)) {

@@ -1,5 +1,6 @@
 #include "host/media/video_reader.h"
 
+#include "host/media/zscale.h"
 #include "host/model/text.h"
 
 #include <algorithm>
@@ -91,32 +92,8 @@ PictureLayout VideoReader::frameLayout() const {
   return {.width = options_.width, .height = options_.height, .pixelAspect = options_.pixelAspect};
 }
 
-/// The filters that bring all pictures to what the pipe carries. They do nothing to those that are as the
-/// file says.
-std::string VideoReader::scaling() const {
-  const auto pair = [](double a, double b) {
-    return std::to_string(std::lround(a)) + ':' + std::to_string(std::lround(b));
-  };
-  const PictureLayout pipe = pipeLayout();
-  const std::string flags = ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp",
-                    format = ",format=" + pipe.format.name();
-  if (Converter::available())
-    return "scale=" + pair(pipe.width, pipe.height) + flags + format;
-  const PictureLayout own{.width = info_.width, .height = info_.height, .pixelAspect = info_.pixelAspect};
-  const auto [source, target] = place(own, pipe, options_.fit);
-  std::string filters;
-  if (source.width < own.width || source.height < own.height)
-    filters = "crop=" + pair(source.width, source.height) + ':' + pair(source.x, source.y) + ":exact=1,";
-  filters += "scale=" + pair(target.width, target.height) + flags + format;
-  if (target.width < pipe.width || target.height < pipe.height)
-    filters += ",pad=" + pair(pipe.width, pipe.height) + ':' + pair(target.x, target.y) + ":black@" +
-               (info_.alpha ? "0" : "1");
-  return filters;
-}
-
-PictureLayout VideoReader::pipeLayout() const {
-  if (!Converter::available()) // ffmpeg does it all
-    return frameLayout();
+/// As pictures come out of the decoder, turned.
+PictureLayout VideoReader::sourceLayout() const {
   PictureLayout layout{info_.pixels, info_.width,      info_.height,
                        info_.coding, info_.interlaced, info_.pixelAspect};
   if (info_.turned || info_.orientation != 1) { // the places of chroma and fields are turned too
@@ -126,6 +103,41 @@ PictureLayout VideoReader::pipeLayout() const {
       layout.format.chromaShiftX = layout.format.chromaShiftY = 0;
   }
   return layout;
+}
+
+PictureLayout VideoReader::pipeLayout() const {
+  return Converter::available() ? sourceLayout() : frameLayout();
+}
+
+/// The filters that bring all pictures to what the pipe carries. They do nothing to those that are as the
+/// file says.
+std::string VideoReader::scaling() const {
+  const auto pair = [](double a, double b) {
+    return std::to_string(std::lround(a)) + ':' + std::to_string(std::lround(b));
+  };
+  const auto scale = [&](const PictureLayout &to) {
+    return "scale=" + pair(to.width, to.height) +
+           ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp,format=" + to.format.name();
+  };
+  const PictureLayout own = sourceLayout(), pipe = pipeLayout();
+  if (Converter::available())
+    return scale(pipe);
+  const auto [source, target] = place(own, pipe, options_.fit);
+  PictureLayout part = own, placed = pipe;
+  const bool exact = own.format.family == ColorFamily::Yuv && !own.interlaced && hasZscale(options_.programs);
+  std::string filters = exact ? scale(own) + ',' : "";
+  if (source.width < own.width || source.height < own.height) {
+    filters += "crop=" + pair(source.width, source.height) + ':' + pair(source.x, source.y) + ":exact=1,";
+    part.width = static_cast<int>(std::lround(source.width));
+    part.height = static_cast<int>(std::lround(source.height));
+  }
+  placed.width = static_cast<int>(target.width);
+  placed.height = static_cast<int>(target.height);
+  filters += exact ? zscaleFilters(part, placed) : scale(placed);
+  if (target.width < pipe.width || target.height < pipe.height)
+    filters += ",pad=" + pair(pipe.width, pipe.height) + ':' + pair(target.x, target.y) + ":black@" +
+               (info_.alpha ? "0" : "1");
+  return filters;
 }
 
 void VideoReader::setRate(Rational rate) {
@@ -342,6 +354,11 @@ bool VideoReader::reaches(size_t index) {
   if (!count_)
     (void)at(index);
   return !count_ || index < *count_;
+}
+
+void VideoReader::prepare(size_t index) {
+  if (cursors_.empty())
+    open(cursors_.emplace_back(), info_.still ? 0 : index);
 }
 
 std::shared_ptr<const Frame> VideoReader::at(size_t index) try {

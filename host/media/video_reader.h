@@ -67,6 +67,9 @@ public:
   /// at().
   void writeSoundTo(std::string file) { soundFile_ = std::move(file); }
 
+  /// Begins to read at a frame, so that it is there sooner when at() asks for it.
+  void prepare(size_t index);
+
   /// The frame shown at `start + index / rate`; the last one for every index behind the end; a still always.
   /// The same index gives the same bytes in any order of calls. Next frames, those of the window and those
   /// that were asked for lately are cheap, also at a few places of a file in turn; others start a child anew
@@ -99,6 +102,7 @@ private:
     uint64_t used = 0;
   };
 
+  [[nodiscard]] PictureLayout sourceLayout() const;
   [[nodiscard]] PictureLayout pipeLayout() const;
   [[nodiscard]] PictureLayout frameLayout() const;
   [[nodiscard]] std::string scaling() const;

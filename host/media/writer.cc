@@ -1,5 +1,6 @@
 #include "host/media/writer.h"
 
+#include "host/media/zscale.h"
 #include "host/model/text.h"
 
 #include <algorithm>
@@ -163,8 +164,7 @@ PictureLayout MediaWriter::pipeLayout() const {
   const PixelFormat format = pipeFormat(encoding.pixelFormat);
   if (!coding || format.family != ColorFamily::Yuv)
     return layout;
-  const auto roundedUp = [](int size, int shift) { return (size + (1 << shift) - 1) >> shift << shift; };
-  return {format, roundedUp(o.width, format.chromaShiftX), roundedUp(o.height, format.chromaShiftY), *coding,
+  return {format, format.roundedWidth(o.width), format.roundedHeight(o.height), *coding,
           o.fields != FieldOrder::none && encoding.fields};
 }
 
@@ -174,8 +174,11 @@ void MediaWriter::addPictureWords(Words &args, const std::string &input) const {
   const PictureEncoding encoding = encodingOfPictures();
   add(args, {"-map", input + ":v:0"});
   const bool fields = o.fields != FieldOrder::none && encoding.fields;
-  std::string filters = filtersFor(
-      encoding, {o.width, o.height, o.pixelAspect, fields ? o.fields : FieldOrder::none}, pipe_.format);
+  const bool zscale =
+      !Converter::available() && codingOf(encoding.colours, o.width, o.height) && hasZscale(o.programs);
+  std::string filters =
+      filtersFor(encoding, {o.width, o.height, o.pixelAspect, fields ? o.fields : FieldOrder::none},
+                 pipe_.format, zscale);
   if (!o.filter.empty())
     filters = filters.empty() ? o.filter : o.filter + ',' + filters;
   if (!filters.empty())

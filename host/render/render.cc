@@ -4,6 +4,7 @@
 #include "host/render/pictures.h"
 #include "host/render/sound.h"
 
+#include <future>
 #include <utility>
 
 namespace zol::host {
@@ -21,8 +22,11 @@ RenderJob::RenderJob(RenderPlan plan) : RenderJob(plan, libraryOf(plan)) {}
 RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library)
     : plan_(std::move(plan)), library_(std::move(library)), setup_(plan_, *library_) {
   checkOutput(plan_, setup_);
+  std::vector<std::future<Input>> opened; // all at once: each waits for a child that looks into its file
   for (const InputPlan &input : setup_.inputs)
-    inputs_.emplace_back(input, setup_.sound, plan_);
+    opened.push_back(std::async(std::launch::async, [&] { return Input(input, setup_.sound, plan_); }));
+  for (std::future<Input> &input : opened)
+    inputs_.push_back(input.get());
   settled_ = setup_.sound ? settleSound(plan_, inputs_) : settlePictures(plan_, inputs_);
   for (Input &input : inputs_)
     input.bringTo(settled_.timeline);
@@ -57,6 +61,8 @@ void RenderJob::runPictures(const Progress &progress) {
   writer_->prepare();
   if (output_.soundStream)
     inputs_[*output_.soundStream].pictures()->writeSoundTo(writer_->soundBeside());
+  for (const Input &input : inputs_)
+    input.pictures()->prepare(settled_.span.first);
   Opacity opacity(output_.watchAlpha, output_.forceOpaque);
   PictureLoop loop(*chain_, settled_.span, settled_.leading, opacity);
   uint64_t sample = output_.soundTimeline.sampleOfFrame(settled_.span.first);
