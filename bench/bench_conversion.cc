@@ -30,7 +30,7 @@ void convert(benchmark::State &state, const PictureLayout &from, const PictureLa
     const auto word = static_cast<uint32_t>(random()) & (from.format.depth > 8 ? 0x03FF03FF : 0xFFFFFFFF);
     std::memcpy(source.get() + i, &word, sizeof word);
   }
-  Converter converter(from, to, Fit::Letterbox);
+  Converter converter(from, to, Fit::letterbox);
   for (auto _ : state)
     converter.convert(source.get(), target.get());
 }

@@ -9,10 +9,12 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <malloc.h>
 #include <new>
 
 namespace {
 
+constexpr int kLargestKept = 32 << 20; // bytes of a picture
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 constexpr int kSignalled = 128; // and the signal, as shells have it
@@ -49,6 +51,9 @@ void run(const std::vector<std::string> &words) {
 } // namespace
 
 int main(int argc, char **argv) {
+  // Pictures come and go: their memory is kept, not fetched from the system anew for each.
+  mallopt(M_MMAP_THRESHOLD, kLargestKept);
+  mallopt(M_TRIM_THRESHOLD, 4 * kLargestKept);
   std::signal(SIGPIPE, SIG_IGN); // a reader that goes away is a failed write
   zol::host::heedInterruptions();
   try {

@@ -14,6 +14,14 @@ size_t PictureBuffer::pixels() const {
 }
 
 std::unique_ptr<PictureBuffer> PictureBuffer::make(int width, int height) {
+  return make(width, height, std::calloc);
+}
+
+std::unique_ptr<PictureBuffer> PictureBuffer::makeUnwritten(int width, int height) {
+  return make(width, height, [](size_t count, size_t size) { return std::malloc(count * size); });
+}
+
+std::unique_ptr<PictureBuffer> PictureBuffer::make(int width, int height, Allocate allocate) {
   if (width < 0 || height < 0 || width > INT16_MAX || height > INT16_MAX)
     return nullptr;
   std::unique_ptr<PictureBuffer> buffer(new (std::nothrow) PictureBuffer);
@@ -24,15 +32,16 @@ std::unique_ptr<PictureBuffer> PictureBuffer::make(int width, int height) {
   const size_t count = buffer->pixels();
   if (count > SIZE_MAX / 2 / sizeof(_color_t))
     return nullptr;
-  buffer->memory_.reset(static_cast<_color_t *>(std::calloc(count == 0 ? 1 : count, sizeof(_color_t))));
+  buffer->memory_.reset(static_cast<_color_t *>(allocate(count == 0 ? 1 : count, sizeof(_color_t))));
   if (buffer->memory_ == nullptr)
     return nullptr;
   buffer->record_.Pixels = buffer->memory_.get();
   return buffer;
 }
 
-pic *PicturePool::create(int width, int height) {
-  auto buffer = PictureBuffer::make(width, height);
+pic *PicturePool::create(int width, int height) { return keep(PictureBuffer::make(width, height)); }
+
+pic *PicturePool::keep(std::unique_ptr<PictureBuffer> buffer) {
   if (buffer == nullptr)
     return nullptr;
   pic *record = buffer->record();
@@ -44,7 +53,7 @@ pic *PicturePool::create(int width, int height) {
 pic *PicturePool::duplicate(const pic *source) {
   if (source == nullptr)
     return nullptr;
-  pic *copy = create(source->Width, source->Height);
+  pic *copy = keep(PictureBuffer::makeUnwritten(source->Width, source->Height));
   if (copy == nullptr)
     return nullptr;
   copy->X = source->X;

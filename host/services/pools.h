@@ -16,6 +16,8 @@ class PictureBuffer {
 public:
   /// Null where the size is refused or memory runs out. Contents are transparent black.
   static std::unique_ptr<PictureBuffer> make(int width, int height);
+  /// The same with contents that are to be written yet.
+  static std::unique_ptr<PictureBuffer> makeUnwritten(int width, int height);
 
   pic *record() { return &record_; }
   [[nodiscard]] const pic *record() const { return &record_; }
@@ -26,6 +28,8 @@ private:
     void operator()(void *memory) const;
   };
   PictureBuffer() = default;
+  using Allocate = void *(size_t count, size_t size);
+  static std::unique_ptr<PictureBuffer> make(int width, int height, Allocate allocate);
 
   pic record_{};
   std::unique_ptr<_color_t, Release> memory_;
@@ -45,6 +49,8 @@ public:
   [[nodiscard]] size_t created() const { return created_; }
 
 private:
+  pic *keep(std::unique_ptr<PictureBuffer> buffer);
+
   std::unordered_map<const pic *, std::unique_ptr<PictureBuffer>> live_;
   size_t created_ = 0;
 };
