@@ -305,6 +305,16 @@ MediaInfo probe(const InputAddress &input, const std::string &name, const std::v
   return info;
 }
 
+MediaInfo infoOf(const DecodedPicture &picture) {
+  return infoFrom({{"format", {{"format_name", picture.format}}},
+                   {"streams",
+                    {{{"codec_type", "video"},
+                      {"codec_name", picture.codec},
+                      {"pix_fmt", picture.pixels},
+                      {"width", picture.width},
+                      {"height", picture.height}}}}});
+}
+
 bool namesOtherFiles(const std::string &format) {
   return isOneOf(format,
                  {"concat", "dash", "hls", "imf", "mlv", "rtsp", "sdp", "vobsub", "webm_dash_manifest"});

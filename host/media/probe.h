@@ -1,6 +1,7 @@
 // What a media file holds.
 #pragma once
 
+#include "host/media/picture_header.h"
 #include "host/media/pixel_format.h"
 #include "host/model/error.h"
 #include "host/model/rational.h"
@@ -77,6 +78,9 @@ struct InputAddress {
 /// sound, or has pictures of a size that none can have.
 MediaInfo probe(const InputAddress &input, const std::string &name, const std::vector<uint8_t> *head,
                 const MediaPrograms &programs);
+
+/// The same of a still of which its own header tells how it is decoded.
+MediaInfo infoOf(const DecodedPicture &picture);
 
 /// Whether a file of this format only names others, which are read in its place.
 bool namesOtherFiles(const std::string &format);

@@ -95,7 +95,18 @@ const MediaInfo &Source::look(const MediaPrograms &programs) {
 }
 
 MediaInfo Source::lookInto(const MediaPrograms &programs) const {
-  MediaInfo info = probe(address_, name(), isStream() ? &head_ : nullptr, programs);
+  PictureHeader header;
+  if (isStream()) {
+    std::istringstream bytes(std::string(head_.begin(), head_.end()));
+    header = readPictureHeader(bytes);
+  } else {
+    std::ifstream file(sequence_ ? sequence_->firstFile : file_, std::ios::binary);
+    header = readPictureHeader(file);
+  }
+  const bool told = header.decoded && !isStream() && !sequence_ &&
+                    isPictureSize(header.decoded->width, header.decoded->height);
+  MediaInfo info =
+      told ? infoOf(*header.decoded) : probe(address_, name(), isStream() ? &head_ : nullptr, programs);
   if (!options_.playlists && namesOtherFiles(info.format))
     throw HostError("cannot read " + name() + ": a playlist or the like (" + info.format +
                     "), which names other files; --playlists allows it");
@@ -106,9 +117,6 @@ MediaInfo Source::lookInto(const MediaPrograms &programs) const {
     info.guessed = false;
   }
   if (info.still || sequence_) {
-    std::ifstream file(sequence_ ? sequence_->firstFile : file_, std::ios::binary);
-    std::istringstream bytes(std::string(head_.begin(), head_.end()));
-    const PictureHeader header = readPictureHeader(isStream() ? static_cast<std::istream &>(bytes) : file);
     info.otherColors = header.otherColors;
     info.orientation = header.orientation;
     if (header.orientation >= 5) {

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <tuple>
 #include <unistd.h>
 
 namespace zol::host {
@@ -46,6 +47,41 @@ std::string chunk(const std::string &type, const std::string &data) {
 std::string riff(const std::string &type, const std::string &data) {
   std::string size = bigEndian(data.size(), 4);
   return type + std::string(size.rbegin(), size.rend()) + data + (data.size() % 2 != 0 ? "\0"s : ""s);
+}
+
+TEST(PictureHeader, TellsOfUsualStillsWhatDecodingTells) {
+  const fs::path folder = fs::temp_directory_path() / ("zol-stills-" + std::to_string(getpid()));
+  fs::create_directory(folder);
+  const auto make = [&](const std::string &name, const std::string &words) {
+    const std::string file = (folder / name).string();
+    EXPECT_EQ(
+        std::system(
+            ("ffmpeg -v error -y -f lavfi -i testsrc2=s=35x21 -frames:v 1 " + words + " " + file).c_str()),
+        0);
+    return file;
+  };
+  MediaPrograms none;
+  none.ffprobe = "/no/such/program";
+  const std::pair<const char *, const char *> usual[] = {
+      {"a.jpg", "-pix_fmt yuvj420p"}, {"b.jpg", "-pix_fmt yuvj422p"}, {"c.jpg", "-pix_fmt yuvj444p"},
+      {"d.jpg", "-pix_fmt gray"},     {"e.png", "-pix_fmt rgb24"},    {"f.png", "-pix_fmt rgba"},
+      {"g.png", "-pix_fmt gray"},     {"h.png", "-pix_fmt ya8"},      {"i.png", "-pix_fmt rgb48be"},
+      {"j.png", "-pix_fmt gray16be"}, {"k.png", "-pix_fmt rgba64be"}, {"l.png", "-pix_fmt ya16be"}};
+  for (const auto &[name, words] : usual) {
+    const std::string file = make(name, words);
+    const MediaInfo told = Source(file).look(none), probed = probe({{}, fileUrl(file)}, name, nullptr, {});
+    const auto facts = [](const MediaInfo &info) {
+      return std::tuple(info.format, info.videoCodec, info.still, info.width, info.height, info.pixelAspect,
+                        info.alpha, info.deep, info.pixels.name(), info.coding.matrix, info.coding.fullRange,
+                        info.coding.site, info.duration, info.guessed, info.interlaced);
+    };
+    EXPECT_TRUE(facts(told) == facts(probed)) << name;
+  }
+  // Of others only a look by decoding tells.
+  for (const auto &[name, words] : {std::pair("m.png", "-pix_fmt pal8"), std::pair("n.png", "-pix_fmt monob"),
+                                    std::pair("o.png", "-vf setsar=2"), std::pair("p.jpg", "-vf setsar=2")})
+    EXPECT_THROW((void)Source(make(name, words)).look(none), HostError) << name;
+  fs::remove_all(folder);
 }
 
 TEST(PictureHeader, TellsHowAPictureStands) {
