@@ -61,7 +61,7 @@ void plain(benchmark::State &state, const zol::Recoloring &how) {
 
 void library(benchmark::State &state, const zol::Recoloring &how, zol::SimdLevel cap) {
   zol::capSimdLevel(cap);
-  const auto row = ZOL_SELECT(zol::recolorRow);
+  const auto row = ZOL_SELECT(recolorRow);
   std::vector<_color_t> out(frame().size());
   for (auto _ : state) {
     for (ptrdiff_t y = 0; y < kHeight; ++y)

@@ -82,12 +82,6 @@ RgbLanes lightened(const RgbLanes &c, int lightness) {
   return eachChannel(c, [&](I16xN v) { return scaled(v, lanes(Recoloring::kOne + lightness)); });
 }
 
-RgbLanes tinted(const RgbLanes &c, const Recoloring &how) {
-  const auto y = as<U16xN>(luma(c));
-  return towards(c, channelsOf(gather(how.tint, widenLow(y)), gather(how.tint, widenHigh(y))),
-                 lanes(how.tintAmount));
-}
-
 /// The hue of rgbToHls.
 I16xN hlsHue(const Hues &h) {
   const auto way = as<I16xN>(div255(h.byChroma.divide(h.beyondLow) * 42));
@@ -118,33 +112,77 @@ I16xN share(const Hues &h, const Recoloring &how) {
   return packI16(half(widenLow(inside), widenLow(chroma)), half(widenHigh(inside), widenHigh(chroma)));
 }
 
-RgbLanes recolored(const RgbLanes &in, const Recoloring &how) {
-  const Hues hues(in);
-  RgbLanes c = in;
-  if (how.turn != 0) {
-    c = turned(hues, how.turn);
-    if (how.keepsLuma)
-      c = withLuma(c, luma(in));
+// ---- A stretch of a row, step after step ----
+
+/// The channels of so many pixels stay in the nearest cache. What lies behind the last pixel is any colour.
+constexpr int kStretch = 256;
+struct Stretch {
+  int16_t red[kStretch], green[kStretch], blue[kStretch];
+
+  [[nodiscard]] RgbLanes at(int i) const {
+    return {load<I16xN>(red + i), load<I16xN>(green + i), load<I16xN>(blue + i)};
   }
+  void put(int i, const RgbLanes &c) {
+    store(red + i, c.red);
+    store(green + i, c.green);
+    store(blue + i, c.blue);
+  }
+};
+
+/// Puts color(i) in every place.
+template <class Color> void fill(Stretch &stretch, int count, Color color) {
+  for (int i = 0; i < count; i += kLanes<I16xN>)
+    stretch.put(i, color(i));
+}
+
+void tint(Stretch &c, int count, const Recoloring &how) {
+  constexpr int kHalf = kLanes<U32xN>;
+  uint32_t tints[kStretch]; // by luma
+  for (int i = 0; i < count; i += kLanes<I16xN>) {
+    const auto y = as<U16xN>(luma(c.at(i)));
+    store(tints + i, widenLow(y));
+    store(tints + i + kHalf, widenHigh(y));
+  }
+  for (int i = 0; i < count; ++i)
+    tints[i] = how.tint[tints[i]];
+  fill(c, count, [&, amount = lanes(how.tintAmount)](int i) {
+    return towards(c.at(i), channelsOf(load<U32xN>(tints + i), load<U32xN>(tints + i + kHalf)), amount);
+  });
+}
+
+void recolor(const Stretch &in, Stretch &c, int count, const Recoloring &how) {
+  if (how.turn != 0)
+    fill(c, count, [&in, turn = how.turn](int i) { return turned(Hues(in.at(i)), turn); });
+  else
+    c = in;
+  if (how.turn != 0 && how.keepsLuma)
+    fill(c, count, [&](int i) { return withLuma(c.at(i), luma(in.at(i))); });
   if (how.saturation != 0)
-    c = saturated(c, how.saturation);
+    fill(c, count, [&, saturation = how.saturation](int i) { return saturated(c.at(i), saturation); });
   if (how.lightness != 0)
-    c = lightened(c, how.lightness);
+    fill(c, count, [&, lightness = how.lightness](int i) { return lightened(c.at(i), lightness); });
   if (how.tintAmount != 0)
-    c = tinted(c, how);
-  return how.isLimited ? towards(in, c, share(hues, how)) : c;
+    tint(c, count, how);
+  if (how.isLimited)
+    fill(c, count, [&](int i) { return towards(in.at(i), c.at(i), share(Hues(in.at(i)), how)); });
 }
 
 } // namespace
 
 void recolorRow(const _color_t *in, _color_t *out, int width, const Recoloring &how) {
   constexpr uint32_t kAlpha = 0xFF000000;
-  forEachVector<I16xN>(width, [&](int i, int n) {
-    const PixelPair pixels = loadPair(in + i, n);
-    const RgbLanes c = recolored(channelsOf(pixels), how);
-    storePair(out + i, {firstPixels(c) | (pixels.first & kAlpha), secondPixels(c) | (pixels.second & kAlpha)},
-              n);
-  });
+  Stretch before, after;
+  for (int x = 0; x < width; x += kStretch) {
+    const int count = width - x < kStretch ? width - x : kStretch;
+    forEachVector<I16xN>(count, [&](int i, int n) { before.put(i, channelsOf(loadPair(in + x + i, n))); });
+    recolor(before, after, count, how);
+    forEachVector<I16xN>(count, [&](int i, int n) {
+      const PixelPair old = loadPair(in + x + i, n);
+      const RgbLanes c = after.at(i);
+      storePair(out + x + i, {firstPixels(c) | (old.first & kAlpha), secondPixels(c) | (old.second & kAlpha)},
+                n);
+    });
+  }
 }
 
 } // namespace zol::ZOL_LEVEL

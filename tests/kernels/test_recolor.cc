@@ -51,7 +51,7 @@ void expectPlain(const pic &picture, const Recoloring &how) {
 TEST(Recolor, GivesThePlainFormsBytes) {
   test::atEveryLevel([] {
     test::Dice dice(1);
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < 400 && !testing::Test::HasFatalFailure(); ++round) {
       const auto picture = dice.picture(200, 12, 0, 0);
       picture->record()->X = picture->record()->Y = 0;
       for (ptrdiff_t i = 0; i < ptrdiff_t{picture->record()->Width} * picture->record()->Height;
