@@ -22,6 +22,9 @@ void transposeSquare(const Pixel *src, ptrdiff_t srcStride, Pixel *dst, ptrdiff_
       if constexpr (sizeof(Pixel) == 1) {
         next[2 * i] = _mm_unpacklo_epi8(a, b);
         next[2 * i + 1] = _mm_unpackhi_epi8(a, b);
+      } else if constexpr (sizeof(Pixel) == 2) {
+        next[2 * i] = _mm_unpacklo_epi16(a, b);
+        next[2 * i + 1] = _mm_unpackhi_epi16(a, b);
       } else {
         next[2 * i] = _mm_unpacklo_epi32(a, b);
         next[2 * i + 1] = _mm_unpackhi_epi32(a, b);
@@ -34,11 +37,11 @@ void transposeSquare(const Pixel *src, ptrdiff_t srcStride, Pixel *dst, ptrdiff_
     _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i * dstStride), rows[i]);
 }
 
-/// dst[c][r] = src[r][c] for pixels of 1 or 4 bytes; strides in pixels.
+/// dst[c][r] = src[r][c] for pixels of 1, 2 or 4 bytes; strides in pixels.
 template <class Pixel>
 void transpose(const Pixel *src, ptrdiff_t srcStride, int rows, int columns, Pixel *dst,
                ptrdiff_t dstStride) {
-  static_assert(sizeof(Pixel) == 1 || sizeof(Pixel) == 4);
+  static_assert(sizeof(Pixel) == 1 || sizeof(Pixel) == 2 || sizeof(Pixel) == 4);
   constexpr int kSide = 16 / sizeof(Pixel);
   const int wholeRows = rows - rows % kSide;
   const int wholeColumns = columns - columns % kSide;

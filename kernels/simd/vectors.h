@@ -211,6 +211,11 @@ inline I16xN mulAddPairs(U8xN a, I8xN b) {
 }
 #endif
 
+/// a[2i] * b[2i], whole.
+inline U64xN mulEvens(U32xN a, U32xN b) {
+  return as<U64xN>(ZOL_V(mul_epu32)(as<Register>(a), as<Register>(b)));
+}
+
 template <class Vec, int... i> inline Vec duplicateEvens(Vec v, std::integer_sequence<int, i...>) {
   return __builtin_shufflevector(v, v, (i & ~1)...);
 }

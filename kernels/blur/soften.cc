@@ -1,0 +1,78 @@
+#include "kernels/blur/soften.h"
+
+#include "kernels/simd/transpose.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace zol {
+
+SoftBox::SoftBox(double radius) {
+  if (!(radius > 0))
+    return;
+  constexpr double kMaxRadius = 65536; // the weights of all lines within reach still fit 16 bits
+  const double r = std::min(radius, kMaxRadius);
+  const double variance = r * r / 18;
+  reach = static_cast<int>((std::sqrt(1 + 12 * variance) - 1) / 2);
+  const double m = reach;
+  const double end = (2 * m + 1) * (m * (m + 1) - 3 * variance) / (6 * (variance - (m + 1) * (m + 1)));
+  for (whole = 256;; whole /= 2) {
+    part = static_cast<int>(whole * end + 0.5);
+    sum = static_cast<uint32_t>(whole * (2 * reach + 1) + 2 * part);
+    if (sum <= 65536)
+      break;
+  }
+  if (isCopy())
+    return;
+  const uint32_t half = sum / 2; // odd sums are not scaled
+  int scale = 1;
+  while (sum * static_cast<uint32_t>(scale) <= 32768)
+    scale *= 2;
+  whole *= scale;
+  part *= scale;
+  sum *= static_cast<uint32_t>(scale);
+  rounding = half * static_cast<uint32_t>(scale);
+
+  // 2^47 / sum, rounded to the nearer side: off by at most 2^15 / sum, which no n below 2^32 makes a whole
+  // one of. Rounded down it takes an n that is one more.
+  const uint64_t one = uint64_t{1} << 47;
+  const uint64_t rest = one % sum;
+  const bool up = rest == 0 || rest > sum / 2;
+  reciprocal = static_cast<uint32_t>(one / sum + (up && rest != 0 ? 1 : 0));
+  if (!up)
+    ++rounding;
+}
+
+Softening::Softening(double horizontalRadius, double verticalRadius, int width, int height)
+    : width_(width), height_(height), along_(horizontalRadius), down_(verticalRadius),
+      lines_(isCopy() ? 0 : static_cast<size_t>(std::max(width, height)) * kSoftLanes),
+      softened_(isCopy() ? 0 : static_cast<size_t>(std::max(width, height)) * kSoftLanes) {}
+
+/// The strips of columns whose turn it is: they are spread evenly over as many turns as there are rows.
+void Softening::downStrips(uint16_t *plane, int turn) const {
+  const int strips = (width_ + kSoftLanes - 1) / kSoftLanes;
+  const auto stripsBefore = [&](int y) { return static_cast<int>(int64_t{strips} * y / height_); };
+  for (int strip = stripsBefore(turn); strip < stripsBefore(turn + 1); ++strip) {
+    uint16_t *const column = plane + ptrdiff_t{strip} * kSoftLanes;
+    const int lanes = std::min(kSoftLanes, width_ - strip * kSoftLanes);
+    const auto copy = [lanes](uint16_t *to, const uint16_t *from) {
+      std::memcpy(to, from, static_cast<size_t>(lanes) * sizeof *to);
+    };
+    for (int y = 0; y < height_; ++y)
+      copy(lines_.data() + ptrdiff_t{y} * kSoftLanes, column + ptrdiff_t{y} * width_);
+    ZOL_SELECT(softenLines)(down_, lines_.data(), height_, softened_.data());
+    for (int y = 0; y < height_; ++y)
+      copy(column + ptrdiff_t{y} * width_, softened_.data() + ptrdiff_t{y} * kSoftLanes);
+  }
+}
+
+void Softening::alongBand(uint16_t *plane, int top) const {
+  const int rows = std::min(kSoftLanes, height_ - top);
+  uint16_t *const band = plane + ptrdiff_t{top} * width_;
+  transpose(band, width_, rows, width_, lines_.data(), kSoftLanes);
+  ZOL_SELECT(softenLines)(along_, lines_.data(), width_, softened_.data());
+  transpose(softened_.data(), kSoftLanes, width_, rows, band, width_);
+}
+
+} // namespace zol
