@@ -46,33 +46,40 @@ SoftBox::SoftBox(double radius) {
 
 Softening::Softening(double horizontalRadius, double verticalRadius, int width, int height)
     : width_(width), height_(height), along_(horizontalRadius), down_(verticalRadius),
-      lines_(isCopy() ? 0 : static_cast<size_t>(std::max(width, height)) * kSoftLanes),
-      softened_(isCopy() ? 0 : static_cast<size_t>(std::max(width, height)) * kSoftLanes) {}
+      lines_(isCopy() ? 0 : 3 * static_cast<size_t>(std::max(width, height)) * kSoftLanes) {}
 
 /// The strips of columns whose turn it is: they are spread evenly over as many turns as there are rows.
 void Softening::downStrips(uint16_t *plane, int turn) const {
+  const auto soften = ZOL_SELECT(softenLines);
   const int strips = (width_ + kSoftLanes - 1) / kSoftLanes;
-  const auto stripsBefore = [&](int y) { return static_cast<int>(int64_t{strips} * y / height_); };
-  for (int strip = stripsBefore(turn); strip < stripsBefore(turn + 1); ++strip) {
-    uint16_t *const column = plane + ptrdiff_t{strip} * kSoftLanes;
-    const int lanes = std::min(kSoftLanes, width_ - strip * kSoftLanes);
-    const auto copy = [lanes](uint16_t *to, const uint16_t *from) {
-      std::memcpy(to, from, static_cast<size_t>(lanes) * sizeof *to);
-    };
-    for (int y = 0; y < height_; ++y)
-      copy(lines_.data() + ptrdiff_t{y} * kSoftLanes, column + ptrdiff_t{y} * width_);
-    ZOL_SELECT(softenLines)(down_, lines_.data(), height_, softened_.data());
-    for (int y = 0; y < height_; ++y)
-      copy(column + ptrdiff_t{y} * width_, softened_.data() + ptrdiff_t{y} * kSoftLanes);
+  const auto before = [&](int y) { return static_cast<int>(int64_t{strips} * y / height_); };
+  for (int strip = before(turn); strip < before(turn + 1); ++strip) {
+    uint16_t *const columns = plane + ptrdiff_t{strip} * kSoftLanes;
+    if (const int lanes = width_ - strip * kSoftLanes; lanes >= kSoftLanes)
+      soften(down_, columns, width_, height_, work(height_), columns, width_);
+    else
+      softenFew(columns, lanes);
   }
 }
 
+/// The last columns, where they are too few: beside any others, which the plane does not see.
+void Softening::softenFew(uint16_t *columns, int lanes) const {
+  uint16_t *const lines = lines_.data();
+  const size_t bytes = static_cast<size_t>(lanes) * sizeof *lines;
+  for (int y = 0; y < height_; ++y)
+    std::memcpy(lines + ptrdiff_t{y} * kSoftLanes, columns + ptrdiff_t{y} * width_, bytes);
+  ZOL_SELECT(softenLines)(down_, lines, kSoftLanes, height_, work(height_), lines, kSoftLanes);
+  for (int y = 0; y < height_; ++y)
+    std::memcpy(columns + ptrdiff_t{y} * width_, lines + ptrdiff_t{y} * kSoftLanes, bytes);
+}
+
 void Softening::alongBand(uint16_t *plane, int top) const {
-  const int rows = std::min(kSoftLanes, height_ - top);
   uint16_t *const band = plane + ptrdiff_t{top} * width_;
-  transpose(band, width_, rows, width_, lines_.data(), kSoftLanes);
-  ZOL_SELECT(softenLines)(along_, lines_.data(), width_, softened_.data());
-  transpose(softened_.data(), kSoftLanes, width_, rows, band, width_);
+  uint16_t *const lines = lines_.data();
+  const int rows = std::min(kSoftLanes, height_ - top);
+  transpose(band, width_, rows, width_, lines, kSoftLanes);
+  ZOL_SELECT(softenLines)(along_, lines, kSoftLanes, width_, work(width_), lines, kSoftLanes);
+  transpose(lines, kSoftLanes, width_, rows, band, width_);
 }
 
 } // namespace zol

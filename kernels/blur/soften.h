@@ -18,7 +18,7 @@ public:
   Softening(double horizontalRadius, double verticalRadius, int width, int height);
 
   [[nodiscard]] bool isCopy() const { return along_.isCopy() && down_.isCopy(); }
-  explicit operator bool() const { return lines_ && softened_; }
+  explicit operator bool() const { return static_cast<bool>(lines_); }
 
   /// Softens a plane, row upon row; any number of planes one after the other. Asks goesOn() after each row of
   /// both directions, and gives up with false as soon as it answers false.
@@ -39,12 +39,14 @@ public:
 
 private:
   void downStrips(uint16_t *plane, int turn) const;
+  void softenFew(uint16_t *columns, int lanes) const;
   void alongBand(uint16_t *plane, int top) const;
+  [[nodiscard]] uint16_t *work(int count) const { return lines_.data() + ptrdiff_t{count} * kSoftLanes; }
 
   int width_, height_;
   SoftBox along_, down_;
-  Scratch<uint16_t> lines_,
-      softened_; ///< a strip of columns, or a band of rows transposed: lines side by side
+  Scratch<uint16_t>
+      lines_; ///< few columns or rows transposed, kSoftLanes values each, and twice as many to work in
 };
 
 } // namespace zol

@@ -3,6 +3,7 @@
 
 #include "kernels/simd/levels.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace zol {
@@ -26,8 +27,9 @@ struct SoftBox {
   uint32_t rounding = 0, reciprocal = 0;
 };
 
-/// Softens `count` lines, at least one, of kSoftLanes values, which follow one upon the other, from `lines`
-/// into `softened`; `lines` is worked in. The first and the last line repeat outside.
-ZOL_LEVELS(void softenLines(const SoftBox &box, uint16_t *lines, int count, uint16_t *softened);)
+/// Softens `count` lines, at least one, of kSoftLanes values from src into dst, which may be src. The first
+/// and the last line repeat outside. Works in `work`, twice as many lines.
+ZOL_LEVELS(void softenLines(const SoftBox &box, const uint16_t *src, ptrdiff_t srcStride, int count,
+                            uint16_t *work, uint16_t *dst, ptrdiff_t dstStride);)
 
 } // namespace zol

@@ -6,66 +6,83 @@
 namespace zol::ZOL_LEVEL {
 namespace {
 
-/// Between the boxes values are less 2^15: products of words are of signed ones.
-constexpr int16_t kBias = INT16_MIN;
+/// What makes signed values of unsigned ones, as products of words need them.
+constexpr uint16_t kFlip = 0x8000;
 
-/// sum / weights of both halves of a vector.
+/// sum / weights, rounded, of the lower and the upper halves of blocks.
 class Mean {
 public:
   explicit Mean(const SoftBox &box) : reciprocal_(splat<U32xN>(box.reciprocal)) {}
 
-  /// Less 2^15.
-  [[nodiscard]] I16xN of(U32xN low, U32xN high) const {
-    return packI16(as<I32xN>(quotient(low)) + kBias, as<I32xN>(quotient(high)) + kBias);
+  [[nodiscard]] U16xN of(U32xN low, U32xN high) const {
+    return packU16(as<I32xN>(quotient(low)), as<I32xN>(quotient(high)));
   }
 
 private:
   [[nodiscard]] U32xN quotient(U32xN n) const {
     const U64xN even = mulEvens(n, reciprocal_);
     const U64xN odd = mulEvens(as<U32xN>(as<U64xN>(n) >> 32), reciprocal_);
-    return as<U32xN>(even >> 47 | (odd >> 15 & 0xFFFFFFFF00000000U));
+    return alternate(as<U32xN>(even >> 47), as<U32xN>(odd >> 15));
   }
 
   U32xN reciprocal_;
 };
 
-/// One box. `flipIn` and `flipOut` are kBias where plain values come in or go out, else 0.
-template <int16_t flipIn, int16_t flipOut>
-void boxLines(const SoftBox &box, const uint16_t *from, int count, uint16_t *to) {
+/// One box. `flipIn` and `flipOut` are kFlip where plain values come in or go out; between boxes they are
+/// flipped.
+template <uint16_t flipIn, uint16_t flipOut>
+void boxLines(const SoftBox &box, const uint16_t *src, ptrdiff_t srcStride, int count, uint16_t *dst,
+              ptrdiff_t dstStride) {
+  constexpr int kLinesAhead = 8; // that are fetched before they are needed
+  constexpr uint16_t kFlipMean = flipOut ^ kFlip;
   const Mean mean(box);
   const I16xN factors = pairs(box.part, box.whole - box.part);
-  for (int x = 0; x < kSoftLanes; x += kLanes<I16xN>) {
-    const auto line = [=](int y) { return load<I16xN>(from + ptrdiff_t{y} * kSoftLanes + x) ^ flipIn; };
-    // As long as the window lies outside all its lines are the first one.
-    I16xN ahead = line(0);
-    I16xN behind = ahead;
-    U32xN low = widenLow(as<U16xN>(ahead ^ kBias)) * box.sum + box.rounding;
-    U32xN high = widenHigh(as<U16xN>(ahead ^ kBias)) * box.sum + box.rounding;
-    const auto step = [&](int y) { // from line y to the next
-      const I16xN nextAhead = line(y + box.reach + 2 < count ? y + box.reach + 2 : count - 1);
-      const I16xN nextBehind = line(y > box.reach ? y - box.reach : 0);
-      const Products more = weighPairs(as<U16xN>(nextAhead), as<U16xN>(ahead), factors);
-      const Products less = weighPairs(as<U16xN>(behind), as<U16xN>(nextBehind), factors);
+  const int reach = box.reach;
+  for (int x = 0; x < kSoftLanes; x += kLanes<U16xN>) {
+    const auto take = [](const uint16_t *line) { return load<U16xN>(line) ^ flipIn; };
+    // The ends of the window, which begins so far outside that all its lines are the first one.
+    const uint16_t *aheadLine = src + x, *behindLine = aheadLine;
+    U16xN ahead = take(aheadLine), behind = ahead;
+    const U16xN first = ahead ^ kFlip;
+    U32xN low = widenLow(first) * box.sum + box.rounding;
+    U32xN high = widenHigh(first) * box.sum + box.rounding;
+    const auto moveOn = [&](ptrdiff_t aheadStep, ptrdiff_t behindStep) {
+      aheadLine += aheadStep;
+      behindLine += behindStep;
+      __builtin_prefetch(aheadLine + kLinesAhead * aheadStep);
+      const U16xN nextAhead = take(aheadLine), nextBehind = take(behindLine);
+      const Products more = weighPairs(nextAhead, ahead, factors);
+      const Products less = weighPairs(behind, nextBehind, factors);
       low += as<U32xN>(more.low - less.low);
       high += as<U32xN>(more.high - less.high);
       ahead = nextAhead;
       behind = nextBehind;
     };
-    for (int y = -box.reach - 1; y < 0; ++y)
-      step(y);
-    for (int y = 0; y < count; ++y) {
-      store(to + ptrdiff_t{y} * kSoftLanes + x, mean.of(low, high) ^ flipOut);
-      step(y);
+
+    const int lastAhead = count - reach - 2; // from which on the window's end stays where it is
+    for (int y = -reach - 1; y < 0; ++y)
+      moveOn(y < lastAhead ? srcStride : 0, 0);
+    uint16_t *out = dst + x;
+    for (int y = 0; y < count;) {
+      const ptrdiff_t aheadStep = y < lastAhead ? srcStride : 0, behindStep = y > reach ? srcStride : 0;
+      int end = y < lastAhead ? lastAhead : count;
+      end = y <= reach && reach < end ? reach + 1 : end;
+      for (; y < end; ++y, out += dstStride) {
+        store(out, mean.of(low, high) ^ kFlipMean);
+        moveOn(aheadStep, behindStep);
+      }
     }
   }
 }
 
 } // namespace
 
-void softenLines(const SoftBox &box, uint16_t *lines, int count, uint16_t *softened) {
-  boxLines<kBias, 0>(box, lines, count, softened);
-  boxLines<0, 0>(box, softened, count, lines);
-  boxLines<0, kBias>(box, lines, count, softened);
+void softenLines(const SoftBox &box, const uint16_t *src, ptrdiff_t srcStride, int count, uint16_t *work,
+                 uint16_t *dst, ptrdiff_t dstStride) {
+  uint16_t *const moreWork = work + ptrdiff_t{count} * kSoftLanes;
+  boxLines<kFlip, 0>(box, src, srcStride, count, work, kSoftLanes);
+  boxLines<0, 0>(box, work, kSoftLanes, count, moreWork, kSoftLanes);
+  boxLines<0, kFlip>(box, moreWork, kSoftLanes, count, dst, dstStride);
 }
 
 } // namespace zol::ZOL_LEVEL

@@ -34,10 +34,10 @@ bool soften(Plane &plane, int width, int height, double along, double down) {
 
 TEST(Soften, IsThreeBoxesInEachDirection) {
   unsigned seed = 0;
-  for (const auto &[width, height] : {std::pair{1, 1}, {1, 70}, {70, 1}, {33, 31}, {200, 65}})
+  for (const auto &[width, height] : {std::pair{1, 1}, {1, 70}, {70, 1}, {33, 31}, {140, 40}})
     for (const double along : {0.0, 0.3, 1.7, 2.4495, 20.0, 157.5, 1800.0, 40000.0})
       for (const double down : {-1.0, kNaN, 0.265, 5.0, 96.0, 315.4, 1e30, kInfinity}) {
-        if (along + std::min(down, 1e5) > 30000 && width + height > 80) // plainly it takes long
+        if (along + std::min(down, 1e5) > 1000 && width + height > 80) // plainly it takes long
           continue;
         const Plane before = randomPlane(width, height, ++seed);
         Plane expected = before;
@@ -52,7 +52,7 @@ TEST(Soften, IsThreeBoxesInEachDirection) {
 
 TEST(Soften, DividesExactlyByEverySumOfWeights) {
   // A line of two values: within reach of the edge every weighted sum of the two occurs.
-  for (double radius = 0.2; radius < 60000; radius *= 1.0437) {
+  for (double radius = 0.2; radius < 60000; radius *= 1.0637) {
     Plane expected(64, 0);
     for (size_t i = 32; i < 64; ++i)
       expected[i] = static_cast<uint16_t>(65535 - 7 * i * (i % 3));
