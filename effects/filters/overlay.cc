@@ -87,7 +87,7 @@ Settings readSettings(t_ZoHostInfo *host) {
 /// when the host wants to stop or, after a message, when memory runs out.
 bool compose(t_ZoHostInfo *host, const zol::Area &canvas, _color_t *out, const pic *background,
              const pic &overlay, const Settings &settings) {
-  const zol::MovedPicture moved(overlay, settings.right, settings.down);
+  zol::MovedPicture moved(overlay, settings.right, settings.down);
   if (!moved) {
     zol::showMemoryError(host);
     return false;

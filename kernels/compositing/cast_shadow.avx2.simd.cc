@@ -17,21 +17,35 @@ void thicken(uint16_t *alpha, int count, int gain) {
 
 void castShadow(const uint16_t *alpha, int opacity, const Rounding &rounding, _color_t color,
                 const _color_t *hidden, _color_t *out, int count) {
-  constexpr int kPixels = kLanes<U32xN>;
+  constexpr int kPixels = kLanes<U16xN>;
   const auto weight = splat<U16xN>(static_cast<uint16_t>(16 * opacity)); // 0 for all of it
   const auto colors = splat<U32xN>(__builtin_bit_cast(uint32_t, color) & 0x00FFFFFF);
+  const auto cast = [=](U16xN bytes, const _color_t *under, _color_t *to) {
+    const auto four = [=](int first, U32xN alphas) { // of every eight pixels
+      const void *from[kBlocks];
+      void *into[kBlocks];
+      for (int block = 0; block < kBlocks; ++block) {
+        from[block] = under + 8 * block + first;
+        into[block] = to + 8 * block + first;
+      }
+      storeBlocks(into, alphas == 0 ? loadBlocks<U32xN>(from) & 0x00FFFFFF : colors | alphas << 24);
+    };
+    four(0, widenLow(bytes));
+    four(4, widenHigh(bytes));
+  };
   forEachVector<U16xN>(count, [=, &rounding](int i, int n) {
     const auto v = load<U16xN>(alpha + i, n);
     const U16xN seen = opacity < 4096 ? mulHigh(v, weight) : v;
     const U16xN bytes = div255(seen + termsAt<U16xN>(rounding, i));
-    uint16_t inOrder[kLanes<U16xN>];
-    store(inOrder, bytes);
-    for (int half = 0; half < n; half += kPixels) {
-      const int lanes = n - half < kPixels ? n - half : kPixels;
-      const auto alphas = convert<U32xN>(load<Vector<uint16_t, kPixels>>(inOrder + half));
-      const U32xN under = load<U32xN>(hidden + i + half, lanes) & 0x00FFFFFF;
-      store(out + i + half, alphas == 0 ? under : colors | alphas << 24, lanes);
+    if (n == kPixels) {
+      cast(bytes, hidden + i, out + i);
+      return;
     }
+    _color_t rest[kPixels] = {};
+    const size_t size = static_cast<size_t>(n) * sizeof(_color_t);
+    __builtin_memcpy(rest, hidden + i, size);
+    cast(bytes, rest, rest);
+    __builtin_memcpy(out + i, rest, size);
   });
 }
 

@@ -2,6 +2,8 @@
 
 #include "kernels/sampling/move_row.h"
 
+#include <utility>
+
 namespace zol {
 namespace {
 
@@ -21,21 +23,25 @@ MovedPicture::MovedPicture(const pic &picture, int right, int down)
 }
 
 /// Row y of the picture, counted from its top, as moveRow wants it.
-const _color_t *MovedPicture::padded(int y, _color_t *buffer) const {
+const _color_t *MovedPicture::padded(int y) {
   const int width = picture_.Width;
-  if (y < 0 || y >= picture_.Height)
-    return std::fill_n(buffer, width + 2, _color_t{}) - (width + 2);
-  buffer[0] = buffer[width + 1] = {};
-  std::copy_n(picture_.Pixels + ptrdiff_t{y} * width, width, buffer + 1);
-  return buffer + (x_.part != 0 ? 0 : 1);
+  _color_t *const row = rows_.data() + (y & 1) * (width + 2);
+  if (std::exchange(held_[y & 1], y) != y) {
+    row[0] = row[width + 1] = {};
+    if (y < 0 || y >= picture_.Height)
+      std::fill_n(row + 1, width, _color_t{});
+    else
+      std::copy_n(picture_.Pixels + ptrdiff_t{y} * width, width, row + 1);
+  }
+  return row + (x_.part != 0 ? 0 : 1);
 }
 
-const _color_t *MovedPicture::row(int y) const {
+const _color_t *MovedPicture::row(int y) {
   const int top = y - area_.top - spill(y_), width = area_.width();
   if (isWhole())
     return picture_.Pixels + ptrdiff_t{top} * width;
-  const _color_t *above = padded(top, rows_.data());
-  const _color_t *below = padded(top + 1, rows_.data() + picture_.Width + 2);
+  const _color_t *above = padded(top);
+  const _color_t *below = padded(top + 1);
   ZOL_SELECT(moveRow)(above, below, x_.part, y_.part, moved_.data(), width);
   return moved_.data();
 }

@@ -5,6 +5,8 @@
 #include "kernels/sampling/sample.h"
 #include "kernels/simd/scratch.h"
 
+#include <climits>
+
 namespace zol {
 
 /// Sampled between pixels, what lies beyond its edges being transparent. Tests as false when memory ran out.
@@ -18,17 +20,18 @@ public:
   explicit operator bool() const { return rows_ && moved_; }
 
   /// Pixels of row y of the area; they last until the next call.
-  [[nodiscard]] const _color_t *row(int y) const;
+  [[nodiscard]] const _color_t *row(int y);
 
 private:
   [[nodiscard]] bool isWhole() const { return x_.part == 0 && y_.part == 0; }
-  const _color_t *padded(int y, _color_t *buffer) const;
+  const _color_t *padded(int y);
 
   const pic &picture_;
   Sixteenths x_, y_; ///< from a pixel's place to where it is taken from
   Area area_;
   Scratch<_color_t> rows_,
       moved_; ///< two rows with a transparent pixel before and behind, and what they give
+  int held_[2] = {INT_MIN, INT_MIN}; ///< which of the picture's rows they are
 };
 
 } // namespace zol

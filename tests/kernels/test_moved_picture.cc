@@ -24,7 +24,7 @@ TEST(MovedPicture, GivesThePlainFormsBytesWhereverItIsMoved) {
       const pic &source = *picture->record();
       const int right = dice.between(-300, 300), down = dice.between(-300, 300);
       const int dx = round % 5 == 0 ? right & ~15 : right, dy = round % 4 == 0 ? down & ~15 : down;
-      const MovedPicture moved(source, dx, dy);
+      MovedPicture moved(source, dx, dy);
       ASSERT_TRUE(moved);
       const Area area = moved.area();
       EXPECT_EQ(area.isEmpty(), Area::of(source).isEmpty());
