@@ -287,6 +287,13 @@ template <class Vec> inline Vec odds(Vec a, Vec b) {
   return as<Vec>(ZOL_V(shuffle_ps)(as<F32xN>(a), as<F32xN>(b), 0xDD));
 }
 
+#if defined(__AVX2__)
+/// table[index] within every block, of the index's lower four bits; 0 where its top bit is set.
+inline U8xN shuffle(U8xN table, U8xN index) {
+  return as<U8xN>(ZOL_V(shuffle_epi8)(as<Register>(table), as<Register>(index)));
+}
+#endif
+
 // ---- Between lanes, across blocks ----
 
 /// All lanes of low and then those of high, modulo 2^16.
