@@ -148,11 +148,16 @@ Settings readSettings(t_ZoHostInfo *host) {
 class Matte {
 public:
   Matte(t_ZoHostInfo *host, const pic &frame, const Settings &settings)
-      : host_(host), frame_(frame), settings_(settings), pitch_(settings.looksAround() ? frame.Width : 0),
-        rows_(static_cast<size_t>(frame.Width) *
-              static_cast<size_t>(settings.looksAround() ? frame.Height : 1)) {}
+      : host_(host), frame_(frame), settings_(settings),
+        wide_(pixelsOf(settings.looksAround() ? frame.Height : 1)),
+        first_(reinterpret_cast<uint8_t *>(wide_.data())) {
+    if (wide_ && settings.looksAround()) {
+      first_ += pixelsOf(frame.Height);
+      pitch_ = frame.Width;
+    }
+  }
 
-  explicit operator bool() const { return static_cast<bool>(rows_); }
+  explicit operator bool() const { return static_cast<bool>(wide_); }
 
   bool apply(pic &out) {
     if (settings_.fills && settings_.givesAlpha() && !settings_.showsMatte && !gatherColors())
@@ -167,7 +172,8 @@ public:
   }
 
 private:
-  [[nodiscard]] uint8_t *row(int y) const { return rows_.data() + ptrdiff_t{y} * pitch_; }
+  [[nodiscard]] size_t pixelsOf(int rows) const { return size_t(frame_.Width) * size_t(rows); }
+  [[nodiscard]] uint8_t *row(int y) const { return first_ + y * pitch_; }
   [[nodiscard]] auto goesOn() const {
     return [host = host_] { return !zol::aborted(host); };
   }
@@ -214,21 +220,27 @@ private:
       invert(row(y), frame_.Width);
   }
 
-  bool soften() const {
-    const zol::Softening softening(settings_.soften, settings_.soften * zol::pixelAspect(host_), frame_.Width,
-                                   frame_.Height);
+  /// Bytes make room for wide values without more memory: at first they stand in the upper half of all, and
+  /// in the end in the lower half of each row.
+  bool soften() {
+    const int width = frame_.Width, height = frame_.Height;
+    const zol::Softening softening(settings_.soften, settings_.soften * zol::pixelAspect(host_), width,
+                                   height);
     if (softening.isCopy())
       return true;
-    const zol::Scratch<uint16_t> wide(size_t(frame_.Width) * size_t(frame_.Height));
-    if (!softening || !wide)
+    if (!softening)
       return lacksMemory();
-    const auto wideRow = [&](int y) { return wide.data() + ptrdiff_t{y} * frame_.Width; };
+    const auto wideRow = [&](int y) { return wide_.data() + ptrdiff_t{y} * width; };
     const auto widen = ZOL_SELECT(widenRow);
     const auto narrow = ZOL_SELECT(wideToAlpha);
-    return zol::forEachRow(host_, frame_.Height, [&](int y) { widen(row(y), wideRow(y), frame_.Width); }) &&
-           softening(wide.data(), goesOn()) && zol::forEachRow(host_, frame_.Height, [&](int y) {
-             narrow(wideRow(y), zol::Rounding::nearest(), row(y), frame_.Width);
-           });
+    const bool done = zol::forEachRow(host_, height, [&](int y) { widen(row(y), wideRow(y), width); }) &&
+                      softening(wide_.data(), goesOn());
+    if (!done)
+      return false;
+    first_ = reinterpret_cast<uint8_t *>(wide_.data());
+    pitch_ = ptrdiff_t{2} * width;
+    return zol::forEachRow(host_, height,
+                           [&](int y) { narrow(wideRow(y), zol::Rounding::nearest(), row(y), width); });
   }
 
   void put(int y, pic &out) const {
@@ -247,8 +259,9 @@ private:
   t_ZoHostInfo *host_;
   const pic &frame_;
   const Settings &settings_;
-  int pitch_; ///< 0 where one row holds all in turn
-  zol::Scratch<uint8_t> rows_;
+  zol::Scratch<uint16_t> wide_;
+  uint8_t *first_;      ///< the matte's first row, in the place of wide values
+  ptrdiff_t pitch_ = 0; ///< from row to row, 0 where one holds all in turn
   std::optional<zol::ExtendedColors> colors_;
   const decltype(ZOL_SELECT(matteRow)) takeRow_ = ZOL_SELECT(matteRow);
   const decltype(ZOL_SELECT(lookUpRow)) lookUpRow_ = ZOL_SELECT(lookUpRow);

@@ -15,7 +15,7 @@ inline constexpr int kMatteSources = 6;
 // lookUpRow  levels[each].
 // invertRow  255 less each.
 // fadeRow    each times `share`, 4096 = 1.0.
-// widenRow   each in wide values, 255 times as much.
+// widenRow   each in wide values, 255 times as much; the matte may stand in their upper half.
 // greyRow    opaque grey pixels of a matte.
 ZOL_LEVELS_TO(avx2, void matteRow(const _color_t *pixels, MatteSource source, uint8_t *matte, int count);
               void lookUpRow(const uint8_t (&levels)[256], uint8_t *matte, int count);
