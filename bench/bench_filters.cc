@@ -2,6 +2,8 @@
 
 #include "frame/effects.h"
 #include "kernels/simd/levels.h"
+#include "plain/relief.h"
+#include "plain/soften.h"
 #include "tests/support/filter.h"
 
 #include <benchmark/benchmark.h>
@@ -58,6 +60,32 @@ void alphaEx(benchmark::State &state, double low, double shrink, double soften, 
   scene.run(state);
 }
 
+enum BumpField { kLight = 5, kShine = 12 };
+
+void bump(benchmark::State &state, int light, double shine, SimdLevel cap) {
+  Scene scene(ProcessBumpDeclare, cap);
+  scene.filter.choose(kLight, light);
+  scene.filter.set(kShine, shine);
+  scene.run(state);
+}
+
+void plainBump(benchmark::State &state, double shine) {
+  const auto object = disc(0.1);
+  const _color_t *pixels = object->record()->Pixels;
+  Relief relief{};
+  relief.across = relief.down = 0.3F * kWidth / (80 * 65025);
+  relief.light = {-0.5F, -0.5F, 0.7071F};
+  relief.shine = static_cast<float>(shine);
+  relief.squarings = 5;
+  for (auto _ : state) {
+    std::vector<uint16_t> heights;
+    for (size_t i = 0; i < object->pixels(); ++i)
+      heights.push_back(plain::height(pixels[i], false));
+    plain::soften(heights.data(), kWidth, kHeight, 3.84, 3.84);
+    benchmark::DoNotOptimize(plain::relief(relief, pixels, heights.data(), kWidth, kHeight, 0, 0));
+  }
+}
+
 #define ZOL_BENCH(...)                                                                                       \
   BENCHMARK_CAPTURE(__VA_ARGS__)                                                                             \
       ->Unit(benchmark::kMillisecond)                                                                        \
@@ -72,6 +100,10 @@ void alphaEx(benchmark::State &state, double low, double shrink, double soften, 
 ZOL_BENCH_LEVELS(alphaEx, levels, 0.1, 0, 0);
 ZOL_BENCH_LEVELS(alphaEx, shrink_soften_10, 0.1, 10, 10);
 ZOL_BENCH_LEVELS(alphaEx, grow_soften_10, 0.1, -10, 10);
+ZOL_BENCH(plainBump, distant, 0);
+ZOL_BENCH_LEVELS(bump, distant, 0, 0);
+ZOL_BENCH_LEVELS(bump, distant_shine, 0, 1);
+ZOL_BENCH_LEVELS(bump, point_shine, 1, 1);
 
 } // namespace
 

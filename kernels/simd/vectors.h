@@ -190,6 +190,8 @@ template <class Mask, class Vec> inline Vec select(Mask mask, Vec a, Vec b) {
 inline F32xN absolute(F32xN v) { return as<F32xN>(as<U32xN>(v) & 0x7FFFFFFF); }
 inline F64xN absolute(F64xN v) { return as<F64xN>(as<U64xN>(v) & 0x7FFFFFFFFFFFFFFF); }
 
+inline F32xN squareRoot(F32xN v) { return ZOL_V(sqrt_ps)(v); }
+
 /// v / 255, for every v.
 inline U16xN div255(U16xN v) { return mulHigh(v, splat<U16xN>(0x8081)) >> 7; }
 
