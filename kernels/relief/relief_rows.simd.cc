@@ -108,8 +108,9 @@ void heightRow(const _color_t *pixels, bool ofAlpha, uint16_t *heights, int coun
   });
 }
 
-void reliefRow(const Relief &relief, const _color_t *pixels, const uint16_t *above, const uint16_t *heights,
+void reliefRow(const Relief &given, const _color_t *pixels, const uint16_t *above, const uint16_t *heights,
                const uint16_t *below, int x, int y, int count, _color_t *lit) {
+  const Relief relief = given; // no store into pixels changes it
   Columns columns;
   const Vector3 at = relief.light;
   const float toLight = (at.y - (static_cast<float>(y) + 0.5F)) / relief.aspect;
