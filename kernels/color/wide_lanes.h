@@ -24,6 +24,12 @@ inline U16xN timesAlpha(U16xN pixels, uint16_t factor) {
 /// Their wide values.
 inline U16xN wideOf(U16xN pixels) { return timesAlpha(pixels, 255); }
 
+/// The terms of the columns from i on.
+template <class Vec> inline Vec termsAt(const Rounding &rounding, int i) {
+  static_assert(sizeof(Vec) <= sizeof rounding.terms);
+  return load<Vec>(rounding.terms + i % Rounding::kPeriod);
+}
+
 /// Channels of as many pixels as a vector of them has, in their order.
 struct WideChannels {
   F32xN b, g, r, a;
