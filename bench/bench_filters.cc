@@ -2,6 +2,7 @@
 
 #include "frame/effects.h"
 #include "kernels/simd/levels.h"
+#include "plain/alpha_ex.h"
 #include "plain/relief.h"
 #include "plain/soften.h"
 #include "tests/support/filter.h"
@@ -60,6 +61,20 @@ void alphaEx(benchmark::State &state, double low, double shrink, double soften, 
   scene.run(state);
 }
 
+void plainAlphaEx(benchmark::State &state, double low, double shrink, double soften) {
+  plain::AlphaEx filter;
+  filter.low = low;
+  filter.shrink = shrink;
+  filter.soften = soften;
+  filter.fills = shrink != 0; // otherwise no pixel gains alpha
+  for (auto _ : state) {
+    state.PauseTiming();
+    const auto object = disc(0.1);
+    state.ResumeTiming();
+    filter.apply(*object->record(), 1, 1);
+  }
+}
+
 enum BumpField { kLight = 5, kShine = 12 };
 
 void bump(benchmark::State &state, int light, double shine, SimdLevel cap) {
@@ -97,6 +112,8 @@ void plainBump(benchmark::State &state, double shine) {
   ZOL_BENCH(function, name##_avx2, __VA_ARGS__, SimdLevel::avx2);                                            \
   ZOL_BENCH(function, name##_avx512, __VA_ARGS__, SimdLevel::avx512)
 
+ZOL_BENCH(plainAlphaEx, levels, 0.1, 0, 0);
+ZOL_BENCH(plainAlphaEx, grow_soften_10, 0.1, -10, 10);
 ZOL_BENCH_LEVELS(alphaEx, levels, 0.1, 0, 0);
 ZOL_BENCH_LEVELS(alphaEx, shrink_soften_10, 0.1, 10, 10);
 ZOL_BENCH_LEVELS(alphaEx, grow_soften_10, 0.1, -10, 10);

@@ -12,7 +12,6 @@
 #include "kernels/relief/relief_rows.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
 
@@ -88,17 +87,6 @@ constexpr char kDescription[] =
     "This effect lights an image as if its brightness, its alpha or a height map stood out of it. Flat areas "
     "keep their colors. <br><br>Required inputs: Input image. Without a height map the image is its own.";
 
-/// Of an angle in degrees; alike on every machine.
-struct Direction {
-  explicit Direction(double degrees) {
-    constexpr double kUnit = 1 << 30;
-    const double radians = std::fmod(degrees, 360) * (3.14159265358979323846 / 180);
-    cosine = std::floor(std::cos(radians) * kUnit + 0.5) / kUnit;
-    sine = std::floor(std::sin(radians) * kUnit + 0.5) / kUnit;
-  }
-  double cosine, sine;
-};
-
 zol::Vector3 vector(double x, double y, double z) {
   return {static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)};
 }
@@ -112,8 +100,8 @@ zol::Vector3 readLight(t_ZoHostInfo *host, bool isPoint) {
     return vector((0.5 + place(kLightX)) * host->Width, (0.5 + place(kLightY)) * host->Height,
                   (0.05 + z) * host->Width);
   }
-  const Direction around(zol::paramAngle(host, kAngle)), slant(80 * zol::paramShare(host, kSlant));
-  return vector(slant.sine * around.cosine, slant.sine * around.sine, slant.cosine);
+  const zol::Direction from(zol::paramAngle(host, kAngle)), slant(80 * zol::paramShare(host, kSlant));
+  return vector(slant.down * from.right, slant.down * from.down, slant.right);
 }
 
 zol::Relief readRelief(t_ZoHostInfo *host) {

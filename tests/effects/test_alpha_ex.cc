@@ -1,17 +1,16 @@
 #include "frame/effects.h"
-#include "kernels/exports/alpha_shrink.h"
-#include "plain/extend_colors.h"
-#include "plain/matte.h"
-#include "plain/soften.h"
+#include "plain/alpha_ex.h"
 #include "tests/support/dice.h"
 #include "tests/support/filter.h"
 #include "tests/support/levels.h"
+#include "tests/support/psnr.h"
 #include "tests/support/same_pixels.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 namespace zol {
 namespace {
@@ -20,12 +19,7 @@ enum Field { kInput, kSource, kInvert, kLow, kHigh, kBias, kShrink, kSoften, kTr
 
 constexpr int kWidth = 90; // of the frame
 
-struct Values {
-  int source = 0;
-  bool inverts = false;
-  double low = 0, high = 0, bias = 0, shrink = 0, soften = 0, transparency = 0;
-  bool fills = true, showsMatte = false;
-};
+using Values = plain::AlphaEx;
 
 void give(test::Filter &filter, const Values &v) {
   for (const auto &[field, value] : {std::pair{kLow, v.low},
@@ -39,44 +33,6 @@ void give(test::Filter &filter, const Values &v) {
   filter.choose(kInvert, v.inverts ? 1 : 0);
   filter.choose(kFill, v.fills ? 1 : 0);
   filter.choose(kShow, v.showsMatte ? 1 : 0);
-}
-
-/// Step after step over the whole picture.
-void applyPlainly(t_ZoHostInfo *host, pic &picture, const Values &v) {
-  const int count = picture.Width * picture.Height;
-  std::vector<_color_t> extended(picture.Pixels, picture.Pixels + count);
-  plain::extendColors(extended.data(), picture.Width, picture.Height);
-  std::vector<bool> hidden;
-  const auto invert = [&] {
-    for (int i = 0; i < count; ++i)
-      picture.Pixels[i].a = static_cast<uint8_t>(255 - picture.Pixels[i].a);
-  };
-  for (int i = 0; i < count; ++i) {
-    _color_t &p = picture.Pixels[i];
-    hidden.push_back(p.a == 0);
-    p.a = static_cast<uint8_t>(
-        plain::matteLevel(plain::matteValue(p, v.source), v.inverts, v.low, v.high, v.bias));
-  }
-  const double aspect = host->PixelAspect, unit = host->Width / 10.0;
-  if (v.shrink < 0)
-    invert();
-  const double reach = std::abs(v.shrink) * unit;
-  EXPECT_EQ(AlphaShrink(host, &picture, static_cast<float>(reach), static_cast<float>(reach * aspect)), 1);
-  if (v.shrink < 0)
-    invert();
-  std::vector<uint16_t> wide;
-  for (int i = 0; i < count; ++i)
-    wide.push_back(static_cast<uint16_t>(picture.Pixels[i].a * 255));
-  plain::soften(wide.data(), picture.Width, picture.Height, v.soften * unit, v.soften * unit * aspect);
-  for (int i = 0; i < count; ++i) {
-    _color_t &p = picture.Pixels[i];
-    const int soft = (wide[size_t(i)] + 127) / 255;
-    p.a = static_cast<uint8_t>(soft * (4096 - static_cast<int>(4096 * v.transparency)) >> 12);
-    if (v.fills && hidden[size_t(i)] && p.a != 0)
-      p = {extended[size_t(i)].b, extended[size_t(i)].g, extended[size_t(i)].r, p.a};
-    if (v.showsMatte)
-      p = {p.a, p.a, p.a, 255};
-  }
 }
 
 std::unique_ptr<host::PictureBuffer> copyOf(const pic &picture) {
@@ -109,11 +65,29 @@ TEST(AlphaEx, DoesItsStepsOneAfterTheOther) {
     filter.assign(kInput, &clip);
     give(filter, values);
     const auto expected = copyOf(*picture->record());
-    applyPlainly(filter.session.info(), *expected->record(), values);
+    values.apply(*expected->record(), kWidth / 10.0, 1.25);
     test::atEveryLevel([&] {
       const auto out = filter.render();
       ASSERT_NE(out, nullptr);
       ASSERT_TRUE(test::samePixels(*out->record(), *expected->record())) << "round " << round;
+    });
+  }
+}
+
+TEST(AlphaEx, MovesEvenlyWithItsValues) {
+  const auto picture = test::randomPicture(120, 90, 3);
+  for (int i = 0; i < 120 * 90; ++i) // a disc with a soft rim
+    picture->record()->Pixels[i].a =
+        static_cast<uint8_t>(std::clamp(8 * (30 - std::hypot(i % 120 - 60, i / 120 - 45)), 0.0, 255.0));
+  test::PictureClip clip(picture->record());
+  for (const auto &[field, from, to] :
+       {std::tuple{kShrink, -0.9, 0.7}, {kSoften, 0.01, 1.0}, {kLow, 0.0, 0.9}, {kTransparency, 0.0, 0.9}}) {
+    SCOPED_TRACE(field);
+    test::Filter filter(ProcessAlphaExDeclare, 240, 180);
+    filter.assign(kInput, &clip);
+    test::expectEvenSteps(100, [&, field = field, from = from, to = to](int i) {
+      filter.set(field, from + (to - from) * i / 100);
+      return filter.render();
     });
   }
 }

@@ -1,6 +1,6 @@
 #include "kernels/matte/matte_rows.h"
 
-#include "plain/matte.h"
+#include "plain/alpha_ex.h"
 #include "tests/support/levels.h"
 #include "tests/support/test_clip.h"
 
