@@ -93,12 +93,10 @@ zol::Vector3 vector(double x, double y, double z) {
 
 zol::Vector3 readLight(t_ZoHostInfo *host, bool isPoint) {
   if (isPoint) {
-    const auto place = [host](Field field) {
-      return zol::paramWithin(host, field, -zol::kOpenEnd, zol::kOpenEnd);
-    };
+    const double x = zol::paramWithin(host, kLightX, -zol::kOpenEnd, zol::kOpenEnd);
+    const double y = zol::paramWithin(host, kLightY, -zol::kOpenEnd, zol::kOpenEnd);
     const double z = zol::paramWithin(host, kLightZ, 0, zol::kOpenEnd);
-    return vector((0.5 + place(kLightX)) * host->Width, (0.5 + place(kLightY)) * host->Height,
-                  (0.05 + z) * host->Width);
+    return vector((0.5 + x) * host->Width, (0.5 + y) * host->Height, (0.05 + z) * host->Width);
   }
   const zol::Direction from(zol::paramAngle(host, kAngle)), slant(80 * zol::paramShare(host, kSlant));
   return vector(slant.down * from.right, slant.down * from.down, slant.right);

@@ -153,7 +153,7 @@ TEST(Bump, MovesEvenlyWithItsValues) {
   for (const auto &[field, from, to] : {std::tuple{kHeight, 0.05, 1.0},
                                         {kSmoothness, 0.0, 0.5},
                                         {kAngle, 0.0, 360.0},
-                                        {kSlant, 0.0, 0.9},
+                                        {kSlant, 0.2, 0.7},
                                         {kLightX, -1.0, 1.0},
                                         {kShine, 0.0, 1.0},
                                         {kGloss, 0.0, 1.0}}) {
