@@ -190,6 +190,8 @@ template <class Mask, class Vec> inline Vec select(Mask mask, Vec a, Vec b) {
 inline F32xN absolute(F32xN v) { return as<F32xN>(as<U32xN>(v) & 0x7FFFFFFF); }
 inline F64xN absolute(F64xN v) { return as<F64xN>(as<U64xN>(v) & 0x7FFFFFFFFFFFFFFF); }
 
+inline F32xN squareRoot(F32xN v) { return ZOL_V(sqrt_ps)(v); }
+
 /// v / 255, for every v.
 inline U16xN div255(U16xN v) { return mulHigh(v, splat<U16xN>(0x8081)) >> 7; }
 
@@ -286,6 +288,13 @@ template <class Vec> inline Vec odds(Vec a, Vec b) {
   static_assert(sizeof(LaneOf<Vec>) == 4);
   return as<Vec>(ZOL_V(shuffle_ps)(as<F32xN>(a), as<F32xN>(b), 0xDD));
 }
+
+#if defined(__AVX2__)
+/// table[index] within every block, of the index's lower four bits; 0 where its top bit is set.
+inline U8xN shuffle(U8xN table, U8xN index) {
+  return as<U8xN>(ZOL_V(shuffle_epi8)(as<Register>(table), as<Register>(index)));
+}
+#endif
 
 // ---- Between lanes, across blocks ----
 

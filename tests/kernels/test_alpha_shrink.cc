@@ -1,6 +1,7 @@
 #include "kernels/exports/alpha_shrink.h"
 
 #include "host/services/session.h"
+#include "plain/erosion.h"
 #include "tests/support/levels.h"
 #include "tests/support/same_pixels.h"
 #include "tests/support/test_clip.h"
@@ -15,30 +16,6 @@ namespace {
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-
-/// Gives every pixel the least alpha within `radius` along one direction, or between two whole radii's.
-void erodePlainly(const pic &picture, int dx, int dy, float radius) {
-  if (!(radius > 0))
-    return;
-  const std::vector<_color_t> src(picture.Pixels, picture.Pixels + picture.Width * picture.Height);
-  const float clipped = std::min(radius, 40000.0F);
-  const int whole = static_cast<int>(clipped);
-  const int part = static_cast<int>((clipped - static_cast<float>(whole)) * 256 + 0.5F);
-  const auto leastWithin = [&](int x, int y, int reach) {
-    int least = 255;
-    for (int d = -std::min(reach, 400); d <= std::min(reach, 400); ++d)
-      if (const int u = x + d * dx, v = y + d * dy;
-          u >= 0 && u < picture.Width && v >= 0 && v < picture.Height)
-        least = std::min<int>(least, src[static_cast<size_t>(v * picture.Width + u)].a);
-    return least;
-  };
-  for (int y = 0; y < picture.Height; ++y)
-    for (int x = 0; x < picture.Width; ++x) {
-      const int near = leastWithin(x, y, whole), far = leastWithin(x, y, whole + 1);
-      picture.Pixels[y * picture.Width + x].a =
-          static_cast<uint8_t>(near - ((near - far) * part + 128) / 256);
-    }
-}
 
 /// Sparse holes, so that erosion leaves something.
 std::unique_ptr<host::PictureBuffer> sparsePicture(int width, int height, unsigned seed) {
@@ -56,8 +33,8 @@ TEST(AlphaShrink, IsTheLeastAlphaWithinTheRadii) {
     for (const float horizontal : {0.0F, 0.3F, 1.0F, 2.5F, 7.998F, 30.0F, 129.25F, 1e30F})
       for (const float vertical : {-1.0F, kNaN, 0.999F, 3.0F, 14.5F, kInfinity}) {
         const auto expected = sparsePicture(width, height, ++seed);
-        erodePlainly(*expected->record(), 1, 0, horizontal);
-        erodePlainly(*expected->record(), 0, 1, vertical);
+        plain::erode(*expected->record(), 1, 0, horizontal);
+        plain::erode(*expected->record(), 0, 1, vertical);
         test::atEveryLevel([&] {
           const auto picture = sparsePicture(width, height, seed);
           ASSERT_EQ(AlphaShrink(session.info(), picture->record(), horizontal, vertical), 1);
