@@ -7,10 +7,10 @@
 #include "frame/effects.h"
 #include "frame/host.h"
 #include "frame/picture.h"
+#include "frame/real_time.h"
 #include "kernels/exports/bluescreen.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -82,19 +82,11 @@ pic *render(t_ZoHostInfo *host) {
 }
 
 int renderRT(t_ZoHostInfo *host) {
-  const auto fits = [](int size) { return size >= 0 && size <= INT16_MAX; };
-  if (host->BitsPerPixel != 32 || !fits(host->Width) || !fits(host->Height))
+  if (!zol::buffersArePictures(host))
     return 0;
-  const auto frame = [&](void *buffer) {
-    return pic{0, 0, static_cast<int16_t>(host->Width), static_cast<int16_t>(host->Height),
-               static_cast<_color_t *>(buffer)};
-  };
-  const int background = hostIsHalvenor ? 0 : 1;
-  pic out = frame(host->OutputBuffer);
-  pic key = frame(host->InputBuffers[1 - background]);
-  std::memcpy(out.Pixels, host->InputBuffers[background],
-              sizeof(_color_t) * static_cast<size_t>(host->Width) * static_cast<size_t>(host->Height));
-  return layKey(host, &out, &key, host->Width);
+  zol::LayingBuffers buffers(host, hostIsHalvenor);
+  zol::copyShared(buffers.out, buffers.background);
+  return layKey(host, &buffers.out, &buffers.upper, host->Width);
 }
 
 constexpr zol::Effect kBluescreen{

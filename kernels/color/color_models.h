@@ -165,4 +165,21 @@ inline void hueToRgb(int h, uint8_t *r, uint8_t *g, uint8_t *b) {
     set(255, 0, 1530 - h);
 }
 
+/// The step of the wheel whose colour has the pixel's hue, 0..1529; 0 for greys. hueToRgb(h) gives h back.
+/// In its sector the middle channel's way from the least to the greatest is rounded up, so that the wheel's
+/// colour scaled by their distance and rounded down is the pixel's again.
+inline int rgbToHue(uint8_t r, uint8_t g, uint8_t b) {
+  const int least = std::min({r, g, b}), greatest = std::max({r, g, b});
+  const int chroma = greatest - least;
+  if (chroma == 0)
+    return 0;
+  const int middle = r + g + b - least - greatest;
+  const int way = ((middle - least) * 255 + chroma - 1) / chroma;
+  if (r == greatest)
+    return g >= b ? way : 1530 - way;
+  if (g == greatest)
+    return b >= r ? 510 + way : 510 - way;
+  return r >= g ? 1020 + way : 1020 - way;
+}
+
 } // namespace zol

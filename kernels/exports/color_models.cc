@@ -11,3 +11,5 @@ ZOL_EXPORT void HLS_to_RGB(uint8_t *r, uint8_t *g, uint8_t *b, uint8_t H, uint8_
 }
 
 ZOL_EXPORT void hue_to_rgb(int h, uint8_t *r, uint8_t *g, uint8_t *b) { zol::hueToRgb(h, r, g, b); }
+
+ZOL_EXPORT int rgb_to_hue(uint8_t r, uint8_t g, uint8_t b) { return zol::rgbToHue(r, g, b); }

@@ -1,5 +1,8 @@
 #include "frame/picture.h"
 
+#include "frame/canvas.h"
+#include "kernels/exports/pic_area_copy.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -46,7 +49,7 @@ TEST(Area, IndicesRunRowByRowAndMoveWithTheArea) {
   EXPECT_EQ(moved.moved(-10, 4), area);
 }
 
-TEST(CopyShared, CopiesWhatBothHaveAndNothingElse) {
+TEST(CopyShared, PicAreaCopyAndCanvasesTakeWhatBothHaveAndNothingElse) {
   forEachArea([](const Area &place) {
     if (place.width() < 0 || place.height() < 0)
       return;
@@ -57,12 +60,21 @@ TEST(CopyShared, CopiesWhatBothHaveAndNothingElse) {
     pic source{0, 0, static_cast<int16_t>(place.width()), static_cast<int16_t>(place.height()), from.data()};
     placeAt(source, place);
     const pic target{-1, 0, 4, 3, to.data()};
-    copyShared(target, source);
+    pic receiver = target;
+    EXPECT_EQ(PicAreaCopy(&receiver, &source), coveredPart(Area::of(target), place).height());
     for (int y = 0; y < 3; ++y)
       for (int x = -1; x < 3; ++x) {
         const bool shared = place.hasColumn(x) && place.hasRow(y);
         EXPECT_EQ(pixelAt(target, x, y)->b, shared ? pixelAt(source, x, y)->b : 9);
       }
+    const Area canvas = unionOf(place, {0, 0, 2, 2});
+    for (int y = canvas.top; y < canvas.bottom; ++y) {
+      std::vector<_color_t> row(static_cast<size_t>(canvas.width()), _color_t{9, 9, 9, 9});
+      writeCanvasRow(canvas, &source, y, row.data());
+      for (int x = canvas.left; x < canvas.right; ++x)
+        EXPECT_EQ(row[static_cast<size_t>(x - canvas.left)].b,
+                  place.hasColumn(x) && place.hasRow(y) ? pixelAt(source, x, y)->b : 0);
+    }
   });
 }
 

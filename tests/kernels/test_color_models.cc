@@ -53,7 +53,12 @@ TEST(ColorModels, TheWheelRunsThroughItsSectorsAndWrapsBeyond) {
   };
   for (const auto &[h, rgb] : known)
     EXPECT_EQ(wheel(h), rgb) << h;
-  for (int h = 1; h < 1530; ++h) { // one channel at a time, one step a step
+  for (int h = 0; h < 1530; ++h)
+    EXPECT_EQ(rgb_to_hue(wheel(h)[0], wheel(h)[1], wheel(h)[2]), h);
+  EXPECT_EQ(rgb_to_hue(77, 77, 77), 0);
+  EXPECT_EQ(rgb_to_hue(0, 3, 2), 680);        // 510 and two thirds of 255
+  EXPECT_EQ(rgb_to_hue(101, 100, 106), 1063); // 1020 and a sixth of it, rounded up
+  for (int h = 1; h < 1530; ++h) {            // one channel at a time, one step a step
     const Triple last = wheel(h - 1), now = wheel(h);
     EXPECT_EQ(std::abs(now[0] - last[0]) + std::abs(now[1] - last[1]) + std::abs(now[2] - last[2]), 1) << h;
   }

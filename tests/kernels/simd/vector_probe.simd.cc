@@ -1,5 +1,6 @@
 #include "tests/kernels/simd/vector_probe.h"
 
+#include "kernels/simd/divide.h"
 #include "kernels/simd/vectors.h"
 
 namespace zol::ZOL_LEVEL {

@@ -1,0 +1,121 @@
+// Effects that lay one picture over another, as a host runs them, 1920 x 1080: over an opaque background, an
+// overlay with a soft edge that fills half the frame.
+
+#include "frame/effects.h"
+#include "host/services/session.h"
+#include "kernels/simd/levels.h"
+#include "plain/lay_pixels.h"
+#include "tests/support/declared.h"
+#include "tests/support/test_clip.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+using namespace zol;
+
+constexpr int kWidth = 1920, kHeight = 1080;
+
+std::unique_ptr<host::PictureBuffer> opaque() {
+  auto picture = test::randomPicture(kWidth, kHeight, 1);
+  for (size_t i = 0; i < picture->pixels(); ++i)
+    picture->record()->Pixels[i].a = 255;
+  return picture;
+}
+
+std::unique_ptr<host::PictureBuffer> softDisc() {
+  auto picture = test::randomPicture(kWidth, kHeight, 2);
+  for (int y = 0; y < kHeight; ++y)
+    for (int x = 0; x < kWidth; ++x) {
+      const double distance = std::hypot((x - kWidth / 2) / 760.0, (y - kHeight / 2) / 430.0);
+      picture->record()->Pixels[y * kWidth + x].a =
+          static_cast<uint8_t>(std::clamp((1.05 - distance) / 0.1, 0.0, 1.0) * 255);
+    }
+  return picture;
+}
+
+/// One effect in a host that recycles its frames: their memory is not cleared.
+struct Scene {
+  Scene(int (*declare)(t_ZoHostInfo *), SimdLevel cap) : effect(declare) {
+    capSimdLevel(cap);
+    services.PicCreate = [](int width, int height) {
+      static const auto picture = host::PictureBuffer::make(width, height);
+      return picture->record();
+    };
+    services.PicFree = [](pic *) {};
+    t_ZoHostInfo *info = session.info();
+    info->Services = &services;
+    info->Width = kWidth;
+    info->Height = kHeight;
+    info->PixelAspect = 1;
+    effect.init(info);
+  }
+  void set(int field, double value) { session.parameters.numbers.get(field, 0)->set(0.5, {value}); }
+  void assign(int field, host::Clip &clip) { *session.parameters.inputs.get(field, 0) = {&clip}; }
+  void run(benchmark::State &state) {
+    for (auto _ : state)
+      benchmark::DoNotOptimize(effect.renderVideo(session.info()));
+  }
+
+  test::Callbacks effect;
+  host::Session session{"Halvenor"};
+  t_ZoServices services = host::services();
+};
+
+host::PictureBuffer &ground() {
+  static const auto picture = opaque();
+  return *picture;
+}
+host::PictureBuffer &disc() {
+  static const auto picture = softDisc();
+  return *picture;
+}
+
+enum OverlayField { kBackground, kInput, kX, kY, kOpacity, kMode };
+
+void overlay(benchmark::State &state, int mode, double pixels, SimdLevel cap, double opacity = 1) {
+  test::PictureClip lower(ground().record()), upper(disc().record());
+  Scene scene(ProcessOverlayDeclare, cap);
+  scene.assign(kBackground, lower);
+  scene.assign(kInput, upper);
+  scene.set(kX, pixels / kWidth);
+  scene.set(kY, pixels / kHeight);
+  scene.set(kOpacity, opacity);
+  *scene.session.parameters.integers.get(kMode, 0) = mode;
+  scene.run(state);
+}
+
+void plainOverlay(benchmark::State &state, int mode) {
+  const _color_t *lower = ground().record()->Pixels, *upper = disc().record()->Pixels;
+  static const auto out = host::PictureBuffer::make(kWidth, kHeight);
+  for (auto _ : state)
+    for (size_t i = 0; i < out->pixels(); ++i)
+      out->record()->Pixels[i] = plain::layPixel(lower[i], upper[i], mode, 4096, false);
+}
+
+#define ZOL_BENCH(...)                                                                                       \
+  BENCHMARK_CAPTURE(__VA_ARGS__)                                                                             \
+      ->Unit(benchmark::kMillisecond)                                                                        \
+      ->MinTime(0.05)                                                                                        \
+      ->Repetitions(7)                                                                                       \
+      ->ReportAggregatesOnly()
+#define ZOL_BENCH_LEVELS(function, name, ...)                                                                \
+  ZOL_BENCH(function, name##_sse2, __VA_ARGS__, SimdLevel::sse2);                                            \
+  ZOL_BENCH(function, name##_avx2, __VA_ARGS__, SimdLevel::avx2)
+
+ZOL_BENCH(plainOverlay, normal, 0);
+ZOL_BENCH(plainOverlay, soft_light, 9);
+ZOL_BENCH(plainOverlay, luminosity, 15);
+ZOL_BENCH_LEVELS(overlay, normal, 0, 0);
+ZOL_BENCH_LEVELS(overlay, between_pixels, 0, 0.4);
+ZOL_BENCH_LEVELS(overlay, multiply, 1, 0);
+ZOL_BENCH_LEVELS(overlay, color_dodge, 6, 0);
+ZOL_BENCH_LEVELS(overlay, soft_light, 9, 0);
+ZOL_BENCH_LEVELS(overlay, luminosity, 15, 0);
+
+} // namespace
+
+BENCHMARK_MAIN();
