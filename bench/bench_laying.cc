@@ -96,6 +96,14 @@ void plainOverlay(benchmark::State &state, int mode) {
       out->record()->Pixels[i] = plain::layPixel(lower[i], upper[i], mode, 4096, false);
 }
 
+void dropShadow(benchmark::State &state, double radius, SimdLevel cap) {
+  test::PictureClip upper(disc().record());
+  Scene scene(ProcessDropShadowDeclare, cap);
+  scene.assign(0, upper);
+  scene.set(5, 10 * radius / kWidth); // Softness
+  scene.run(state);
+}
+
 #define ZOL_BENCH(...)                                                                                       \
   BENCHMARK_CAPTURE(__VA_ARGS__)                                                                             \
       ->Unit(benchmark::kMillisecond)                                                                        \
@@ -115,6 +123,7 @@ ZOL_BENCH_LEVELS(overlay, multiply, 1, 0);
 ZOL_BENCH_LEVELS(overlay, color_dodge, 6, 0);
 ZOL_BENCH_LEVELS(overlay, soft_light, 9, 0);
 ZOL_BENCH_LEVELS(overlay, luminosity, 15, 0);
+ZOL_BENCH_LEVELS(dropShadow, radius_20, 20);
 
 } // namespace
 

@@ -13,7 +13,6 @@
 #include "kernels/sampling/moved_picture.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
 
@@ -70,18 +69,13 @@ struct Settings {
   int right, down; // sixteenths of a pixel
 };
 
-/// The nearest to a distance in pixels; what lies beyond every frame is cut.
-int sixteenths(double pixels) {
-  return static_cast<int>(std::floor(16 * std::clamp(pixels, -1e6, 1e6) + 0.5));
-}
-
 Settings readSettings(t_ZoHostInfo *host) {
   const auto share = [host](Field field) {
     return zol::paramWithin(host, field, -zol::kOpenEnd, zol::kOpenEnd);
   };
   Settings settings;
-  settings.right = sixteenths(share(kX) * host->Width);
-  settings.down = sixteenths(share(kY) * host->Height);
+  settings.right = zol::inSixteenths(share(kX) * host->Width);
+  settings.down = zol::inSixteenths(share(kY) * host->Height);
   settings.laying.opacity = zol::in4096ths(zol::paramShare(host, kOpacity));
   settings.laying.mode =
       static_cast<zol::LayMode>(std::clamp(zol::paramInt(host, kMode), 0, zol::kLayModes - 1));

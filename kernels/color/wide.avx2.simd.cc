@@ -5,12 +5,6 @@
 namespace zol::ZOL_LEVEL {
 namespace {
 
-static_assert(sizeof(Rounding::terms) >= sizeof(U16xN));
-
-/// The terms of the columns from i on.
-template <class Vec> Vec termsAt(const Rounding &rounding, int i) {
-  return load<Vec>(rounding.terms + i % Rounding::kPeriod);
-}
 
 U32xN bytesOfVector(U16xN low, U16xN high, const Rounding &rounding, int i, U32xN hidden) {
   const auto terms = convert<U32xN>(termsAt<Vector<uint16_t, kPixels>>(rounding, i));

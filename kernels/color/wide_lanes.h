@@ -47,6 +47,12 @@ inline void storeWide(WidePixel *to, U16xN low, U16xN high) {
   storeBlocks(places[1], high);
 }
 
+/// The terms of the columns from i on.
+template <class Vec> inline Vec termsAt(const Rounding &rounding, int i) {
+  static_assert(sizeof(Vec) <= sizeof rounding.terms);
+  return load<Vec>(rounding.terms + i % Rounding::kPeriod);
+}
+
 /// Channels of as many pixels as a vector of them has, in their order.
 struct WideChannels {
   F32xN b, g, r, a;

@@ -37,7 +37,8 @@ PathPlace placeAt(const Path &path, double s) {
     const int64_t stay = matrixEntry(cosine);
     return {stay, matrixEntry(-sine / path.aspect), matrixEntry(sine * path.aspect), stay, 0, 0};
   }
-  default: return {kOne, 0, 0, kOne, rounded(16 * path.across * s), rounded(16 * path.down * s)};
+  default: return {kOne, 0, 0, kOne, rounded(16 * path.length * path.right * s),
+            rounded(16 * path.length * path.down * s)};
   }
 }
 
@@ -55,7 +56,7 @@ double Path::longest(int width, int height) const {
   switch (kind) {
   case Kind::zoom: return radius * (std::sqrt(scale) - 1 / std::sqrt(scale));
   case Kind::spin: return radius * std::abs(turn);
-  default: return std::sqrt(across * across + down * down);
+  default: return length;
   }
 }
 

@@ -10,7 +10,8 @@ struct Path {
   enum class Kind { direction, zoom, spin };
 
   Kind kind;
-  double across, down;     ///< direction: in pixels
+  double length;           ///< direction: in pixels across
+  double right, down;      ///< direction: pixels to either side on a pixel of the length
   double scale;            ///< zoom: of the one end over the other; at least 1
   double turn;             ///< spin: in radians, clockwise on the screen
   double aspect;           ///< width of a pixel over its height

@@ -18,6 +18,8 @@ inline constexpr Neutral kNeutral[] = {
     {"Blur 1.0 (Zo2)", "Blurriness=0"},
     {"Mix Zo2 native", "Transition=0"},
     {"Mix Zo2 native", "Transition=1", 1},
+    {"Overlay for Qb4", "Opacity=0"},
+    {"DropShadow Zo2 native", "Opacity=0"},
     {"FillGeometry Zo2 native", "Alpha=0"},
     {"Simple Audio Switcher [rul]", ""},
     {"Audio Transition [PW]", "FadeIn=0;FadeOut=0", 0, true},
