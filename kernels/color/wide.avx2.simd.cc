@@ -5,7 +5,6 @@
 namespace zol::ZOL_LEVEL {
 namespace {
 
-
 U32xN bytesOfVector(U16xN low, U16xN high, const Rounding &rounding, int i, U32xN hidden) {
   const auto terms = convert<U32xN>(termsAt<Vector<uint16_t, kPixels>>(rounding, i));
   constexpr uint64_t kOpaque = uint64_t{kWideOne} << 48;

@@ -37,7 +37,12 @@ PathPlace placeAt(const Path &path, double s) {
     const int64_t stay = matrixEntry(cosine);
     return {stay, matrixEntry(-sine / path.aspect), matrixEntry(sine * path.aspect), stay, 0, 0};
   }
-  default: return {kOne, 0, 0, kOne, rounded(16 * path.length * path.right * s),
+  default:
+    return {kOne,
+            0,
+            0,
+            kOne,
+            rounded(16 * path.length * path.right * s),
             rounded(16 * path.length * path.down * s)};
   }
 }
