@@ -125,10 +125,12 @@ void PathAverage::makeRow(int pass, const PathPicture &picture, int y, WidePixel
 
 void startPathRow(const _color_t *pixels, WidePixel *row, int width) {
   ZOL_SELECT(toWide)(pixels, row, width);
-  row[width] = row[width - 1];
-  turnTopBits(row, width + 1);
+  turnTopBits(row, width);
 }
 
-void finishPathRow(WidePixel *row, int width) { turnTopBits(row, width); }
+void finishPathRow(WidePixel *row, const _color_t *hidden, _color_t *out, int width) {
+  turnTopBits(row, width);
+  ZOL_SELECT(toBytes)(row, Rounding::nearest(), hidden, out, width);
+}
 
 } // namespace zol

@@ -49,10 +49,10 @@ private:
   Pass passes_[kPasses];
 };
 
-/// Writes row y of the picture to come, wide values of which `pixels` has `width`; one more is written.
+/// Writes a row of the picture that the first pass reads.
 void startPathRow(const _color_t *pixels, WidePixel *row, int width);
 
-/// Turns the top bits back: the wide values of a row.
-void finishPathRow(WidePixel *row, int width);
+/// Writes a finished row as bytes, and spoils it. Where alpha is 0 the colours are those of `hidden`.
+void finishPathRow(WidePixel *row, const _color_t *hidden, _color_t *out, int width);
 
 } // namespace zol

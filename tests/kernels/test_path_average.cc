@@ -44,8 +44,8 @@ std::vector<WidePixel> blurred(const pic &picture, const Path &path) {
       average.makeRow(pass, {from.data(), width, height}, y, to.data() + size_t(y) * step);
     std::swap(from, to);
   }
-  for (int y = 0; y < height; ++y)
-    finishPathRow(from.data() + size_t(y) * step, width);
+  for (WidePixel &p : from)
+    p = {uint16_t(p.b ^ 0x8000), uint16_t(p.g ^ 0x8000), uint16_t(p.r ^ 0x8000), uint16_t(p.a ^ 0x8000)};
   return from;
 }
 
