@@ -5,6 +5,8 @@
 #include "host/services/session.h"
 #include "kernels/simd/levels.h"
 #include "plain/lay_pixels.h"
+#include "plain/moved.h"
+#include "plain/soften.h"
 #include "tests/support/declared.h"
 #include "tests/support/test_clip.h"
 
@@ -12,6 +14,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace {
 
@@ -74,26 +77,57 @@ host::PictureBuffer &disc() {
   return *picture;
 }
 
-enum OverlayField { kBackground, kInput, kX, kY, kOpacity, kMode };
+enum OverlayField { kBackground, kInput, kX, kY, kMode = 5 };
 
-void overlay(benchmark::State &state, int mode, double pixels, SimdLevel cap, double opacity = 1) {
-  test::PictureClip lower(ground().record()), upper(disc().record());
+void overlay(benchmark::State &state, host::PictureBuffer &(*picture)(), int mode, double pixels,
+             SimdLevel cap) {
+  test::PictureClip lower(ground().record()), upper(picture().record());
   Scene scene(ProcessOverlayDeclare, cap);
   scene.assign(kBackground, lower);
   scene.assign(kInput, upper);
   scene.set(kX, pixels / kWidth);
   scene.set(kY, pixels / kHeight);
-  scene.set(kOpacity, opacity);
   *scene.session.parameters.integers.get(kMode, 0) = mode;
   scene.run(state);
 }
 
-void plainOverlay(benchmark::State &state, int mode) {
-  const _color_t *lower = ground().record()->Pixels, *upper = disc().record()->Pixels;
-  static const auto out = host::PictureBuffer::make(kWidth, kHeight);
+host::PictureBuffer &result() {
+  static const auto picture = host::PictureBuffer::make(kWidth, kHeight);
+  return *picture;
+}
+
+/// Calls pixel(x, y) for all of the frame.
+template <class Pixel> void fillPlainly(Pixel pixel) {
+  _color_t *out = result().record()->Pixels;
+  for (int y = 0; y < kHeight; ++y)
+    for (int x = 0; x < kWidth; ++x)
+      *out++ = pixel(x, y);
+}
+
+void plainOverlay(benchmark::State &state, int mode, int sixteenths) {
+  const pic &lower = *ground().record(), &upper = *disc().record();
   for (auto _ : state)
-    for (size_t i = 0; i < out->pixels(); ++i)
-      out->record()->Pixels[i] = plain::layPixel(lower[i], upper[i], mode, 4096, false);
+    fillPlainly([&](int x, int y) {
+      const _color_t over =
+          sixteenths != 0 ? plain::moved(upper, sixteenths, sixteenths, x, y) : plain::pixelOf(upper, x, y);
+      return plain::layPixel(plain::pixelOf(lower, x, y), over, mode, 4096, false);
+    });
+}
+
+void plainDropShadow(benchmark::State &state, double radius) {
+  const pic &picture = *disc().record();
+  for (auto _ : state) {
+    std::vector<uint16_t> alphas(size_t{kWidth} * kHeight);
+    for (size_t i = 0; i < alphas.size(); ++i)
+      alphas[i] = static_cast<uint16_t>(255 * picture.Pixels[i].a);
+    plain::soften(alphas.data(), kWidth, kHeight, radius, radius);
+    fillPlainly([&](int x, int y) {
+      const uint8_t alpha = plain::shadowAlpha(alphas.data(), kWidth, kHeight, 217, 217, 0, 2457, x, y,
+                                               plain::roundingTerm(true, x, y));
+      const _color_t over = plain::pixelOf(picture, x, y);
+      return plain::layPixel({0, 0, 0, alpha}, over, 0, 4096, false);
+    });
+  }
 }
 
 void dropShadow(benchmark::State &state, double radius, SimdLevel cap) {
@@ -114,15 +148,18 @@ void dropShadow(benchmark::State &state, double radius, SimdLevel cap) {
   ZOL_BENCH(function, name##_sse2, __VA_ARGS__, SimdLevel::sse2);                                            \
   ZOL_BENCH(function, name##_avx2, __VA_ARGS__, SimdLevel::avx2)
 
-ZOL_BENCH(plainOverlay, normal, 0);
-ZOL_BENCH(plainOverlay, soft_light, 9);
-ZOL_BENCH(plainOverlay, luminosity, 15);
-ZOL_BENCH_LEVELS(overlay, normal, 0, 0);
-ZOL_BENCH_LEVELS(overlay, between_pixels, 0, 0.4);
-ZOL_BENCH_LEVELS(overlay, multiply, 1, 0);
-ZOL_BENCH_LEVELS(overlay, color_dodge, 6, 0);
-ZOL_BENCH_LEVELS(overlay, soft_light, 9, 0);
-ZOL_BENCH_LEVELS(overlay, luminosity, 15, 0);
+ZOL_BENCH(plainOverlay, normal, 0, 0);
+ZOL_BENCH(plainOverlay, between_pixels, 0, 6);
+ZOL_BENCH(plainOverlay, soft_light, 9, 0);
+ZOL_BENCH(plainOverlay, luminosity, 15, 0);
+ZOL_BENCH(plainDropShadow, radius_20, 20);
+ZOL_BENCH_LEVELS(overlay, normal, disc, 0, 0);
+ZOL_BENCH_LEVELS(overlay, between_pixels, disc, 0, 0.4);
+ZOL_BENCH_LEVELS(overlay, multiply, disc, 1, 0);
+ZOL_BENCH_LEVELS(overlay, color_dodge, disc, 6, 0);
+ZOL_BENCH_LEVELS(overlay, soft_light, disc, 9, 0);
+ZOL_BENCH_LEVELS(overlay, luminosity, disc, 15, 0);
+ZOL_BENCH_LEVELS(overlay, opaque_multiply, ground, 1, 0);
 ZOL_BENCH_LEVELS(dropShadow, radius_20, 20);
 
 } // namespace

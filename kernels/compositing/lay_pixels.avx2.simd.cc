@@ -88,8 +88,9 @@ public:
 
   [[nodiscard]] U32xN laid(U32xN lower, U32xN upper, U32xN blended) const {
     const U32xN m = weights(upper);
-    return inside_ || allSet(lower >= 0xFF000000) ? overOpaque(lower, blended, m)
-                                                  : over(lower, upper, blended, m);
+    if (!inside_ && !allSet(lower >= 0xFF000000))
+      return over(lower, upper, blended, m);
+    return allSet(m == 255) ? (blended & 0x00FFFFFF) | (lower & 0xFF000000) : overOpaque(lower, blended, m);
   }
 
   /// Whether the upper pixels hide the lower ones.

@@ -1,8 +1,8 @@
 #include "frame/effects.h"
 #include "frame/picture.h"
-#include "kernels/blur/soften.h"
 #include "plain/lay_pixels.h"
 #include "plain/moved.h"
+#include "plain/soften.h"
 #include "tests/support/declared.h"
 #include "tests/support/dice.h"
 #include "tests/support/psnr.h"
@@ -77,8 +77,7 @@ struct Settings {
       alphas[static_cast<size_t>(canvas.index(x, y))] = static_cast<uint16_t>(255 * p.a);
     });
     const double radius = softness * host.Width / 10, way = distance * host.Width / 10;
-    Softening(radius, radius * host.PixelAspect, canvas.width(), canvas.height())(alphas.data(),
-                                                                                  [] { return true; });
+    plain::soften(alphas.data(), canvas.width(), canvas.height(), radius, radius * host.PixelAspect);
     const auto sixteenths = [](double pixels) { return static_cast<int>(std::lround(16 * pixels)); };
     const double turn = angle * std::numbers::pi / 180;
     const int right = sixteenths(way * std::cos(turn)),
