@@ -57,8 +57,8 @@ CSlowMotion::CSlowMotion()
     : m_pSeqID(nullptr), m_dNewFPS(25.0), m_dOldFPS(25.0), m_bInterlaced(0), m_bFieldOrder(0), m_nFormat(0),
       m_nWidth(0), m_nHeight(0), m_nOldFrames(0), m_nNewFrames(0), m_nBytesPerPixel(4), m_nCPUFlags(0),
       m_pOutFrame(nullptr), m_pFrameA(nullptr), m_pFrameB(nullptr), m_pSquares(m_SquareTable + 256),
-      m_pMask(nullptr), m_pObjectList(nullptr), m_pFillStack(nullptr), m_nArea(0), m_pScratch(nullptr),
-      m_nScratch(0) {
+      m_pMask(nullptr), m_pObjectList(nullptr), m_pFillStack(nullptr), m_nArea(0), m_pWork(nullptr),
+      m_nReserved(0) {
   for (int d = -256; d < 256; ++d)
     m_SquareTable[d + 256] = static_cast<unsigned>(d * d);
 }
@@ -174,12 +174,8 @@ void CSlowMotion::Close() {
   m_nBytesPerPixel = 4;
   m_pFrameA = m_pFrameB = nullptr;
   m_nArea = 0;
-  release(m_pFillStack);
-  release(m_pObjectList);
-  release(m_pMask);
   release(m_pOutFrame);
-  release(m_pScratch);
-  m_nScratch = 0;
+  FreeWork();
 }
 
 void CSlowMotion::Interpol(void *dst, const void *frameA, const void *frameB, unsigned w, unsigned field) {
@@ -212,20 +208,17 @@ CSlowMotion::SField CSlowMotion::FieldOf(void *dst, const void *frameA, const vo
           static_cast<unsigned char *>(dst) + offset};
 }
 
-/// Uninitialised memory of at least `bytes`, kept until Close; null when it cannot be had.
-void *CSlowMotion::Scratch(unsigned long long bytes) {
-  if (bytes > m_nScratch) {
-    release(m_pScratch);
-    m_pScratch = allocate(bytes);
-    m_nScratch = m_pScratch == nullptr ? 0 : static_cast<size_t>(bytes);
-  }
-  return m_pScratch;
+/// Kept until Close; null when it cannot be had.
+CSlowMotion::SWork *CSlowMotion::Work() {
+  if (m_pWork == nullptr)
+    m_pWork = new (std::nothrow) SWork;
+  return m_pWork;
 }
 
 void CSlowMotion::FreeWork() {
   release(m_pFillStack);
   release(m_pMask);
   release(m_pObjectList);
-  release(m_pScratch);
-  m_nScratch = 0;
+  delete m_pWork;
+  m_pWork = nullptr;
 }

@@ -103,16 +103,17 @@ public:
 
 private:
   struct ZOL_SLOW_MOTION_OWN SField;
+  struct ZOL_SLOW_MOTION_OWN SWork;
 
   ZOL_SLOW_MOTION_OWN SField FieldOf(void *dst, const void *frameA, const void *frameB, unsigned field) const;
   bool HasBuffers() const { return m_pFillStack != nullptr; } // the last one that SetSequence allocates
   size_t StackPlaces() const { return HasBuffers() ? m_nArea / 2 : 0; }
-  ZOL_SLOW_MOTION_OWN void *Scratch(unsigned long long bytes);
+  ZOL_SLOW_MOTION_OWN SWork *Work();
   ZOL_SLOW_MOTION_OWN void FreeWork();
 
-  unsigned m_nArea;          // bytes of the mask and of the object list; the fill stack has twice as many
-  unsigned char *m_pScratch; // of the searches; results do not depend on having it
-  size_t m_nScratch;
+  unsigned m_nArea; // bytes of the mask and of the object list; the fill stack has twice as many
+  SWork *m_pWork;   // of the searches; results do not depend on having it
+  size_t m_nReserved;
 };
 
 /// 1 when the processor identifies itself and has MMX, else 0.

@@ -21,12 +21,13 @@ void CSlowMotion::Object(void *dst, const void *frameA, const void *frameB, unsi
   const SField f = FieldOf(dst, frameA, frameB, field);
   if (!HasBuffers() || f.words == 0 || f.rows == 0)
     return;
+  SWork *work = Work();
   const slomo::ObjectMemory memory{m_pMask,
                                    reinterpret_cast<slomo::MovedObject *>(m_pObjectList),
                                    m_nArea / sizeof(slomo::MovedObject),
                                    reinterpret_cast<Place *>(m_pFillStack),
                                    StackPlaces(),
-                                   Scratch(slomo::objectTableBytes(f))};
+                                   work != nullptr ? work->tablesOf(slomo::objectTableBytes(f)) : nullptr};
   slomo::moveObjects(f, w, memory, f.dst);
 }
 

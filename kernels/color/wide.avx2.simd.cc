@@ -5,29 +5,6 @@
 namespace zol::ZOL_LEVEL {
 namespace {
 
-constexpr int kPixels = kLanes<U32xN>;
-
-/// A vector's pixels as two vectors of 16 bits a channel, the first two of every four and the others. The
-/// block i of the first stands at 4 i, that of the second at 4 i + 2.
-template <class Pixels> void loadWide(const Pixels *from, U16xN &low, U16xN &high) {
-  const void *places[2][kBlocks];
-  for (int i = 0; i < kBlocks; ++i) {
-    places[0][i] = from + 4 * i;
-    places[1][i] = from + 4 * i + 2;
-  }
-  low = loadBlocks<U16xN>(places[0]);
-  high = loadBlocks<U16xN>(places[1]);
-}
-void storeWide(WidePixel *to, U16xN low, U16xN high) {
-  void *places[2][kBlocks];
-  for (int i = 0; i < kBlocks; ++i) {
-    places[0][i] = to + 4 * i;
-    places[1][i] = to + 4 * i + 2;
-  }
-  storeBlocks(places[0], low);
-  storeBlocks(places[1], high);
-}
-
 U32xN bytesOfVector(U16xN low, U16xN high, const Rounding &rounding, int i, U32xN hidden) {
   const auto terms = convert<U32xN>(termsAt<Vector<uint16_t, kPixels>>(rounding, i));
   constexpr uint64_t kOpaque = uint64_t{kWideOne} << 48;

@@ -24,6 +24,29 @@ inline U16xN timesAlpha(U16xN pixels, uint16_t factor) {
 /// Their wide values.
 inline U16xN wideOf(U16xN pixels) { return timesAlpha(pixels, 255); }
 
+constexpr int kPixels = kLanes<U32xN>; // of a vector
+
+/// A vector's pixels as two vectors of 16 bits a channel, the first two of every four and the others. The
+/// block i of the first stands at 4 i, that of the second at 4 i + 2.
+inline void loadWide(const WidePixel *from, U16xN &low, U16xN &high) {
+  const void *places[2][kBlocks];
+  for (int i = 0; i < kBlocks; ++i) {
+    places[0][i] = from + 4 * i;
+    places[1][i] = from + 4 * i + 2;
+  }
+  low = loadBlocks<U16xN>(places[0]);
+  high = loadBlocks<U16xN>(places[1]);
+}
+inline void storeWide(WidePixel *to, U16xN low, U16xN high) {
+  void *places[2][kBlocks];
+  for (int i = 0; i < kBlocks; ++i) {
+    places[0][i] = to + 4 * i;
+    places[1][i] = to + 4 * i + 2;
+  }
+  storeBlocks(places[0], low);
+  storeBlocks(places[1], high);
+}
+
 /// The terms of the columns from i on.
 template <class Vec> inline Vec termsAt(const Rounding &rounding, int i) {
   static_assert(sizeof(Vec) <= sizeof rounding.terms);

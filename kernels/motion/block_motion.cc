@@ -5,11 +5,6 @@
 namespace zol::slomo {
 namespace {
 
-/// Entries of the three planes' worth of memory, rows of a plane and single rows.
-size_t planeEntries(const FieldPair &field) {
-  return field.rows * planeStepFor(static_cast<int>(field.words));
-}
-
 /// How far a displacement has come at weight w, truncated toward zero.
 int travelled(int distance, unsigned w) {
   return static_cast<int>(static_cast<int64_t>(distance) * w / static_cast<int64_t>(kWeightOne));
@@ -17,11 +12,13 @@ int travelled(int distance, unsigned w) {
 
 } // namespace
 
-uint64_t BlockFinder::bytesFor(const FieldPair &field) {
-  return (2ull * field.rows + 3) * planeStepFor(static_cast<int>(field.words)) * sizeof(uint16_t);
+// Two planes and three single rows.
+size_t BlockFinder::entriesFor(const BlockGrid &grid) {
+  const uint64_t entries = (2ull * grid.rows + 3) * planeStepFor(static_cast<int>(grid.words));
+  return entries > SIZE_MAX ? SIZE_MAX : static_cast<size_t>(entries);
 }
 
-BlockFinder::BlockFinder(const FieldPair &field, const BlockGrid &grid, void *memory)
+BlockFinder::BlockFinder(const FieldPair &field, const BlockGrid &grid, uint16_t *memory)
     : field_(field), grid_(grid) {
   search_.a = field.a;
   search_.b = field.b;
@@ -31,11 +28,11 @@ BlockFinder::BlockFinder(const FieldPair &field, const BlockGrid &grid, void *me
   search_.bw = static_cast<int>(grid.width);
   search_.bh = static_cast<int>(grid.height);
   search_.planeStep = planeStepFor(search_.words);
-  search_.sums = static_cast<uint16_t *>(memory);
+  search_.sums = memory;
   if (memory == nullptr || grid.count() == 0)
     return;
-  search_.squaresMemory = search_.sums + planeEntries(field);
-  search_.rowMemory = search_.squaresMemory + planeEntries(field);
+  search_.squaresMemory = search_.sums + field.rows * search_.planeStep;
+  search_.rowMemory = search_.squaresMemory + field.rows * search_.planeStep;
   ZOL_SELECT(prepareSearch)(search_);
 }
 

@@ -14,16 +14,19 @@ struct BlockGrid {
   unsigned width, height; ///< of a block: 8 or 16 words and rows
 
   [[nodiscard]] size_t columns() const { return (size_t{words} + width - 1) / width; }
-  /// The number of blocks; none where the field is not larger than one, and does not move.
-  [[nodiscard]] size_t count() const {
-    return words <= width || rows <= height ? 0 : columns() * ((size_t{rows} + height - 1) / height);
+  /// None where the field is not larger than a block, and does not move.
+  [[nodiscard]] unsigned blockRows() const {
+    return words <= width || rows <= height ? 0 : (rows - 1) / height + 1;
   }
+  [[nodiscard]] size_t count() const { return columns() * blockRows(); }
   [[nodiscard]] unsigned left(size_t block) const {
     return limited(block % columns() * width, words - width);
   }
   [[nodiscard]] unsigned top(size_t block) const {
     return limited(block / columns() * height, rows - height);
   }
+
+  bool operator==(const BlockGrid &) const = default;
 
 private:
   static unsigned limited(size_t place, unsigned last) {
@@ -39,11 +42,11 @@ struct BlockVector {
 /// The search over one pair of fields.
 class BlockFinder {
 public:
-  /// Bytes of memory, aligned to 2, that the search takes.
-  static uint64_t bytesFor(const FieldPair &field);
+  /// Entries of memory that the search takes; more than there can be where they do not count in size_t.
+  static size_t entriesFor(const BlockGrid &grid);
 
   /// Where `memory` is null the same vectors are found, slowly.
-  BlockFinder(const FieldPair &field, const BlockGrid &grid, void *memory);
+  BlockFinder(const FieldPair &field, const BlockGrid &grid, uint16_t *memory);
 
   /// Finds `count` blocks from number `first` on.
   void find(size_t first, size_t count, BlockVector *vectors);

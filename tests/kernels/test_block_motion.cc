@@ -1,8 +1,7 @@
 // Block motion apart from the engine: a pair searched once gives the engine's frame of every weight.
 
-#include "kernels/motion/block_motion.h"
+#include "kernels/motion/pair_motion.h"
 
-#include "kernels/motion/words.h"
 #include "plain/slow_motion.h"
 #include "tests/support/levels.h"
 #include "tests/support/scenes.h"
@@ -25,8 +24,7 @@ const uint8_t *bytesOf(const Frame &frame) { return reinterpret_cast<const uint8
 uint8_t *bytesOf(Frame &frame) { return reinterpret_cast<uint8_t *>(frame.data()); }
 
 std::vector<BlockVector> search(const FieldPair &field, const BlockGrid &grid, bool quickly) {
-  const auto entries = static_cast<size_t>(BlockFinder::bytesFor(field) / sizeof(uint16_t));
-  std::vector<uint16_t> memory(quickly ? entries : 0);
+  std::vector<uint16_t> memory(quickly ? BlockFinder::entriesFor(grid) : 0);
   std::vector<BlockVector> vectors(grid.count());
   BlockFinder(field, grid, quickly ? memory.data() : nullptr).find(0, vectors.size(), vectors.data());
   return vectors;
@@ -38,15 +36,16 @@ TEST(BlockMotion, OneSearchServesEveryWeight) {
       const FramePair pair = Scenes(width, height, width).texture(7, -5, 1);
       const FieldPair field{bytesOf(pair.a), bytesOf(pair.b), width, height, size_t{width} * 4};
       const BlockGrid grid{width, height, 16, 16};
-      const std::vector<BlockVector> vectors = search(field, grid, true);
+      PairMotion motion(grid);
+      ASSERT_TRUE(motion);
+      motion.begin(field);
+      for (unsigned row = 0; row < motion.blockRows(); ++row)
+        motion.searchRow(row);
       PlainEngine engine;
       engine.SetSequence(&engine, width, height, 1, 2, 0, 0, 0);
       for (const unsigned w : {0U, 511U, 512U, 9000U, 16384U, 32767U}) {
         Frame made(pair.a.size()), expected(pair.a.size());
-        mixField(field, w, bytesOf(made));
-        const size_t half = grid.count() / 2; // in two goes, as a table in pieces is pasted
-        pasteBlocks(field, grid, 0, half, vectors.data(), w, bytesOf(made));
-        pasteBlocks(field, grid, half, grid.count() - half, vectors.data() + half, w, bytesOf(made));
+        motion.makeField(field, w, bytesOf(made));
         engine.Vector(expected.data(), pair.a.data(), pair.b.data(), w, 0);
         ASSERT_EQ(made, expected) << width << "x" << height << " at " << w;
       }

@@ -2,7 +2,7 @@
 
 #include "kernels/simd/levels.h"
 #include "tests/Runtimes/slomo_sdk/clip.h"
-#include "tests/Runtimes/slomo_sdk/failing_new.h"
+#include "tests/support/failing_malloc.h"
 #include "tests/support/levels.h"
 
 #include <gtest/gtest.h>
@@ -104,6 +104,25 @@ TEST_P(EveryLevel, LargeFramesAreThePlainOnes) {
   }
 }
 
+// The engine searches a pair once, and knows it again by its bytes.
+TEST(Pairs, ChangedInPlaceAreSearchedAnew) {
+  forRandomSequences(900, 24, [](const Sequence &s, unsigned seed, Scenes &dice) {
+    Fast fast;
+    Plain plain;
+    open(fast, s, 1), open(plain, s, 1);
+    FramePair pair = anyPair(s.words(), s.height, 1 + seed % 2);
+    fast.frames = {{0, pair.a}, {1, pair.b}, {2, pair.a}};
+    for (const int changes : {0, 1, 40}) {
+      for (int i = 0; i < changes; ++i)
+        fast.frames[dice.between(0, 1)][size_t(dice.between(0, int(pair.a.size()) - 1))] ^= 0x00FFFFFF;
+      plain.frames = fast.frames;
+      for (const double time : {0.3, 0.45, 0.9, 1.4, 0.8})
+        ASSERT_EQ(copyOf(fast.GetFrameToTime(time, 1), s), copyOf(plain.GetFrameToTime(time, 1), s))
+            << changes << " changes, at " << time;
+    }
+  });
+}
+
 TEST_P(EveryLevel, FramesDoNotDependOnScratchMemory) {
   forRandomSequences(300, 24, [](const Sequence &s, unsigned seed, Scenes &) {
     Fast rich, poor;
@@ -112,7 +131,7 @@ TEST_P(EveryLevel, FramesDoNotDependOnScratchMemory) {
     rich.frames = poor.frames = {{0, pair.a}, {1, pair.b}};
     for (const unsigned mode : {1, 2}) {
       const Frame expected = copyOf(rich.GetFrameToTime(0.7, mode), s);
-      FailingNew failing(1);
+      const FailingMalloc failing(1);
       ASSERT_EQ(copyOf(poor.GetFrameToTime(0.7, mode), s), expected) << mode;
     }
   });
