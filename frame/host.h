@@ -76,6 +76,14 @@ inline pic *requiredFrame(t_ZoHostInfo *host, int field, const char *message) {
   return frameOf(host, assigned);
 }
 
+/// A new picture like the frame, pixel by pixel; null after a message when it cannot be had.
+inline pic *copyOf(t_ZoHostInfo *host, pic *frame) {
+  pic *copy = host->Services->PicDuplicate(frame);
+  if (copy == nullptr)
+    showMemoryError(host);
+  return copy;
+}
+
 /// Assigns the clip that the effect is applied to, as init callbacks do.
 inline void setDefaultInput(t_ZoHostInfo *host, int field) {
   host->Services->InputSet(host, field, 0, host->Services->ClipGetDefault(host));
