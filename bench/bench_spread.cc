@@ -52,7 +52,6 @@ void library(benchmark::State &state, int cell, zol::SimdLevel cap) {
 ZOL_BENCH(plain, pixels, 1);
 ZOL_BENCH(library, pixels_sse2, 1, zol::SimdLevel::sse2);
 ZOL_BENCH(library, pixels_avx2, 1, zol::SimdLevel::avx2);
-ZOL_BENCH(library, pixels_avx512, 1, zol::SimdLevel::avx512);
 ZOL_BENCH(plain, cells, 9);
 ZOL_BENCH(library, cells_sse2, 9, zol::SimdLevel::sse2);
 ZOL_BENCH(library, cells_avx2, 9, zol::SimdLevel::avx2);

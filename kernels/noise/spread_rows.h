@@ -17,9 +17,9 @@ struct Spreading {
   int radiusX = 0, radiusY = 0;      ///< in sixteenths of a pixel, 0..kMostSpread
 };
 
-ZOL_LEVELS(
-    /// Row y of the picture, each pixel taken from up to the radii away; beyond the picture's edges it goes
-    /// on mirrored, the edge pixels doubled.
-    void spreadRow(const pic &from, int y, _color_t *out, const Spreading &how);)
+ZOL_LEVELS_TO(avx2,
+              /// Row y of the picture, each pixel taken from up to the radii away; beyond the picture's edges
+              /// it goes on mirrored, the edge pixels doubled.
+              void spreadRow(const pic &from, int y, _color_t *out, const Spreading &how);)
 
 } // namespace zol
