@@ -97,13 +97,16 @@ void makeTint(_color_t color, bool keepsLuma, uint32_t (&tint)[256]) {
   }
 }
 
-void limitTo(_color_t color, double range, double softness, zol::Recoloring &how) {
+/// Range is below 1.
+void readLimits(t_ZoHostInfo *host, double range, zol::Recoloring &how) {
+  const _color_t from = zol::paramColor(host, kFrom);
+  const double softness = zol::paramShare(host, kSoftness);
   uint8_t hue, lightness, chroma;
-  zol::rgbToHls(&hue, &lightness, &chroma, color.r, color.g, color.b);
+  zol::rgbToHls(&hue, &lightness, &chroma, from.r, from.g, from.b);
   how.isLimited = true;
   how.hue = hue;
   how.range = static_cast<int>(2048 * range);
-  how.fading = std::max(1, static_cast<int>(2048 * softness)); // over less than a step of the hue: at once
+  how.fading = std::max(1, static_cast<int>(2048 * softness)); // hues stand 16 apart: 1 ends it at once
   how.fullChroma = static_cast<int>(64 * (1 - range));
 }
 
@@ -117,7 +120,7 @@ zol::Recoloring readRecoloring(t_ZoHostInfo *host) {
   if (how.tintAmount != 0)
     makeTint(zol::paramColor(host, kColor), how.keepsLuma, how.tint);
   if (const double range = zol::paramShare(host, kRange); range < 1)
-    limitTo(zol::paramColor(host, kFrom), range, zol::paramShare(host, kSoftness), how);
+    readLimits(host, range, how);
   return how;
 }
 
