@@ -1,14 +1,12 @@
 // Effects that lay one picture over another, as a host runs them, 1920 x 1080: over an opaque background, an
 // overlay with a soft edge that fills half the frame.
 
+#include "bench/scene.h"
 #include "frame/effects.h"
-#include "host/services/session.h"
 #include "kernels/simd/levels.h"
 #include "plain/lay_pixels.h"
 #include "plain/moved.h"
 #include "plain/soften.h"
-#include "tests/support/declared.h"
-#include "tests/support/test_clip.h"
 
 #include <benchmark/benchmark.h>
 
@@ -20,14 +18,9 @@ namespace {
 
 using namespace zol;
 
-constexpr int kWidth = 1920, kHeight = 1080;
-
-std::unique_ptr<host::PictureBuffer> opaque() {
-  auto picture = test::randomPicture(kWidth, kHeight, 1);
-  for (size_t i = 0; i < picture->pixels(); ++i)
-    picture->record()->Pixels[i].a = 255;
-  return picture;
-}
+using bench::kHeight;
+using bench::kWidth;
+using bench::Scene;
 
 std::unique_ptr<host::PictureBuffer> softDisc() {
   auto picture = test::randomPicture(kWidth, kHeight, 2);
@@ -40,36 +33,8 @@ std::unique_ptr<host::PictureBuffer> softDisc() {
   return picture;
 }
 
-/// One effect in a host that recycles its frames: their memory is not cleared.
-struct Scene {
-  Scene(int (*declare)(t_ZoHostInfo *), SimdLevel cap) : effect(declare) {
-    capSimdLevel(cap);
-    services.PicCreate = [](int width, int height) {
-      static const auto picture = host::PictureBuffer::make(width, height);
-      return picture->record();
-    };
-    services.PicFree = [](pic *) {};
-    t_ZoHostInfo *info = session.info();
-    info->Services = &services;
-    info->Width = kWidth;
-    info->Height = kHeight;
-    info->PixelAspect = 1;
-    effect.init(info);
-  }
-  void set(int field, double value) { session.parameters.numbers.get(field, 0)->set(0.5, {value}); }
-  void assign(int field, host::Clip &clip) { *session.parameters.inputs.get(field, 0) = {&clip}; }
-  void run(benchmark::State &state) {
-    for (auto _ : state)
-      benchmark::DoNotOptimize(effect.renderVideo(session.info()));
-  }
-
-  test::Callbacks effect;
-  host::Session session{"Halvenor"};
-  t_ZoServices services = host::services();
-};
-
 host::PictureBuffer &ground() {
-  static const auto picture = opaque();
+  static const auto picture = bench::opaque(1);
   return *picture;
 }
 host::PictureBuffer &disc() {

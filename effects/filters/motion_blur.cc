@@ -94,8 +94,9 @@ bool blurAlong(t_ZoHostInfo *host, const zol::Path &path, const zol::Area &canva
   const auto step = static_cast<size_t>(width) + 1;
   const zol::Scratch<zol::WidePixel> first(step * (static_cast<size_t>(height) + 1)),
       second(step * (static_cast<size_t>(height) + 1));
-  const zol::Scratch<_color_t> buffer(static_cast<size_t>(width));
-  if (!first || !second || !buffer) {
+  const zol::Scratch<zol::WidePixel> line(step);
+  const zol::Scratch<_color_t> buffer(step);
+  if (!first || !second || !line || !buffer) {
     zol::showMemoryError(host);
     return false;
   }
@@ -107,7 +108,8 @@ bool blurAlong(t_ZoHostInfo *host, const zol::Path &path, const zol::Area &canva
   if (!started)
     return false;
   const zol::PathAverage average(path, width, height);
-  for (int pass = 0; pass < zol::PathAverage::kPasses; ++pass) {
+  constexpr int kLastPass = zol::PathAverage::kPasses - 1;
+  for (int pass = 0; pass < kLastPass; ++pass) {
     const bool made = zol::forEachRow(host, height, [&](int y) {
       average.makeRow(pass, {from, width, height}, y, rowOf(to, y));
     });
@@ -116,7 +118,8 @@ bool blurAlong(t_ZoHostInfo *host, const zol::Path &path, const zol::Area &canva
     std::swap(from, to);
   }
   return zol::forEachRow(host, height, [&](int y) {
-    zol::finishPathRow(rowOf(from, y), input(y), out + canvas.index(canvas.left, canvas.top + y), width);
+    average.makeRow(kLastPass, {from, width, height}, y, line.data());
+    zol::finishPathRow(line.data(), input(y), out + ptrdiff_t{y} * width, width);
   });
 }
 

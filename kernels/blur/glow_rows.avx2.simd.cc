@@ -94,6 +94,12 @@ U16xN timesWide(U16xN a, U16xN b) {
          0x8000;
 }
 
+/// bytes b / 255, rounded down; 2^16 is 255 times 257 and 1.
+U16xN timesBytes(U16xN bytes, U16xN b) {
+  const U16xN low = bytes * b, high = mulHigh(bytes, b), lowPart = div255(low);
+  return (high << 8) + high + lowPart + div255(high + low - lowPart * 255);
+}
+
 U16xN least(U16xN a, U16xN b) { return a - subSaturated(a, b); }
 
 /// values times intensity >> 12, limited to 65025.
@@ -107,8 +113,10 @@ U16xN intensified(U16xN values, int intensity) {
   return as<U16xN>(packI16(times(widenLow(values)), times(widenHigh(values)))) ^ 0x8000;
 }
 
-U16xN laid(U16xN glow, U16xN pixels, GlowMode mode) {
-  const U16xN screen = glow + (pixels - timesWide(pixels, glow));
+/// Of pixels whose bytes stand in 16 bits each; `opaque` where all are.
+U16xN laid(U16xN glow, U16xN bytes, bool opaque, GlowMode mode) {
+  const U16xN pixels = wideOf(bytes);
+  const U16xN screen = glow + (pixels - (opaque ? timesBytes(bytes, glow) : timesWide(pixels, glow)));
   if (mode == GlowMode::screen)
     return screen;
   const U16xN alphas = alphaOfEach(mode == GlowMode::add ? screen : pixels);
@@ -184,11 +192,12 @@ void mixWide(WidePixel *row, const WidePixel *other, int s, int width) {
 
 void layGlow(const WidePixel *glow, const GlowLook &look, const _color_t *pixels, WidePixel *out, int width) {
   forEachVector<U32xN>(width, [=](int i, int n) {
-    const auto in = as<U8xN>(look.only ? U32xN{} : load<U32xN>(pixels + i, n));
+    const U32xN in = look.only ? U32xN{} : load<U32xN>(pixels + i, n);
+    const bool opaque = allSet(in >= 0xFF000000);
     U16xN low, high;
     loadWide(glow + i, low, high);
-    storeWide(out + i, laid(intensified(low, look.intensity), wideOf(widenLow(in)), look.mode),
-              laid(intensified(high, look.intensity), wideOf(widenHigh(in)), look.mode));
+    storeWide(out + i, laid(intensified(low, look.intensity), widenLow(as<U8xN>(in)), opaque, look.mode),
+              laid(intensified(high, look.intensity), widenHigh(as<U8xN>(in)), opaque, look.mode));
   });
 }
 

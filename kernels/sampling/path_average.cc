@@ -106,20 +106,26 @@ void PathAverage::makeRow(int pass, const PathPicture &picture, int y, WidePixel
   const auto places = ZOL_SELECT(averagePlaces);
   // Taps reach from `left` to `right` without leaving the picture.
   int left = 0, right = made.tapCount != 0 ? picture.width : 0;
-  PathTap taps[4 * kMostPathPlaces];
   for (int i = 0; i < made.tapCount; ++i) {
-    const auto [dx, dy, weight] = made.taps[i];
-    left = std::max(left, -dx);
-    right = std::min(right, picture.width - dx);
-    const ptrdiff_t row = std::clamp(y + dy, 0, picture.height - 1);
-    taps[i] = {picture.pixels + row * picture.step() + dx, weight};
+    left = std::max(left, -made.taps[i].dx);
+    right = std::min(right, picture.width - made.taps[i].dx);
   }
   if (left >= right)
     return places(picture, made.places, y, 0, picture.width, out);
+  PathTaps taps[2 * kMostPathPlaces] = {};
+  for (int i = 0; i < made.tapCount; ++i) {
+    const auto [dx, dy, weight] = made.taps[i];
+    const ptrdiff_t row = std::clamp(y + dy, 0, picture.height - 1);
+    const WidePixel *from = picture.pixels + row * picture.step() + dx + left;
+    PathTaps &pair = taps[i / 2];
+    (i % 2 == 0 ? pair.first : pair.second) = from;
+    pair.weights |= static_cast<uint32_t>(weight) << i % 2 * 16;
+  }
+  const int pairs = (made.tapCount + 1) / 2;
+  if (made.tapCount % 2 != 0)
+    taps[pairs - 1].second = taps[pairs - 1].first;
   places(picture, made.places, y, 0, left, out);
-  for (int i = 0; i < made.tapCount; ++i)
-    taps[i].from += left;
-  ZOL_SELECT(averageTaps)(taps, made.tapCount, made.places.count, out + left, right - left);
+  ZOL_SELECT(averageTaps)(taps, pairs, made.places.count, out + left, right - left);
   places(picture, made.places, y, right, picture.width, out + right);
 }
 

@@ -121,17 +121,28 @@ void averagePlaces(const PathPicture &picture, const PathPlaces &places, int y, 
   }
 }
 
-void averageTaps(const PathTap *taps, int tapCount, int count, WidePixel *out, int width) {
-  forEachVector<I16xN>(4 * width, [=](int lane, int lanes) {
-    I32xN low{}, high{};
-    for (int i = 0; i < tapCount; i += 2) {
-      const PathTap &tap = taps[i], &other = i + 1 < tapCount ? taps[i + 1] : PathTap{tap.from, 0};
-      const auto weights = as<I16xN>(splat<I32xN>(tap.weight | other.weight << 16));
-      const auto a = load<I16xN>(&tap.from->b + lane, lanes), b = load<I16xN>(&other.from->b + lane, lanes);
-      low += mulAddPairs(interleaveLow(a, b), weights);
-      high += mulAddPairs(interleaveHigh(a, b), weights);
+void averageTaps(const PathTaps *taps, int pairs, int count, WidePixel *out, int width) {
+  constexpr int kAtOnce = 2; // vectors
+  const auto averaged = [=](int lane, int lanes, auto vectors) {
+    I32xN low[vectors] = {}, high[vectors] = {};
+    for (int i = 0; i < pairs; ++i) {
+      const auto weights = as<I16xN>(splat<U32xN>(taps[i].weights));
+      for (int v = 0; v < vectors; ++v) {
+        const int at = lane + v * kLanes<I16xN>;
+        const auto first = load<I16xN>(&taps[i].first->b + at, lanes);
+        const auto second = load<I16xN>(&taps[i].second->b + at, lanes);
+        low[v] += mulAddPairs(interleaveLow(first, second), weights);
+        high[v] += mulAddPairs(interleaveHigh(first, second), weights);
+      }
     }
-    store(&out->b + lane, averages(low, high, count), lanes);
+    for (int v = 0; v < vectors; ++v)
+      store(&out->b + lane + v * kLanes<I16xN>, averages(low[v], high[v], count), lanes);
+  };
+  int lane = 0;
+  for (; lane + kAtOnce * kLanes<I16xN> <= 4 * width; lane += kAtOnce * kLanes<I16xN>)
+    averaged(lane, kLanes<I16xN>, std::integral_constant<int, kAtOnce>());
+  forEachVector<I16xN>(4 * width - lane, [&](int i, int lanes) {
+    averaged(lane + i, lanes, std::integral_constant<int, 1>());
   });
 }
 

@@ -33,17 +33,17 @@ struct PathPlaces {
   int centreX, centreY; ///< sixteenths of a pixel
 };
 
-/// A row of pixels and its part in an average.
-struct PathTap {
-  const WidePixel *from;
-  int weight; ///< 256 for every place
+/// Two rows of pixels and their parts in an average, 256 for every place in all.
+struct PathTaps {
+  const WidePixel *first, *second;
+  uint32_t weights; ///< the second one's in the upper half
 };
 
 // averagePlaces  pixels `from` to `to` of row y: (the sum of the places' bilinear sums at sixteenths of a
 //                pixel + 128 count) / (256 count). Outside the picture its edge pixels repeat.
-// averageTaps    the same of taps, whose weights sum up to 256 count: of `width` pixels.
+// averageTaps    the same of rows, whose weights sum up to 256 count: of `width` pixels.
 ZOL_LEVELS_TO(avx2, void averagePlaces(const PathPicture &picture, const PathPlaces &places, int y, int from,
                                        int to, WidePixel *out);
-              void averageTaps(const PathTap *taps, int tapCount, int count, WidePixel *out, int width);)
+              void averageTaps(const PathTaps *taps, int pairs, int count, WidePixel *out, int width);)
 
 } // namespace zol
