@@ -75,9 +75,11 @@ void library(benchmark::State &state, const zol::Recoloring &how, zol::SimdLevel
 ZOL_BENCH(plain, hue, hueAlone());
 ZOL_BENCH(library, hue_sse2, hueAlone(), zol::SimdLevel::sse2);
 ZOL_BENCH(library, hue_avx2, hueAlone(), zol::SimdLevel::avx2);
+ZOL_BENCH(library, hue_avx512, hueAlone(), zol::SimdLevel::avx512);
 ZOL_BENCH(plain, all, allSteps());
 ZOL_BENCH(library, all_sse2, allSteps(), zol::SimdLevel::sse2);
 ZOL_BENCH(library, all_avx2, allSteps(), zol::SimdLevel::avx2);
+ZOL_BENCH(library, all_avx512, allSteps(), zol::SimdLevel::avx512);
 
 } // namespace
 

@@ -25,7 +25,7 @@ struct Recoloring {
   int fullChroma = 0; ///< colours of less chroma change less
 };
 
-ZOL_LEVELS_TO(avx2, /// `out` may be `in`. Alpha stays.
-              void recolorRow(const _color_t *in, _color_t *out, int width, const Recoloring &how);)
+ZOL_LEVELS( /// `out` may be `in`. Alpha stays.
+    void recolorRow(const _color_t *in, _color_t *out, int width, const Recoloring &how);)
 
 } // namespace zol
