@@ -77,8 +77,8 @@ inline pic *requiredFrame(t_ZoHostInfo *host, int field, const char *message) {
 }
 
 /// A new picture like the frame, pixel by pixel; null after a message when it cannot be had.
-inline pic *copyOf(t_ZoHostInfo *host, pic *frame) {
-  pic *copy = host->Services->PicDuplicate(frame);
+inline pic *copyOf(t_ZoHostInfo *host, const pic *frame) {
+  pic *copy = host->Services->PicDuplicate(const_cast<pic *>(frame)); // which only reads it
   if (copy == nullptr)
     showMemoryError(host);
   return copy;

@@ -7,6 +7,7 @@
 #include "kernels/motion/words.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -210,8 +211,9 @@ CSlowMotion::SField CSlowMotion::FieldOf(void *dst, const void *frameA, const vo
 
 /// Kept until Close; null when it cannot be had.
 CSlowMotion::SWork *CSlowMotion::Work() {
-  if (m_pWork == nullptr)
-    m_pWork = new (std::nothrow) SWork;
+  if (m_pWork == nullptr) // no plain new: it would bring exception handling along
+    if (void *memory = std::malloc(sizeof(SWork)); memory != nullptr)
+      m_pWork = new (memory) SWork;
   return m_pWork;
 }
 
@@ -219,6 +221,9 @@ void CSlowMotion::FreeWork() {
   release(m_pFillStack);
   release(m_pMask);
   release(m_pObjectList);
-  delete m_pWork;
+  if (m_pWork == nullptr)
+    return;
+  m_pWork->~SWork();
+  std::free(m_pWork);
   m_pWork = nullptr;
 }

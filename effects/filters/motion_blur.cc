@@ -2,15 +2,17 @@
 // or around it. At Shutter 0 and at Amount 0 it is a copy.
 
 #include "effects/filters/motion_blur.xpm"
-#include "effects/filters/exposure.h"
 #include "frame/canvas.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/values.h"
+#include "kernels/motion/exposure.h"
+#include "kernels/motion/frame_average.h"
 #include "kernels/sampling/path_average.h"
 #include "kernels/simd/scratch.h"
 
 #include <algorithm>
+#include <cmath>
 #include <numbers>
 
 namespace {
@@ -138,17 +140,130 @@ pic *renderPath(t_ZoHostInfo *host, Kind kind, pic *frame) {
 
 // ---- Through a shutter ----
 
+struct Shutter {
+  double open;  // in frames
+  double phase; // 1: opens at the frame's time; -1: closes then
+  int samples;
+
+  /// When a sample is taken, in seconds.
+  [[nodiscard]] double time(const t_ZoHostInfo *host, int sample) const {
+    return host->FrameTime + open / host->FrameRate * ((sample + 0.5) / samples - 0.5 + phase / 2);
+  }
+};
+
+/// Frames of one input. What cannot be had is reported; once the host has had enough nothing is fetched.
+class Fetcher {
+public:
+  Fetcher(t_ZoHostInfo *host, void *input) : host_(host), input_(input) {}
+
+  const pic *at(double time) {
+    if (stopped_)
+      return nullptr;
+    const pic *frame = host_->Services->PicGetSized(host_, input_, time);
+    if (frame == nullptr)
+      stopped_ = host_->Services->ErrorCountReport(host_, 0, 0, ++failures_) != 0;
+    return frame;
+  }
+
+private:
+  t_ZoHostInfo *host_;
+  void *input_;
+  int failures_ = 0;
+  bool stopped_ = false;
+};
+
+/// The average over the smallest area that holds all of the pictures; null as renders answer it.
+pic *average(t_ZoHostInfo *host, const zol::Exposures &exposures) {
+  if (exposures.count == 1)
+    return zol::copyOf(host, exposures.pictures[0]);
+  zol::Area area = zol::Area::of(*exposures.pictures[0]);
+  for (int i = 1; i < exposures.count; ++i)
+    area = zol::unionOf(area, zol::Area::of(*exposures.pictures[i]));
+  zol::OwnedPic out(host, zol::createAt(host, area));
+  if (!out)
+    return nullptr;
+  const int width = area.width();
+  const zol::Scratch<_color_t> padded(static_cast<size_t>(width) * static_cast<size_t>(exposures.count));
+  if (!padded) {
+    zol::showMemoryError(host);
+    return nullptr;
+  }
+  const auto averageRow = ZOL_SELECT(averageRows);
+  const bool done = zol::forEachRow(host, area.height(), [&](int y) {
+    const _color_t *rows[zol::kMostExposures];
+    for (int i = 0; i < exposures.count; ++i)
+      rows[i] =
+          zol::canvasRow(area, exposures.pictures[i], area.top + y, padded.data() + ptrdiff_t{i} * width);
+    averageRow(rows, exposures.weights, exposures.count, out->Pixels + ptrdiff_t{y} * width, width);
+  });
+  return done ? out.release() : nullptr;
+}
+
+pic *exposeInput(t_ZoHostInfo *host, Fetcher &fetcher, const Shutter &shutter) {
+  const pic *pictures[zol::kMostExposures];
+  int count = 0;
+  for (int i = 0; i < shutter.samples; ++i)
+    if (const pic *picture = fetcher.at(shutter.time(host, i)); picture != nullptr)
+      pictures[count++] = picture;
+  return count != 0 ? average(host, zol::Exposures::of(pictures, count)) : nullptr;
+}
+
+/// The average of moments; null as renders answer it.
+pic *average(t_ZoHostInfo *host, const zol::Moment *moments, int count) {
+  const pic &first = *moments[0].before;
+  const bool still = std::all_of(moments, moments + count, [&](const zol::Moment &moment) {
+    return moment.before == &first && moment.after == nullptr;
+  });
+  if (still)
+    return zol::copyOf(host, &first);
+  zol::OwnedPic out(host, zol::createAt(host, zol::Area::of(first)));
+  if (!out)
+    return nullptr;
+  zol::MomentAverage average(first.Width, first.Height);
+  if (!average) {
+    zol::showMemoryError(host);
+    return nullptr;
+  }
+  if (!average.add(moments, count, [host] { return !zol::aborted(host); }))
+    return nullptr;
+  const bool done = zol::forEachRow(host, first.Height, [&](int y) {
+    const ptrdiff_t row = ptrdiff_t{y} * first.Width;
+    average.writeRow(y, first.Pixels + row, out->Pixels + row);
+  });
+  return done ? out.release() : nullptr;
+}
+
+/// As exposeInput(), of moments between the input's frames. Frames of different places are exposed as they
+/// are.
+pic *exposeBetweenFrames(t_ZoHostInfo *host, Fetcher &fetcher, const Shutter &shutter) {
+  constexpr double kSlack = 1e-6; // a sample that should lie at a frame is not before it
+  const double position = shutter.time(host, 0) * host->FrameRate + kSlack, frame = std::floor(position);
+  if (!std::isfinite(position))
+    return exposeInput(host, fetcher, shutter);
+  const auto offset = [&](int sample) { return position - frame + shutter.open * sample / shutter.samples; };
+  zol::FrameRun run;
+  for (const int last = static_cast<int>(offset(shutter.samples - 1)) + 1; run.count <= last; ++run.count)
+    run.frames[run.count] = fetcher.at((frame + run.count) / host->FrameRate);
+  if (!run.isEven())
+    return exposeInput(host, fetcher, shutter);
+  zol::Moment moments[zol::kMostExposures];
+  int count = 0;
+  for (int i = 0; i < shutter.samples; ++i)
+    if (const zol::Moment moment = run.at(offset(i)); moment.before != nullptr)
+      moments[count++] = moment;
+  return count != 0 ? average(host, moments, count) : nullptr;
+}
+
 pic *renderShutter(t_ZoHostInfo *host, void *input) {
-  zol::Shutter shutter;
-  shutter.open = zol::paramWithin(host, kShutter, 0, zol::kOpenEnd);
-  shutter.phase = zol::paramSigned(host, kPhase);
-  shutter.samples = std::clamp(zol::paramInt(host, kSamples), 2, zol::kMostExposures);
+  const Shutter shutter = {zol::paramWithin(host, kShutter, 0, zol::kOpenEnd), zol::paramSigned(host, kPhase),
+                           std::clamp(zol::paramInt(host, kSamples), 2, zol::kMostExposures)};
+  const bool between = zol::paramInt(host, kBetween) == kMotionVectors;
   if (shutter.open == 0 || !(host->FrameRate > 0) || std::isinf(host->FrameRate)) {
-    pic *frame = zol::frameOf(host, input);
+    const pic *frame = zol::frameOf(host, input);
     return frame != nullptr ? zol::copyOf(host, frame) : nullptr;
   }
-  return zol::paramInt(host, kBetween) == kMotionVectors ? zol::exposeBetweenFrames(host, input, shutter)
-                                                         : zol::exposeInput(host, input, shutter);
+  Fetcher fetcher(host, input);
+  return between ? exposeBetweenFrames(host, fetcher, shutter) : exposeInput(host, fetcher, shutter);
 }
 
 pic *render(t_ZoHostInfo *host) {
