@@ -45,8 +45,7 @@ private:
 
   int width_, height_;
   SoftBox along_, down_;
-  Scratch<uint16_t>
-      lines_; ///< few columns or rows transposed, kSoftLanes values each, and twice as many to work in
+  Scratch<uint16_t> lines_; ///< the last columns or transposed rows, then twice as many to work in
 };
 
 } // namespace zol
