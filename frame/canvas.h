@@ -26,6 +26,14 @@ inline void writeCanvasRow(const Area &canvas, const pic *picture, int y, _color
   std::fill_n(at, canvas.right - lies.right, _color_t{});
 }
 
+/// Row y of the canvas: the picture's own pixels where they are the row, else what is written to `buffer`.
+inline const _color_t *canvasRow(const Area &canvas, const pic *picture, int y, _color_t *buffer) {
+  if (picture != nullptr && Area::of(*picture) == canvas)
+    return pixelAt(*picture, canvas.left, y);
+  writeCanvasRow(canvas, picture, y, buffer);
+  return buffer;
+}
+
 /// A new picture of the area, its pixels still to be written; null after a message when it cannot be had.
 inline pic *createAt(t_ZoHostInfo *host, const Area &area) {
   const bool fits = area.width() <= SHRT_MAX && area.height() <= SHRT_MAX;

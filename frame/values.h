@@ -43,6 +43,24 @@ inline double pixelAspect(const t_ZoHostInfo *host) {
 /// The pixels across of a length, which is given in tenths of the frame's width.
 inline double pixelsOf(const t_ZoHostInfo *host, double length) { return length * host->Width / 10; }
 
+/// The nearest whole number of sixteenths of a pixel; distances beyond every frame are cut.
+inline int inSixteenths(double pixels) {
+  return static_cast<int>(std::floor(16 * std::clamp(pixels, -1e6, 1e6) + 0.5));
+}
+
+/// One pixel's way to a side, down counting positive: degrees from the right, clockwise. Rounded to 2^-30, so
+/// that every machine goes alike.
+struct Direction {
+  explicit Direction(double degrees)
+      : right(rounded(std::cos(degrees * kDegree))), down(rounded(std::sin(degrees * kDegree))) {}
+
+  double right, down;
+
+private:
+  static constexpr double kDegree = 3.14159265358979323846 / 180;
+  static double rounded(double value) { return std::round(value * 0x1p30) / 0x1p30; }
+};
+
 /// In integers, 4096 = 1.0.
 inline int in4096ths(double value) { return static_cast<int>(value * 4096); }
 

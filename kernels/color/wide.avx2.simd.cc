@@ -6,7 +6,6 @@ namespace zol::ZOL_LEVEL {
 namespace {
 
 constexpr int kPixels = kLanes<U32xN>;
-static_assert(sizeof(Rounding::terms) >= sizeof(U16xN));
 
 /// A vector's pixels as two vectors of 16 bits a channel, the first two of every four and the others. The
 /// block i of the first stands at 4 i, that of the second at 4 i + 2.
@@ -27,11 +26,6 @@ void storeWide(WidePixel *to, U16xN low, U16xN high) {
   }
   storeBlocks(places[0], low);
   storeBlocks(places[1], high);
-}
-
-/// The terms of the columns from i on.
-template <class Vec> Vec termsAt(const Rounding &rounding, int i) {
-  return load<Vec>(rounding.terms + i % Rounding::kPeriod);
 }
 
 U32xN bytesOfVector(U16xN low, U16xN high, const Rounding &rounding, int i, U32xN hidden) {

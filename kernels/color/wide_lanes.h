@@ -7,16 +7,27 @@
 namespace zol::ZOL_LEVEL {
 namespace {
 
-/// Every pixel's fourth lane in all four.
-template <int... i> inline U16xN alphaOfEach(U16xN v, std::integer_sequence<int, i...>) {
+/// Every fourth lane, a pixel's alpha, in that lane and the three before it.
+template <class Vec, int... i> inline Vec alphaOfEach(Vec v, std::integer_sequence<int, i...> /*all*/) {
   return __builtin_shufflevector(v, v, (i | 3)...);
 }
-inline U16xN alphaOfEach(U16xN v) { return alphaOfEach(v, std::make_integer_sequence<int, kLanes<U16xN>>()); }
+template <class Vec> inline Vec alphaOfEach(Vec v) {
+  return alphaOfEach(v, std::make_integer_sequence<int, kLanes<Vec>>());
+}
 
-/// Wide values of pixels whose bytes stand in 16 bits each.
-inline U16xN wideOf(U16xN pixels) {
-  const auto weights = as<U64xN>(alphaOfEach(pixels));
-  return pixels * as<U16xN>((weights & 0x0000FFFFFFFFFFFF) | 0x00FF000000000000);
+/// Pixels whose bytes stand in 16 bits each: colours times alpha, and alpha times `factor`.
+inline U16xN timesAlpha(U16xN pixels, uint16_t factor) {
+  const auto alphas = as<U64xN>(alphaOfEach(pixels));
+  return pixels * as<U16xN>((alphas & 0x0000FFFFFFFFFFFF) | uint64_t{factor} << 48);
+}
+
+/// Their wide values.
+inline U16xN wideOf(U16xN pixels) { return timesAlpha(pixels, 255); }
+
+/// The terms of the columns from i on.
+template <class Vec> inline Vec termsAt(const Rounding &rounding, int i) {
+  static_assert(sizeof(Vec) <= sizeof rounding.terms);
+  return load<Vec>(rounding.terms + i % Rounding::kPeriod);
 }
 
 /// Channels of as many pixels as a vector of them has, in their order.

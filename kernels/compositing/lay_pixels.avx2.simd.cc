@@ -59,47 +59,94 @@ template <LayMode mode> U32xN blend(U32xN lower, U32xN upper) {
     return as<U32xN>(addSaturated(l, u));
   else if constexpr (mode == LayMode::subtract)
     return as<U32xN>(subSaturated(l, u));
-  else if constexpr (mode == LayMode::color)
-    return firstPixels(withLuma(channelsOf(upper, upper), luma(channelsOf(lower, lower))));
-  else if constexpr (mode == LayMode::luminosity)
-    return blend<LayMode::color>(upper, lower);
   else
     return as<U32xN>(packU8(as<I16xN>(blendChannels<mode>(widenLow(l), widenLow(u))),
                             as<I16xN>(blendChannels<mode>(widenHigh(l), widenHigh(u)))));
 }
 
+/// Two vectors of pixels, which the modes by luma take at a time.
+struct TwoVectors {
+  TwoVectors(const _color_t *from, int count)
+      : first(load<U32xN>(from, count < kLanes<U32xN> ? count : kLanes<U32xN>)),
+        second(count > kLanes<U32xN> ? load<U32xN>(from + kLanes<U32xN>, count - kLanes<U32xN>) : U32xN{}) {}
+  explicit TwoVectors(const RgbLanes &c) : first(firstPixels(c)), second(secondPixels(c)) {}
+  [[nodiscard]] RgbLanes channels() const { return channelsOf(first, second); }
+
+  U32xN first, second;
+};
+
 // ---- Rows ----
 
+class Layer {
+public:
+  explicit Layer(const Laying &laying)
+      : opacity_(as<I16xN>(splat<U32xN>(static_cast<uint32_t>(laying.opacity)))), inside_(laying.inside) {}
+
+  [[nodiscard]] U32xN weights(U32xN upper) const {
+    return as<U32xN>(mulAddPairs(as<I16xN>(upper >> 24), opacity_)) >> 12;
+  }
+
+  [[nodiscard]] U32xN laid(U32xN lower, U32xN upper, U32xN blended) const {
+    const U32xN m = weights(upper);
+    if (!inside_ && !allSet(lower >= 0xFF000000))
+      return over(lower, upper, blended, m);
+    return allSet(m == 255) ? (blended & 0x00FFFFFF) | (lower & 0xFF000000) : overOpaque(lower, blended, m);
+  }
+
+  /// Whether the upper pixels hide the lower ones.
+  [[nodiscard]] bool covers(U32xN upper) const { return !inside_ && allSet(weights(upper) == 255); }
+
+private:
+  I16xN opacity_;
+  bool inside_;
+};
+
 template <LayMode mode> void layRow(_color_t *lower, const _color_t *upper, int count, const Laying &laying) {
-  const auto opacity = as<I16xN>(splat<U32xN>(static_cast<uint32_t>(laying.opacity)));
-  const bool inside = laying.inside;
-  forEachVector<U32xN>(count, [=](int i, int n) {
+  forEachVector<U32xN>(count, [=, layer = Layer(laying)](int i, int n) {
     const auto u = load<U32xN>(upper + i, n);
-    const auto m = as<U32xN>(mulAddPairs(as<I16xN>(u >> 24), opacity)) >> 12;
-    if (allSet(m == 0))
+    if (allSet(layer.weights(u) == 0))
       return;
-    if (mode == LayMode::normal && !inside && allSet(m == 255)) {
+    if (mode == LayMode::normal && layer.covers(u)) {
       store(lower + i, u, n);
       return;
     }
     const auto l = load<U32xN>(lower + i, n);
-    const U32xN blended = blend<mode>(l, u);
-    store(lower + i, inside || allSet(l >= 0xFF000000) ? overOpaque(l, blended, m) : over(l, u, blended, m),
-          n);
+    store(lower + i, layer.laid(l, u, blend<mode>(l, u)), n);
   });
+}
+
+template <LayMode mode>
+void layRowByLuma(_color_t *lower, const _color_t *upper, int count, const Laying &laying) {
+  constexpr int kHalf = kLanes<U32xN>;
+  const auto layTwo = [=, layer = Layer(laying)](int i, int n) {
+    const TwoVectors l(lower + i, n), u(upper + i, n);
+    if (allSet((layer.weights(u.first) | layer.weights(u.second)) == 0))
+      return;
+    const TwoVectors &colors = mode == LayMode::color ? u : l, &lights = mode == LayMode::color ? l : u;
+    const TwoVectors blended(withLuma(colors.channels(), luma(lights.channels())));
+    store(lower + i, layer.laid(l.first, u.first, blended.first), n < kHalf ? n : kHalf);
+    if (n > kHalf)
+      store(lower + i + kHalf, layer.laid(l.second, u.second, blended.second), n - kHalf);
+  };
+  int i = 0;
+  for (; i + 2 * kHalf <= count; i += 2 * kHalf)
+    layTwo(i, 2 * kHalf);
+  if (i < count)
+    layTwo(i, count - i);
 }
 
 using LayRow = void (*)(_color_t *lower, const _color_t *upper, int count, const Laying &laying);
 
-template <int... modes> LayRow rowOf(LayMode mode, std::integer_sequence<int, modes...> /*all*/) {
-  constexpr LayRow kRows[] = {layRow<static_cast<LayMode>(modes)>...};
+template <int... modes> LayRow rowOf(LayMode mode, std::integer_sequence<int, modes...> /*by channel*/) {
+  constexpr LayRow kRows[] = {layRow<static_cast<LayMode>(modes)>..., layRowByLuma<LayMode::color>,
+                              layRowByLuma<LayMode::luminosity>};
   return kRows[static_cast<int>(mode)];
 }
 
 } // namespace
 
 void layPixels(_color_t *lower, const _color_t *upper, int count, const Laying &laying) {
-  rowOf(laying.mode, std::make_integer_sequence<int, kLayModes>())(lower, upper, count, laying);
+  rowOf(laying.mode, std::make_integer_sequence<int, kLayModes - 2>())(lower, upper, count, laying);
 }
 
 } // namespace zol::ZOL_LEVEL

@@ -22,6 +22,9 @@ void transposeSquare(const Pixel *src, ptrdiff_t srcStride, Pixel *dst, ptrdiff_
       if constexpr (sizeof(Pixel) == 1) {
         next[2 * i] = _mm_unpacklo_epi8(a, b);
         next[2 * i + 1] = _mm_unpackhi_epi8(a, b);
+      } else if constexpr (sizeof(Pixel) == 2) {
+        next[2 * i] = _mm_unpacklo_epi16(a, b);
+        next[2 * i + 1] = _mm_unpackhi_epi16(a, b);
       } else {
         next[2 * i] = _mm_unpacklo_epi32(a, b);
         next[2 * i + 1] = _mm_unpackhi_epi32(a, b);
@@ -34,20 +37,27 @@ void transposeSquare(const Pixel *src, ptrdiff_t srcStride, Pixel *dst, ptrdiff_
     _mm_storeu_si128(reinterpret_cast<__m128i *>(dst + i * dstStride), rows[i]);
 }
 
-/// dst[c][r] = src[r][c] for pixels of 1 or 4 bytes; strides in pixels.
+/// dst[c][r] = src[r][c] for pixels of 1, 2 or 4 bytes; strides in pixels. Goes by squares of whole cache
+/// lines, so that none is taken up twice.
 template <class Pixel>
 void transpose(const Pixel *src, ptrdiff_t srcStride, int rows, int columns, Pixel *dst,
                ptrdiff_t dstStride) {
-  static_assert(sizeof(Pixel) == 1 || sizeof(Pixel) == 4);
+  static_assert(sizeof(Pixel) == 1 || sizeof(Pixel) == 2 || sizeof(Pixel) == 4);
   constexpr int kSide = 16 / sizeof(Pixel);
-  const int wholeRows = rows - rows % kSide;
-  const int wholeColumns = columns - columns % kSide;
-  for (int r = 0; r < wholeRows; r += kSide)
-    for (int c = 0; c < wholeColumns; c += kSide)
-      transposeSquare(src + r * srcStride + c, srcStride, dst + c * dstStride + r, dstStride);
-  for (int r = 0; r < rows; ++r)
-    for (int c = r < wholeRows ? wholeColumns : 0; c < columns; ++c)
-      dst[c * dstStride + r] = src[r * srcStride + c];
+  constexpr int kLine = 64 / sizeof(Pixel);
+  for (int top = 0; top < rows; top += kLine)
+    for (int left = 0; left < columns; left += kLine) {
+      const int bottom = top + kLine < rows ? top + kLine : rows;
+      const int right = left + kLine < columns ? left + kLine : columns;
+      const int wholeBottom = bottom - bottom % kSide;
+      const int wholeRight = right - right % kSide;
+      for (int r = top; r < wholeBottom; r += kSide)
+        for (int c = left; c < wholeRight; c += kSide)
+          transposeSquare(src + r * srcStride + c, srcStride, dst + c * dstStride + r, dstStride);
+      for (int r = top; r < bottom; ++r)
+        for (int c = r < wholeBottom ? wholeRight : left; c < right; ++c)
+          dst[c * dstStride + r] = src[r * srcStride + c];
+    }
 }
 
 } // namespace zol

@@ -211,6 +211,19 @@ inline I16xN mulAddPairs(U8xN a, I8xN b) {
 }
 #endif
 
+/// a[2i] * b[2i], whole.
+inline U64xN mulEvens(U32xN a, U32xN b) {
+  return as<U64xN>(ZOL_V(mul_epu32)(as<Register>(a), as<Register>(b)));
+}
+
+template <class Vec, int... i> inline Vec alternate(Vec a, Vec b, std::integer_sequence<int, i...>) {
+  return __builtin_shufflevector(a, b, (i & 1 ? kLanes<Vec> + i : i)...);
+}
+/// The even lanes of a and the odd lanes of b, each in its own place.
+template <class Vec> inline Vec alternate(Vec a, Vec b) {
+  return alternate(a, b, std::make_integer_sequence<int, kLanes<Vec>>());
+}
+
 template <class Vec, int... i> inline Vec duplicateEvens(Vec v, std::integer_sequence<int, i...>) {
   return __builtin_shufflevector(v, v, (i & ~1)...);
 }
@@ -255,6 +268,13 @@ inline I8xN packI8(I16xN low, I16xN high) {
 }
 inline I16xN packI16(I32xN low, I32xN high) {
   return as<I16xN>(ZOL_V(packs_epi32)(as<Register>(low), as<Register>(high)));
+}
+inline U16xN packU16(I32xN low, I32xN high) {
+#if defined(__AVX2__)
+  return as<U16xN>(ZOL_V(packus_epi32)(as<Register>(low), as<Register>(high)));
+#else
+  return as<U16xN>(packI16(low - 0x8000, high - 0x8000)) ^ 0x8000;
+#endif
 }
 
 /// The even or the odd lanes of a, then those of b; of 4 bytes each.

@@ -18,6 +18,8 @@ inline constexpr Neutral kNeutral[] = {
     {"Blur 1.0 (Zo2)", "Blurriness=0"},
     {"Mix Zo2 native", "Transition=0"},
     {"Mix Zo2 native", "Transition=1", 1},
+    {"Overlay for Qb4", "Opacity=0"},
+    {"DropShadow Zo2 native", "Opacity=0"},
     {"FillGeometry Zo2 native", "Alpha=0"},
     {"Recolor Zo2 native", ""},
     {"Recolor Zo2 native", "KeepBrightness=1;Range=0.3"},
