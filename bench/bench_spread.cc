@@ -1,5 +1,6 @@
 // Spreading on 1920 x 1080 frames: a radius of 10 pixels, and cells.
 
+#include "kernels/noise/spread_rows.h"
 #include "plain/spread.h"
 
 #include <benchmark/benchmark.h>

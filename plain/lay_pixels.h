@@ -2,33 +2,13 @@
 #pragma once
 
 #include "frame/zol.h"
+#include "plain/luma.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 
 namespace zol::plain {
-
-struct Channels {
-  int c[3]; ///< blue, green, red
-};
-
-inline int lumaOf(const Channels &p) { return (54 * p.c[2] + 183 * p.c[1] + 19 * p.c[0]) >> 8; }
-
-inline Channels movedToLuma(Channels p, int y) {
-  const int move = y - lumaOf(p);
-  for (int &c : p.c)
-    c += move;
-  const int least = *std::min_element(p.c, p.c + 3);
-  if (least < 0)
-    for (int &c : p.c)
-      c = y + (c - y) * y / (y - least);
-  const int greatest = *std::max_element(p.c, p.c + 3);
-  if (greatest > 255)
-    for (int &c : p.c)
-      c = y + (c - y) * (255 - y) / (greatest - y);
-  return p;
-}
 
 inline int mul(int x, int y) { return (x * y + 127) / 255; }
 inline int scr(int x, int y) { return 255 - mul(255 - x, 255 - y); }

@@ -1,4 +1,5 @@
 #include "frame/effects.h"
+#include "kernels/noise/spread_rows.h"
 #include "plain/spread.h"
 #include "tests/support/declared.h"
 #include "tests/support/same_pixels.h"

@@ -1,5 +1,7 @@
-#include "plain/spread.h"
+#include "kernels/noise/spread_rows.h"
 
+#include "kernels/noise/hash.h"
+#include "plain/spread.h"
 #include "tests/support/dice.h"
 #include "tests/support/levels.h"
 #include "tests/support/same_pixels.h"
