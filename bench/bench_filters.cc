@@ -1,6 +1,7 @@
 // Filters as a host runs them, 1920 x 1080: an object with a soft edge before nothing, and footage.
 
 #include "frame/effects.h"
+#include "kernels/relief/relief_rows.h"
 #include "kernels/simd/levels.h"
 #include "plain/alpha_ex.h"
 #include "plain/relief.h"

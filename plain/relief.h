@@ -1,8 +1,7 @@
-// Relief as its definition reads, pixel by pixel.
+// Relief as its definition reads, pixel by pixel. How it is lit is said by the kernel's record.
 #pragma once
 
 #include "frame/zol.h"
-#include "kernels/relief/relief_rows.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,31 +14,35 @@ inline uint16_t height(_color_t p, bool ofAlpha) {
   return static_cast<uint16_t>((ofAlpha ? 255 : luma) * p.a);
 }
 
-inline float shine(const Relief &relief, float cosine) {
+template <class Relief> float shine(const Relief &relief, float cosine) {
   for (int i = 0; i < relief.squarings; ++i)
     cosine *= cosine;
   return cosine + (cosine * cosine - cosine) * relief.part;
 }
 
-inline Vector3 unit(const Vector3 &v) {
+template <class Vector> Vector unit(const Vector &v) {
   const float length = std::sqrt((v.x * v.x + v.y * v.y) + v.z * v.z);
   return {v.x / length, v.y / length, v.z / length};
 }
 
 /// A pixel at (x, y) of the frame on ground of the slopes u and v.
-inline _color_t lit(const Relief &relief, _color_t p, float u, float v, int x, int y) {
+template <class Relief> _color_t lit(const Relief &relief, _color_t p, float u, float v, int x, int y) {
   if (p.a == 0)
     return p;
-  Vector3 light = relief.light;
-  if (relief.isPoint)
-    light = unit({light.x - (static_cast<float>(x) + 0.5F),
-                  (light.y - (static_cast<float>(y) + 0.5F)) / relief.aspect, light.z});
+  auto light = relief.light;
+  if (relief.isPoint) {
+    light = {light.x - (static_cast<float>(x) + 0.5F),
+             (light.y - (static_cast<float>(y) + 0.5F)) / relief.aspect, light.z};
+    light = unit(light);
+  }
   const float n = std::sqrt((u * u + v * v) + 1);
   const float q = std::clamp((light.z - (u * light.x + v * light.y)) / (light.z * n), 0.0F, 4.0F);
   const int i = static_cast<int>((relief.ambient + (1 - relief.ambient) * q) * 4096 + 0.5F);
   int more = 0;
   if (relief.shine > 0) {
-    const Vector3 h = unit({light.x, light.y, light.z + 1});
+    auto h = light;
+    h.z += 1;
+    h = unit(h);
     const float cosine = std::max(0.0F, (h.z - (u * h.x + v * h.y)) / n);
     more = static_cast<int>(std::max(0.0F, shine(relief, cosine) - shine(relief, h.z)) * relief.shine * 4096);
   }
@@ -51,8 +54,9 @@ inline _color_t lit(const Relief &relief, _color_t p, float u, float v, int x, i
 }
 
 /// Pixels at (x, y) of the frame and their heights.
-inline std::vector<_color_t> relief(const Relief &relief, const _color_t *pixels, const uint16_t *heights,
-                                    int width, int height, int x, int y) {
+template <class Relief>
+std::vector<_color_t> relief(const Relief &relief, const _color_t *pixels, const uint16_t *heights, int width,
+                             int height, int x, int y) {
   std::vector<_color_t> out;
   for (int row = 0; row < height; ++row)
     for (int column = 0; column < width; ++column) {

@@ -82,7 +82,7 @@ U32xN shining(U32xN pixels, uint32_t color, U32xN amount) {
   U32xN result = pixels;
   for (int shift = 0; shift < 24; shift += 8) {
     const auto left = as<U16xN>(255 - (pixels >> shift & 0xFF));
-    const U16xN to = div255(left * static_cast<uint16_t>(color >> shift & 0xFF));
+    const U16xN to = div255(left * splat<U16xN>(static_cast<uint16_t>(color >> shift & 0xFF)));
     result += as<U32xN>(mulAddPairs(as<I16xN>(to), as<I16xN>(amount)) >> 12) << shift;
   }
   return result;

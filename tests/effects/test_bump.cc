@@ -1,5 +1,6 @@
 #include "frame/effects.h"
 #include "frame/picture.h"
+#include "kernels/relief/relief_rows.h"
 #include "plain/relief.h"
 #include "plain/soften.h"
 #include "tests/support/dice.h"

@@ -19,7 +19,7 @@ Relief randomRelief(test::Dice &dice) {
   relief.isPoint = dice.below(2) != 0;
   const auto part = [&] { return static_cast<float>(dice.share()); };
   relief.light = relief.isPoint ? Vector3{part() * 400, part() * 40, part() * 100 + 1}
-                                : plain::unit({part() - 0.5F, part() - 0.5F, part() + 0.1F});
+                                : plain::unit(Vector3{part() - 0.5F, part() - 0.5F, part() + 0.1F});
   relief.ambient = dice.below(3) == 0 ? part() : 0;
   relief.shine = dice.below(2) == 0 ? part() : 0;
   relief.squarings = dice.between(2, 8);
