@@ -106,7 +106,7 @@ TEST_P(EveryLevel, LargeFramesAreThePlainOnes) {
 
 // The engine searches a pair once, and knows it again by its bytes.
 TEST(Pairs, ChangedInPlaceAreSearchedAnew) {
-  forRandomSequences(900, 24, [](const Sequence &s, unsigned seed, Scenes &dice) {
+  forRandomSequences(900, 8, [](const Sequence &s, unsigned seed, Scenes &dice) {
     Fast fast;
     Plain plain;
     open(fast, s, 1), open(plain, s, 1);
