@@ -18,7 +18,10 @@ std::unique_ptr<PictureBuffer> PictureBuffer::make(int width, int height) {
 }
 
 std::unique_ptr<PictureBuffer> PictureBuffer::makeUnwritten(int width, int height) {
-  return make(width, height, [](size_t count, size_t size) { return std::malloc(count * size); });
+  constexpr size_t kLine = 64; // of the cache
+  return make(width, height, [](size_t count, size_t size) {
+    return std::aligned_alloc(kLine, (count * size + kLine - 1) / kLine * kLine);
+  });
 }
 
 std::unique_ptr<PictureBuffer> PictureBuffer::make(int width, int height, Allocate allocate) {
