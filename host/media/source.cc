@@ -103,7 +103,8 @@ MediaInfo Source::lookInto(const MediaPrograms &programs) const {
     std::ifstream file(sequence_ ? sequence_->firstFile : file_, std::ios::binary);
     header = readPictureHeader(file);
   }
-  const bool told = header.decoded && !isStream() && !sequence_ &&
+  // By another name it may be the first of many pictures in one file.
+  const bool told = header.decoded && !isStream() && !sequence_ && kindOf(file_) == FileKind::still &&
                     isPictureSize(header.decoded->width, header.decoded->height);
   MediaInfo info =
       told ? infoOf(*header.decoded) : probe(address_, name(), isStream() ? &head_ : nullptr, programs);
