@@ -22,7 +22,7 @@ Projection turned(double scale, double degrees) {
          Projection::moved(-kWidth / 2.0, -kHeight / 2.0);
 }
 Projection tilted() {
-  const Point corners[4] = {{300, 150}, {kWidth - 200, 40}, {kWidth - 60, kHeight - 20}, {40, kHeight - 90}};
+  const Point corners[4] = {{192, 54}, {1824, 162}, {1728, 972}, {96, 1026}};
   return Projection::ofRectangle(kWidth, kHeight, corners).inverse();
 }
 

@@ -59,17 +59,43 @@ struct Warp {
 
   struct Row {
     int count = 1;
-    double apart = 0;
+    double apart = 0, x = 0, y = 0;
     [[nodiscard]] double distance(int i) const { return (i - (count - 1) / 2.0) * apart; }
     [[nodiscard]] int weight(int i) const { return count == 2 ? 1 : std::min(i, count - 1 - i) + 1; }
   };
-  static Row probes(double e, double r) {
+  static Row probes(double e, int radius, double x, double y) {
+    const double r = radius / 64.0;
     if (e <= r)
       return {};
     if (e <= 1.25 * r)
-      return {2, std::sqrt(2 * (e * e - r * r) / 3)};
+      return {2, std::sqrt(2 * (e * e - r * r) / 3), x, y};
     const int n = static_cast<int>(std::ceil(e / r));
-    return {2 * n - 1, std::sqrt((e * e - r * r) / (n * n - 1))};
+    return {2 * n - 1, std::sqrt((e * e - r * r) / (n * n - 1)), x, y};
+  }
+  static int radiusFor(double e) { return static_cast<int>(std::ceil(64 * std::clamp(e, 1.0, 2.0))); }
+
+  struct Probes {
+    int radiusX, radiusY;
+    Row first, second;
+  };
+  /// Along both sides with round probes; along the axes with probes of two radii where the sides need more
+  /// than one probe and what spreads both across and down is little.
+  [[nodiscard]] Probes probesAt(int x, int y) const {
+    const Side p = sideAt(x, y, 0), q = sideAt(x, y, 1);
+    const int radius = radiusFor(std::min(p.length, q.length));
+    const Probes sides{radius, radius, probes(p.length, radius, p.x, p.y),
+                       probes(q.length, radius, q.x, q.y)};
+    if (sides.first.count == 1 && sides.second.count == 1)
+      return sides;
+    const double e = std::max(p.length, 1.0), f = std::max(q.length, 1.0);
+    const double px = e * p.x, py = e * p.y, qx = f * q.x, qy = f * q.y;
+    const double xx = px * px + qx * qx, yy = py * py + qy * qy, xy = px * py + qx * qy;
+    if (xy * xy > 0.1 * 0.1 * (xx * yy))
+      return sides;
+    const double wide = std::floor(65536 * std::sqrt(xx) + 0.5) / 65536,
+                 high = std::floor(65536 * std::sqrt(yy) + 0.5) / 65536;
+    const int across = radiusFor(wide), down = radiusFor(high);
+    return {across, down, probes(wide, across, 1, 0), probes(high, down, 0, 1)};
   }
 
   // ---- Taps ----
@@ -120,10 +146,10 @@ struct Warp {
       return {{p.b, p.g, p.r, p.a}};
     return {{(p.b * p.a + 2) >> 2, (p.g * p.a + 2) >> 2, (p.r * p.a + 2) >> 2, (255 * p.a + 2) >> 2}};
   }
-  [[nodiscard]] Values probe(int u, int v, int radius) const {
+  [[nodiscard]] Values probe(int u, int v, int radiusX, int radiusY) const {
     int across[4], down[4];
-    weigh(radius, u & 255, across + 1);
-    weigh(radius, v & 255, down + 1);
+    weigh(radiusX, u & 255, across + 1);
+    weigh(radiusY, v & 255, down + 1);
     Values h{{8192, 8192, 8192, 8192}};
     for (int i = 0; i < 4; ++i) {
       const int half = opaque ? 128 : 8192;
@@ -150,9 +176,8 @@ struct Warp {
   }
   [[nodiscard]] Values meanOfProbes(int x, int y) const {
     const int u = place(a, x, y), v = place(b, x, y);
-    const Side p = sideAt(x, y, 0), q = sideAt(x, y, 1);
-    const int radius = static_cast<int>(std::ceil(64 * std::max(1.0, std::min({p.length, q.length, 2.0}))));
-    const Row ps = probes(p.length, radius / 64.0), qs = probes(q.length, radius / 64.0);
+    const Probes probes = probesAt(x, y);
+    const Row &ps = probes.first, &qs = probes.second;
     Values all;
     int total = 0;
     for (int j = 0; j < qs.count; ++j) {
@@ -160,9 +185,9 @@ struct Warp {
       int n = 0;
       for (int i = 0; i < ps.count; ++i) {
         const double t = ps.distance(i), s = qs.distance(j);
-        const int du = static_cast<int>(std::floor(256 * (t * p.x + s * q.x) + 0.5));
-        const int dv = static_cast<int>(std::floor(256 * (t * p.y + s * q.y) + 0.5));
-        add(row, probe(u + du, v + dv, radius), ps.weight(i));
+        const int du = static_cast<int>(std::floor(256 * (t * ps.x + s * qs.x) + 0.5));
+        const int dv = static_cast<int>(std::floor(256 * (t * ps.y + s * qs.y) + 0.5));
+        add(row, probe(u + du, v + dv, probes.radiusX, probes.radiusY), ps.weight(i));
         n += ps.weight(i);
       }
       add(all, mean(row, n), qs.weight(j));

@@ -13,24 +13,26 @@ struct ProbeLine {
   Point along{};    ///< a step of one pixel
 
   [[nodiscard]] double distance(int i) const { return (i - (count - 1) * 0.5) * apart; }
+  /// Of the outermost ones, in whole pixels.
+  [[nodiscard]] int reach() const { return static_cast<int>(distance(count - 1)) + 1; }
   [[nodiscard]] int weight(int i) const {
     return count == 2 ? 1 : 1 + (i < count - 1 - i ? i : count - 1 - i);
   }
   [[nodiscard]] int totalWeight() const { return count == 2 ? 2 : (count + 1) / 2 * ((count + 1) / 2); }
 };
 
-/// A mean of probes, each as wide as the narrower side as far as four by four pixels reach.
+/// Probes whose mean spreads over the source as a tent that reaches one output pixel to every side.
 struct Footprint {
   static constexpr double kLongest = 64; ///< a side, in pixels
 
   Footprint() = default;
-  /// Of the changes of the place in the source for a pixel's step to the right and down.
+  /// Of the changes of the place in the source for an output pixel's step to the right and down.
   Footprint(const Point &right, const Point &down, double longest = kLongest);
 
-  [[nodiscard]] bool isOneProbe() const { return across.count == 1 && downwards.count == 1; }
+  [[nodiscard]] bool isOneProbe() const { return first.count == 1 && second.count == 1; }
 
-  int radius = 64; ///< of a probe, in 1/64 pixel: 64 to 128
-  ProbeLine across, downwards;
+  int radiusAcross = 64, radiusDown = 64; ///< of a probe, in 1/64 pixel: 64 to 128
+  ProbeLine first, second;                ///< every probe of the second line is a mean of one of the first
 };
 
 } // namespace zol

@@ -28,6 +28,10 @@ public:
   [[nodiscard]] bool drawsNothing() const { return !leads_; }
   /// Whether all pixels have the same footprint.
   [[nodiscard]] bool isAffine() const { return affine_; }
+  /// Whether rows stay rows and columns columns, in even steps.
+  [[nodiscard]] bool isUpright() const {
+    return affine_ && toSource_.rows[0][1] == 0 && toSource_.rows[1][0] == 0;
+  }
   /// Whether it moves the source by whole pixels and does nothing else.
   [[nodiscard]] bool isShift() const;
 

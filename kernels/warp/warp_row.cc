@@ -52,7 +52,7 @@ void warpPixels(const WarpSource &source, const WarpMap &map, int y, int x0, int
       pickPixels(source, u, v, count, out);
     } else {
       const Footprint footprint = map.footprintAt((x & -most) + kFootprintPixels / 2, y);
-      take(source, footprint, tapsOf(filter, footprint.radius), u, v, count, out);
+      take(source, footprint, filter, map.isUpright(), u, v, count, out);
     }
     out += count;
     x = end;

@@ -1,6 +1,6 @@
 #include "kernels/warp/warp_rows.h"
 
-#include "kernels/color/wide_lanes.h"
+#include "kernels/warp/probe_lanes.h"
 
 namespace zol::ZOL_LEVEL {
 namespace {
@@ -23,281 +23,244 @@ Vector<int32_t, kLanes<F64xN>> place(F64xN edges) {
   return convert<Vector<int32_t, kLanes<F64xN>>>(floor(held + 0.5));
 }
 
-// ---- Probes ----
+/// Whole vectors for so many pixels.
+int inVectors(int count) { return (count + kPixels - 1) / kPixels * kPixels; }
 
-/// Lane i of every four, in all four.
-template <int lane, class Vec, int... i> Vec spread(Vec v, std::integer_sequence<int, i...> /*all*/) {
-  return __builtin_shufflevector(v, v, ((i & ~3) | lane)...);
-}
-template <int lane, class Vec> Vec spread(Vec v) {
-  return spread<lane>(v, std::make_integer_sequence<int, kLanes<Vec>>());
-}
-/// Pair i of weights in all lanes of its block.
-template <int pair> I16xN pairs(I16xN taps) { return as<I16xN>(spread<pair>(as<U32xN>(taps))); }
+// ---- Probes anywhere ----
 
-/// Sums down the four columns, the first two and the others: what each lane is more than it should be is the
-/// same for all of a probe.
-struct Columns {
-  I16xN first, second;
-};
-
-/// Four by four pixels for every block.
-struct Neighbourhood {
-  explicit Neighbourhood(const _color_t *const (&corners)[kBlocks], int step) {
-    const void *places[kBlocks];
-    for (int row = 0; row < 4; ++row) {
-      for (int b = 0; b < kBlocks; ++b)
-        places[b] = corners[b] + ptrdiff_t{row} * step;
-      rows[row] = loadBlocks<U8xN>(places);
-    }
-  }
-  U8xN rows[4];
-};
-
-/// Of two columns: the values of rows 0 and 2, and of rows 1 and 3, in turn.
-I16xN columnPair(I16xN evens0, I16xN odds0, I16xN evens1, I16xN odds1, I16xN down, int shift) {
-  const int half = 1 << shift >> 1;
-  const I16xN w02 = pairs<0>(down), w13 = pairs<1>(down);
-  return packI16((mulAddPairs(evens0, w02) + mulAddPairs(odds0, w13) + half) >> shift,
-                 (mulAddPairs(evens1, w02) + mulAddPairs(odds1, w13) + half) >> shift);
-}
-
-/// Channels alone.
-struct Opaque {
-  static constexpr int kSurplus = 0;
-
-  static Columns columns(const Neighbourhood &n, I16xN down) {
-    const U8xN evensLow = interleaveLow(n.rows[0], n.rows[2]), oddsLow = interleaveLow(n.rows[1], n.rows[3]);
-    const U8xN evensHigh = interleaveHigh(n.rows[0], n.rows[2]),
-               oddsHigh = interleaveHigh(n.rows[1], n.rows[3]);
-    const auto low = [](U8xN v) { return widenLow<I16xN>(v); };
-    const auto high = [](U8xN v) { return widenHigh<I16xN>(v); };
-    return {columnPair(low(evensLow), low(oddsLow), high(evensLow), high(oddsLow), down, 8),
-            columnPair(low(evensHigh), low(oddsHigh), high(evensHigh), high(oddsHigh), down, 8)};
-  }
-};
-
-/// Channels times alpha, and alpha times 255, in quarters.
-struct Premultiplied {
-  static constexpr int kSurplus = 0;
-
-  static Columns columns(const Neighbourhood &n, I16xN down) {
-    I16xN low[4], high[4];
-    for (int row = 0; row < 4; ++row) {
-      low[row] = as<I16xN>((wideOf(widenLow(n.rows[row])) + 2) >> 2);
-      high[row] = as<I16xN>((wideOf(widenHigh(n.rows[row])) + 2) >> 2);
-    }
-    const auto columnsOf = [down](const I16xN(&rows)[4]) {
-      return columnPair(interleaveLow(rows[0], rows[2]), interleaveLow(rows[1], rows[3]),
-                        interleaveHigh(rows[0], rows[2]), interleaveHigh(rows[1], rows[3]), down, 14);
-    };
-    return {columnsOf(low), columnsOf(high)};
-  }
-};
-
-#if defined(__AVX2__)
-/// Channels alone, by the two parts of weights: 128 high + low. All sums fit 16 bits, the last one modulo
-/// 2^16 until it is halved.
-struct OpaqueInParts {
-  static constexpr int kSurplus = 8192;
-
-  static Columns columns(const Neighbourhood &n, I16xN down) {
-    const auto pair = [down](int byte) {
-      return as<I8xN>(
-          shuffle(as<U8xN>(down), as<U8xN>(splat<U16xN>(static_cast<uint16_t>(byte | (byte + 1) << 8)))));
-    };
-    const I8xN high02 = pair(8), high13 = pair(10), low02 = pair(12), low13 = pair(14);
-    const auto sums = [&](U8xN rows02, U8xN rows13) {
-      const I16xN high = mulAddPairs(rows02, high02) + mulAddPairs(rows13, high13);
-      const I16xN low = mulAddPairs(rows02, low02) + mulAddPairs(rows13, low13);
-      return as<I16xN>(as<U16xN>(high + (low >> 7) + (2 * kSurplus + 1)) >> 1);
-    };
-    return {sums(interleaveLow(n.rows[0], n.rows[2]), interleaveLow(n.rows[1], n.rows[3])),
-            sums(interleaveHigh(n.rows[0], n.rows[2]), interleaveHigh(n.rows[1], n.rows[3]))};
-  }
-};
-#else
-using OpaqueInParts = Opaque;
-#endif
-
-template <class Values> I32xN probeAt(const Neighbourhood &n, I16xN across, I16xN down) {
-  const Columns c = Values::columns(n, down);
-  const I32xN sums = mulAddPairs(interleaveLow(c.first, c.second), pairs<0>(across)) +
-                     mulAddPairs(interleaveHigh(c.first, c.second), pairs<1>(across));
-  return (sums + (8192 - 16384 * Values::kSurplus)) >> 14;
-}
-
-/// What a vector's pixels gather: pixel 4 b + j in block b of sums[j].
-struct Sums {
-  I32xN sums[4];
-};
-
-class Prober {
+template <class Values> class Prober {
 public:
-  Prober(const WarpSource &source, const Footprint &footprint, const Taps *taps)
-      : source_(source), taps_(taps), mayBeWhole_(footprint.radius == kLeastRadius) {}
+  Prober(const WarpSource &source, const Footprint &footprint, WarpFilter filter)
+      : source_(source), tapsAcross_(tapsOf(filter, footprint.radiusAcross)),
+        tapsDown_(tapsOf(filter, footprint.radiusDown)),
+        mayBeWhole_(std::is_same_v<Values, OpaqueInParts> && footprint.radiusDown == kLeastRadius) {}
 
-  template <class Values> [[nodiscard]] Sums at(I32xN u, I32xN v) const {
-    const I32xN left = (u >> 8) - 1, top = (v >> 8) - 1;
-    const auto inside = (as<U32xN>(left) <= static_cast<uint32_t>(source_.width - 4)) &
-                        (as<U32xN>(top) <= static_cast<uint32_t>(source_.height - 4));
-    int corners[kPixels], across[kPixels], down[kPixels];
-    store(across, u & (kPhases - 1));
-    store(down, v & (kPhases - 1));
-    if (source_.width < 4 || source_.height < 4 || !allSet(inside)) {
-      _color_t patches[kPixels][16];
-      int columns[kPixels], rows[kPixels];
-      store(columns, left);
-      store(rows, top);
-      for (int i = 0; i < kPixels; ++i) {
-        fillPatch(columns[i], rows[i], patches[i]);
-        corners[i] = 16 * i;
-      }
-      return gather<Values>(patches[0], corners, 4, across, down);
+  void beginLine(int /*v*/) {}
+
+  /// What at() gives is found so far from these places now.
+  void place(const int *u, const int *v, int right, int down, int count) {
+    const int lastLeft = source_.width - 4, lastTop = source_.height - 4;
+    for (int i = 0; i < count; i += kPixels) {
+      const I32xN x = load<I32xN>(u + i) + right, y = load<I32xN>(v + i) + down;
+      const I32xN left = (x >> 8) - 1, top = (y >> 8) - 1;
+      store(corners_ + i, (top * source_.step + left) * int{sizeof(_color_t)});
+      store(across_ + i, (x & (kPhases - 1)) * int{sizeof(Taps)});
+      store(down_ + i, (y & (kPhases - 1)) * int{sizeof(Taps)});
+      store(left_ + i, left);
+      store(top_ + i, top);
+      atEdge_[i / kPixels] = anySet((left < 0) | (top < 0) | (left > lastLeft) | (top > lastTop));
+      nearWhole_[i / kPixels] = mayBeWhole_ && isNearWhole(y);
     }
-    store(corners, top * source_.step + left);
-    return gather<Values>(source_.pixels, corners, source_.step, across, down);
   }
 
-  /// Whether there may be a weight that does not come in parts.
-  [[nodiscard]] bool isNearWhole(I32xN v) const {
-    return mayBeWhole_ && anySet(((v + 1) & (kPhases - 1)) < 3);
+  [[gnu::always_inline]] Sums at(int i) const {
+    if (atEdge_[i / kPixels])
+      return sumsAtEdges(i);
+    if (nearWhole_[i / kPixels])
+      return wideSums(source_.pixels, source_.step, corners_ + i, i);
+    return sums<Values>(source_.pixels, source_.step, corners_ + i, i);
   }
 
 private:
-  void fillPatch(int left, int top, _color_t *patch) const {
-    int columns[4];
-    for (int x = 0; x < 4; ++x)
-      columns[x] = heldWithin(left + x, source_.width, source_.beyond);
-    for (int y = 0; y < 4; ++y) {
-      const ptrdiff_t row = ptrdiff_t{heldWithin(top + y, source_.height, source_.beyond)} * source_.step;
-      for (int x = 0; x < 4; ++x)
-        *patch++ = source_.pixels[row + columns[x]];
-    }
+  template <class Summed>
+  [[gnu::always_inline]] Sums sums(const _color_t *pixels, int step, const int *corners, int i) const {
+    const _color_t *rows[4];
+    for (int k = 0; k < 4; ++k)
+      rows[k] = pixels + ptrdiff_t{k} * step;
+    return sumsOf([&](int j) {
+      const auto row = [&](int k) { return loadAt<U8xN>(rows[k], corners, j); };
+      const Columns columns =
+          Summed::columns({{row(0), row(1), row(2), row(3)}}, loadAt<I16xN>(tapsDown_, down_ + i, j));
+      return acrossColumns(columns, loadAt<I16xN>(tapsAcross_, across_ + i, j), Summed::kSurplus);
+    });
   }
-
-  template <class Values>
-  [[nodiscard]] Sums gather(const _color_t *pixels, const int *corners, int step, const int *across,
-                            const int *down) const {
-    Sums sums;
-    for (int j = 0; j < 4; ++j) {
-      const _color_t *at[kBlocks];
-      const void *tapsAcross[kBlocks], *tapsDown[kBlocks];
-      for (int b = 0; b < kBlocks; ++b) {
-        at[b] = pixels + corners[4 * b + j];
-        tapsAcross[b] = taps_ + across[4 * b + j];
-        tapsDown[b] = taps_ + down[4 * b + j];
+  /// With weights that do not come in parts.
+  [[gnu::noinline]] Sums wideSums(const _color_t *pixels, int step, const int *corners, int i) const {
+    return sums<InWhole<Values>>(pixels, step, corners, i);
+  }
+  /// From copies of what the pixels see around them.
+  [[gnu::noinline]] Sums sumsAtEdges(int i) const {
+    _color_t patches[kPixels][16];
+    int corners[kPixels];
+    for (int k = 0; k < kPixels; ++k) {
+      corners[k] = k * int{sizeof patches[k]};
+      int columns[4];
+      for (int x = 0; x < 4; ++x)
+        columns[x] = heldWithin(left_[i + k] + x, source_.width, source_.beyond);
+      for (int y = 0; y < 4; ++y) {
+        const ptrdiff_t row =
+            ptrdiff_t{heldWithin(top_[i + k] + y, source_.height, source_.beyond)} * source_.step;
+        for (int x = 0; x < 4; ++x)
+          patches[k][4 * y + x] = source_.pixels[row + columns[x]];
       }
-      sums.sums[j] = probeAt<Values>(Neighbourhood(at, step), loadBlocks<I16xN>(tapsAcross),
-                                     loadBlocks<I16xN>(tapsDown));
     }
-    return sums;
+    return wideSums(patches[0], 4, corners, i);
   }
 
   const WarpSource &source_;
-  const Taps *taps_;
+  const Taps *tapsAcross_, *tapsDown_;
   bool mayBeWhole_;
+  int corners_[kMostProbed], across_[kMostProbed], down_[kMostProbed]; // in bytes
+  int left_[kMostProbed], top_[kMostProbed];
+  bool atEdge_[kMostProbed / kPixels], nearWhole_[kMostProbed / kPixels];
 };
 
-// ---- Means ----
+// ---- Probes along a row ----
 
-/// sums / total, rounded.
-I32xN mean(I32xN sums, int total) {
-  using Doubles = Vector<double, kLanes<I32xN>>;
-  return convert<I32xN>(convert<Doubles>(sums + total / 2) / total);
-}
-
-U32xN packed(const I32xN (&channels)[4]) {
-  return as<U32xN>(packU8(packI16(channels[0], channels[1]), packI16(channels[2], channels[3])));
-}
-
-U32xN opaquePixels(const Sums &means) {
-  I32xN channels[4];
-  for (int j = 0; j < 4; ++j)
-    channels[j] = (means.sums[j] + 32) >> 6;
-  return packed(channels) | 0xFF000000;
-}
-
-/// Floats are exact here: dividends that matter are integers below 2^24 and a quotient, if it is not whole,
-/// is further from the next integer than rounding can take it.
-U32xN dividedByAlpha(const Sums &means) {
-  const auto alphaLanes = as<I32xN>(interleaveLow(U64xN{}, splat<U64xN>(0xFFFFFFFF00000000)));
-  I32xN channels[4];
-  for (int j = 0; j < 4; ++j) {
-    const I32xN sums = means.sums[j], alphas = alphaOfEach(sums);
-    const I32xN dividend = select(alphaLanes, 4 * sums + 127, 255 * sums + (alphas >> 1));
-    const I32xN divisor = select(alphaLanes, splat<I32xN>(255), alphas);
-    const I32xN quotient = convert<I32xN>(convert<F32xN>(dividend) / convert<F32xN>(divisor));
-    channels[j] = alphas > 0 ? quotient : I32xN{};
-  }
-  const U32xN pixels = packed(channels);
-  return pixels >= 0x01000000 ? pixels : U32xN{};
-}
-
-template <bool opaque> class Sampler {
+/// Of pixels that lie in one row of the source, in order: sums down its columns serve all of them.
+template <class Values> class RowProber {
 public:
-  Sampler(const WarpSource &source, const Footprint &footprint, const Taps *taps)
-      : source_(source), footprint_(footprint), prober_(source, footprint, taps) {}
-
-  void one(const int *u, const int *v, int count, _color_t *out) const {
-    forEachVector<U32xN>(count, [&](int i, int n) {
-      const auto across = load<I32xN>(u + i, n), down = load<I32xN>(v + i, n);
-      const auto whole = ((across | down) & (kPhases - 1)) == 0;
-      if (footprint_.radius != kLeastRadius || !anySet(whole))
-        return store(out + i, finished(probeAt(across, down)), n);
-      if (!allSet(whole))
-        store(out + i, finished(probeAt(across, down)), n);
-      for (int k = i; k < i + n; ++k)
-        if (((u[k] | v[k]) & (kPhases - 1)) == 0)
-          out[k] = pixelOf(source_, u[k] >> 8, v[k] >> 8);
-    });
+  /// Of so many pixels from u on.
+  RowProber(const WarpSource &source, const Footprint &footprint, WarpFilter filter, const int *u, int count)
+      : source_(source), tapsAcross_(tapsOf(filter, footprint.radiusAcross)),
+        tapsDown_(tapsOf(filter, footprint.radiusDown)), mayBeWhole_(footprint.radiusDown == kLeastRadius) {
+    const int first = u[0] >> 8, last = u[inVectors(count) - 1] >> 8, reach = footprint.first.reach() + 2;
+    begin_ = (first < last ? first : last) - reach;
+    count_ = inVectors((first < last ? last - first : first - last) + 2 * reach + 1);
   }
 
-  void many(const int *u, const int *v, int count, _color_t *out) const {
-    constexpr int kVectors = kMostProbed / kPixels;
-    const ProbeLine &p = footprint_.across, &q = footprint_.downwards;
-    const int vectors = (count + kPixels - 1) / kPixels;
-    I32xN us[kVectors], vs[kVectors];
-    Sums all[kVectors] = {};
-    forEachVector<U32xN>(count, [&](int i, int n) {
-      us[i / kPixels] = load<I32xN>(u + i, n);
-      vs[i / kPixels] = load<I32xN>(v + i, n);
-    });
-    for (int row = 0; row < q.count; ++row) {
-      Sums line[kVectors] = {};
-      for (int column = 0; column < p.count; ++column) {
-        const double t = p.distance(column), s = q.distance(row);
-        const int right = nearest(t * p.along.x + s * q.along.x),
-                  down = nearest(t * p.along.y + s * q.along.y);
-        for (int i = 0; i < vectors; ++i)
-          add(line[i], probeAt(us[i] + right, vs[i] + down), p.weight(column));
-      }
-      for (int i = 0; i < vectors; ++i)
-        add(all[i], meanOf(line[i], p.totalWeight()), q.weight(row));
+  /// Whether there is room.
+  [[nodiscard]] bool holdsAll() const { return count_ <= kMostColumns; }
+
+  /// Probes lie at v from now on.
+  void beginLine(int v) {
+    const _color_t *rows[4];
+    for (int k = 0; k < 4; ++k)
+      rows[k] = columnsOf((v >> 8) - 1 + k, copies_[k]);
+    const void *taps[kBlocks];
+    for (const void *&ofBlock : taps)
+      ofBlock = tapsDown_ + (v & (kPhases - 1));
+    const auto down = loadBlocks<I16xN>(taps);
+    if (mayBeWhole_ && isNearWhole(splat<I32xN>(v)))
+      sumColumns<InWhole<Values>>(rows, down);
+    else
+      sumColumns<Values>(rows, down);
+  }
+
+  void place(const int *u, const int * /*v*/, int right, int /*down*/, int count) {
+    for (int i = 0; i < count; i += kPixels) {
+      const I32xN x = load<I32xN>(u + i) + right;
+      store(places_ + i, ((x >> 8) - 1 - begin_) * int{sizeof *columns_});
+      store(across_ + i, (x & (kPhases - 1)) * int{sizeof(Taps)});
     }
-    forEachVector<U32xN>(
-        count, [&](int i, int n) { store(out + i, finished(meanOf(all[i / kPixels], q.totalWeight())), n); });
+  }
+
+  [[gnu::always_inline]] Sums at(int i) const {
+    return sumsOf([&](int j) {
+      const Columns c{loadAt<I16xN>(columns_, places_ + i, j), loadAt<I16xN>(columns_ + 2, places_ + i, j)};
+      return acrossColumns(c, loadAt<I16xN>(tapsAcross_, across_ + i, j), surplus_);
+    });
   }
 
 private:
+  static constexpr int kMostColumns = 1280; // 64 pixels at 1/16 and what lies around them
+
+  /// The columns of row y, from begin_ on; in the copy where not all of them lie within the source.
+  const _color_t *columnsOf(int y, _color_t *copy) const {
+    const _color_t *row =
+        source_.pixels + ptrdiff_t{heldWithin(y, source_.height, source_.beyond)} * source_.step;
+    const int end = begin_ + count_;
+    if (begin_ >= 0 && end <= source_.width)
+      return row + begin_;
+    const int from = begin_ < 0 ? 0 : begin_, to = end < source_.width ? end : source_.width;
+    if (from < to)
+      __builtin_memcpy(copy + (from - begin_), row + from, static_cast<size_t>(to - from) * sizeof *row);
+    for (int x = begin_; x < end; ++x)
+      if (x < 0 || x >= source_.width)
+        copy[x - begin_] = row[heldWithin(x, source_.width, source_.beyond)];
+    return copy;
+  }
+
+  template <class Summed> void sumColumns(const _color_t *const *rows, I16xN down) {
+    surplus_ = Summed::kSurplus;
+    for (int i = 0; i < count_; i += kPixels) {
+      const auto row = [&](int k) { return load<U8xN>(rows[k] + i); };
+      const Columns c = Summed::columns({{row(0), row(1), row(2), row(3)}}, down);
+      storeWide(columns_ + i, as<U16xN>(c.first), as<U16xN>(c.second));
+    }
+  }
+
+  const WarpSource &source_;
+  const Taps *tapsAcross_, *tapsDown_;
+  bool mayBeWhole_;
+  int begin_, count_, surplus_ = 0;
+  int places_[kMostProbed], across_[kMostProbed]; // in bytes
+  WidePixel columns_[kMostColumns];
+  _color_t copies_[4][kMostColumns];
+};
+
+// ---- Pixels ----
+
+template <bool opaque, class Prober> class Sampler {
+public:
+  Sampler(const WarpSource &source, const Footprint &footprint, Prober &prober)
+      : source_(source), footprint_(footprint), prober_(prober),
+        mayBeWhole_(footprint.radiusAcross == kLeastRadius && footprint.radiusDown == kLeastRadius) {}
+
+  void take(const int *u, const int *v, int count, _color_t *out) {
+    if (footprint_.isOneProbe())
+      takeOne(u, v, count, out);
+    else
+      takeMean(u, v, count, out);
+  }
+
+private:
+  void takeOne(const int *u, const int *v, int count, _color_t *out) {
+    prober_.beginLine(v[0]);
+    prober_.place(u, v, 0, 0, count);
+    for (int i = 0; i < count; i += kPixels) {
+      const auto across = load<I32xN>(u + i), down = load<I32xN>(v + i);
+      const auto whole = ((across | down) & (kPhases - 1)) == 0;
+      if (!mayBeWhole_ || !allSet(whole))
+        put(out + i, finished(prober_.at(i)), count - i);
+      if (mayBeWhole_ && anySet(whole))
+        putWhole(u, v, i, count, out);
+    }
+  }
+  /// Pixels that lie on one of the source are that.
+  void putWhole(const int *u, const int *v, int i, int count, _color_t *out) const {
+    for (const int end = i + kPixels; i < count && i < end; ++i)
+      if (((u[i] | v[i]) & (kPhases - 1)) == 0)
+        out[i] = pixelOf(source_, u[i] >> 8, v[i] >> 8);
+  }
+
+  void takeMean(const int *u, const int *v, int count, _color_t *out) {
+    const ProbeLine &p = footprint_.first, &q = footprint_.second;
+    Sums all[kMostProbed / kPixels], line[kMostProbed / kPixels];
+    for (int row = 0; row < q.count; ++row) {
+      const double s = q.distance(row);
+      prober_.beginLine(v[0] + nearest(s * q.along.y));
+      for (int column = 0; column < p.count; ++column) {
+        const double t = p.distance(column);
+        const int right = nearest(t * p.along.x + s * q.along.x),
+                  down = nearest(t * p.along.y + s * q.along.y);
+        prober_.place(u, v, right, down, count);
+        for (int i = 0; i < count; i += kPixels)
+          add(line[i / kPixels], prober_.at(i), p.weight(column), column == 0);
+      }
+      for (int i = 0; i < count; i += kPixels)
+        add(all[i / kPixels], meanOf(line[i / kPixels], p.totalWeight()), q.weight(row), row == 0);
+    }
+    for (int i = 0; i < count; i += kPixels)
+      put(out + i, finished(meanOf(all[i / kPixels], q.totalWeight())), count - i);
+  }
+
   static int nearest(double pixels) {
     const double place = kPhases * pixels + 0.5;
     const int whole = static_cast<int>(place);
     return whole - (whole > place ? 1 : 0);
   }
-
-  [[nodiscard]] Sums probeAt(I32xN u, I32xN v) const {
-    if constexpr (!opaque)
-      return prober_.at<Premultiplied>(u, v);
-    else if (prober_.isNearWhole(v))
-      return prober_.at<Opaque>(u, v);
+  static void put(_color_t *out, U32xN pixels, int count) {
+    if (count >= kPixels)
+      store(out, pixels);
     else
-      return prober_.at<OpaqueInParts>(u, v);
+      store(out, pixels, count);
   }
-
-  static void add(Sums &sums, const Sums &more, int weight) {
-    for (int j = 0; j < 4; ++j)
-      sums.sums[j] += mulAddPairs(as<I16xN>(more.sums[j]), as<I16xN>(splat<I32xN>(weight)));
+  static void add(Sums &sums, const Sums &more, int weight, bool first) {
+    for (int j = 0; j < 4; ++j) {
+      const I32xN weighted = mulAddPairs(as<I16xN>(more.sums[j]), as<I16xN>(splat<I32xN>(weight)));
+      sums.sums[j] = first ? weighted : sums.sums[j] + weighted;
+    }
   }
   static Sums meanOf(const Sums &sums, int total) {
     if (total == 1)
@@ -316,17 +279,21 @@ private:
 
   const WarpSource &source_;
   const Footprint &footprint_;
-  Prober prober_;
+  Prober &prober_;
+  bool mayBeWhole_;
 };
 
 template <bool opaque>
-void probePixels(const WarpSource &source, const Footprint &footprint, const Taps *taps, const int *u,
-                 const int *v, int count, _color_t *out) {
-  const Sampler<opaque> sampler(source, footprint, taps);
-  if (footprint.isOneProbe())
-    sampler.one(u, v, count, out);
-  else
-    sampler.many(u, v, count, out);
+void takeProbes(const WarpSource &source, const Footprint &footprint, WarpFilter filter, bool inRow,
+                const int *u, const int *v, int count, _color_t *out) {
+  using Values = std::conditional_t<opaque, OpaqueInParts, Premultiplied>;
+  if (inRow) {
+    RowProber<Values> prober(source, footprint, filter, u, count);
+    if (prober.holdsAll())
+      return Sampler<opaque, RowProber<Values>>(source, footprint, prober).take(u, v, count, out);
+  }
+  Prober<Values> prober(source, footprint, filter);
+  Sampler<opaque, Prober<Values>>(source, footprint, prober).take(u, v, count, out);
 }
 
 } // namespace
@@ -338,7 +305,7 @@ void findPlaces(const WarpMap &map, int y, int x, int count, int *u, int *v) {
   F64xN steps;
   for (int i = 0; i < kLanes<F64xN>; ++i)
     steps[i] = i + 0.5;
-  forEachVector<F64xN>(count, [&](int i, int n) {
+  for (int i = 0; i < inVectors(count); i += kLanes<F64xN>) {
     const F64xN column = steps + (x + i);
     F64xN right = across.at(column), below = down.at(column);
     if (!map.isAffine()) {
@@ -346,15 +313,15 @@ void findPlaces(const WarpMap &map, int y, int x, int count, int *u, int *v) {
       right *= inverse;
       below *= inverse;
     }
-    store(u + i, place(right), n);
-    store(v + i, place(below), n);
-  });
+    store(u + i, place(right));
+    store(v + i, place(below));
+  }
 }
 
-void probe(const WarpSource &source, const Footprint &footprint, const Taps *taps, const int *u, const int *v,
-           int count, _color_t *out) {
-  const auto take = source.opaque ? probePixels<true> : probePixels<false>;
-  take(source, footprint, taps, u, v, count, out);
+void probe(const WarpSource &source, const Footprint &footprint, WarpFilter filter, bool inRow, const int *u,
+           const int *v, int count, _color_t *out) {
+  const auto take = source.opaque ? takeProbes<true> : takeProbes<false>;
+  take(source, footprint, filter, inRow, u, v, count, out);
 }
 
 void copyOpaque(const _color_t *pixels, int count, _color_t *out) {
