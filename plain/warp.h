@@ -119,6 +119,19 @@ struct Warp {
     w[phase < 128 ? 0 : 1] += 16384 - w[-1] - w[0] - w[1] - w[2];
   }
 
+  /// In 128ths; none is 128 but on a pixel itself.
+  void weighCoarsely(int radius, int phase, int *w) const {
+    weigh(radius, phase, w);
+    for (int i = -1; i <= 2; ++i)
+      w[i] = (w[i] + 64) >> 7;
+    const int nearest = phase < 128 ? 0 : 1;
+    w[nearest] += 128 - w[-1] - w[0] - w[1] - w[2];
+    if (w[nearest] == 128 && phase != 0) {
+      w[nearest] = 127;
+      w[1 - nearest] += 1;
+    }
+  }
+
   static int modulo(int i, int n) { return (i % n + n) % n; }
   [[nodiscard]] int index(int i, int size) const {
     if (beyond == extend)
@@ -146,22 +159,22 @@ struct Warp {
       return {{p.b, p.g, p.r, p.a}};
     return {{(p.b * p.a + 2) >> 2, (p.g * p.a + 2) >> 2, (p.r * p.a + 2) >> 2, (255 * p.a + 2) >> 2}};
   }
+  /// 64 = 1; of premultiplied values, quarters of them.
   [[nodiscard]] Values probe(int u, int v, int radiusX, int radiusY) const {
     int across[4], down[4];
     weigh(radiusX, u & 255, across + 1);
-    weigh(radiusY, v & 255, down + 1);
-    Values h{{8192, 8192, 8192, 8192}};
+    opaque ? weighCoarsely(radiusY, v & 255, down + 1) : weigh(radiusY, v & 255, down + 1);
+    Values h{};
     for (int i = 0; i < 4; ++i) {
-      const int half = opaque ? 128 : 8192;
-      Values c{{half, half, half, half}};
+      Values c{};
       for (int j = 0; j < 4; ++j)
         add(c, valuesAt((u >> 8) + i - 1, (v >> 8) + j - 1), down[j]);
       for (int &value : c.c)
-        value >>= opaque ? 8 : 14;
+        value = opaque ? std::min(value, 32767) : (value + 8192) >> 14;
       add(h, c, across[i]);
     }
     for (int &value : h.c)
-      value >>= 14;
+      value = opaque ? (value + 16384) >> 15 : (value + 8192) >> 14;
     return h;
   }
 
