@@ -47,7 +47,7 @@ int PicResample(t_ZoHostInfo *, const _color_t *src, int srcStep, int srcWidth, 
                 int dstStep, int dstWidth, int dstHeight, int mode) {
   if (enter(Service::PicResample, srcStep, srcWidth, srcHeight, dstStep, dstWidth, dstHeight, mode))
     return 0;
-  resampleLinear({src, srcStep, srcWidth, srcHeight}, dst, dstStep, dstWidth, dstHeight);
+  resample({src, srcStep, srcWidth, srcHeight}, dst, dstStep, dstWidth, dstHeight);
   return 1;
 }
 

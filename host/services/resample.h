@@ -10,8 +10,8 @@ struct PixelRows {
   int step, width, height;
 };
 
-/// Scales with linear interpolation between the pixels' centres; the outermost pixels extend outwards.
-/// Does nothing where a side is empty.
-void resampleLinear(const PixelRows &src, _color_t *dst, int dstStep, int dstWidth, int dstHeight);
+/// Scales smoothly, without aliasing where it shrinks; the outermost pixels extend outwards. Colours are
+/// weighed by their alpha, and where that is 0 the pixel is 0. Does nothing where a side is empty.
+void resample(const PixelRows &src, _color_t *dst, int dstStep, int dstWidth, int dstHeight);
 
 } // namespace zol::host

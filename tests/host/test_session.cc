@@ -2,6 +2,7 @@
 
 #include "host/services/session.h"
 
+#include <array>
 #include <gtest/gtest.h>
 #include <memory>
 #include <thread>
@@ -45,6 +46,33 @@ TEST(Session, CountsPicturesAndReportsWrongFrees) {
   EXPECT_EQ(s.PicCreate(-1, 4), nullptr);
   EXPECT_EQ(s.PicCreate(32768, 1), nullptr);
   EXPECT_NE(s.PicCreate(0, 4), nullptr);
+}
+
+TEST(Session, ScalesPicturesWithoutAliasingAndWithoutWhatTheyHide) {
+  Session session("Halvenor");
+  const auto scaled = [&](const std::vector<_color_t> &from, int step, int width, int height, int dstWidth,
+                          int dstHeight) {
+    std::vector<_color_t> to(static_cast<size_t>(dstWidth) * static_cast<size_t>(dstHeight));
+    EXPECT_EQ(session.info()->Services->PicResample(session.info(), from.data(), step, width, height,
+                                                    to.data(), dstWidth, dstWidth, dstHeight, 2),
+              1);
+    return to;
+  };
+  std::vector<_color_t> board(64 * 48);
+  for (size_t i = 0; i < board.size(); ++i)
+    board[i] = (i + i / 64) % 2 == 0 ? _color_t{0, 200, 100, 255} : _color_t{200, 0, 100, 255};
+  for (const _color_t &p : scaled(board, 64, 61, 48, 10, 9)) {
+    EXPECT_NEAR(p.g, 100, 6);
+    EXPECT_EQ(p.r, 100);
+  }
+  for (size_t i = 0; i < board.size(); i += 2)
+    board[i] = {0, 0, 255, 0};
+  for (const _color_t &p : scaled(board, 64, 64, 48, 150, 20))
+    EXPECT_TRUE(p.a == 0 || p.r < 105);
+  const std::vector<_color_t> steps = {{0, 0, 0, 255}, {9, 9, 9, 0}, {64, 64, 64, 255}};
+  const auto risen = scaled(steps, 2, 1, 2, 1, 4); // beside the pixels that are skipped
+  for (size_t i = 0; i < 4; ++i)
+    EXPECT_EQ(risen[i].b, (std::array{0, 16, 48, 64}[i]));
 }
 
 TEST(Session, FailsTheChosenCallAndAbortsFromTheChosenPoll) {
