@@ -217,6 +217,13 @@ public:
   [[nodiscard]] constexpr auto begin() const { return rows_.begin(); }
   [[nodiscard]] constexpr auto end() const { return rows_.end(); }
 
+  /// For a variant that lacks the last field.
+  [[nodiscard]] consteval FieldTable withoutLast() const {
+    FieldTable rest = *this;
+    rest.rows_ = rows_.first(rows_.size() - 1);
+    return rest;
+  }
+
 private:
   static void rowIsOutOfPlace(); // never defined
 

@@ -47,8 +47,11 @@ WarpMap::WarpMap(const Projection &toSource, int width, int height) {
 
 bool WarpMap::isShift() const {
   const auto &[a, b, g] = toSource_.rows;
-  const auto isWhole = [](double v) { return v == std::floor(v); };
-  return affine_ && a[0] == 1 && a[1] == 0 && b[0] == 0 && b[1] == 1 && isWhole(a[2]) && isWhole(b[2]);
+  const auto isNear = [](double v, double whole, double slack) { return std::abs(v - whole) <= slack; };
+  constexpr double kSlope = 0x1p-28, kPlace = 0x1p-12; // together less than half of what places are told by
+  return affine_ && isNear(a[0], 1, kSlope) && isNear(a[1], 0, kSlope) && isNear(b[0], 0, kSlope) &&
+         isNear(b[1], 1, kSlope) && isNear(a[2], std::round(a[2]), kPlace) &&
+         isNear(b[2], std::round(b[2]), kPlace);
 }
 
 Footprint WarpMap::footprintAt(double column, int y) const {

@@ -21,6 +21,8 @@ struct WarpEdge {
 
 class WarpMap {
 public:
+  /// Draws nothing.
+  WarpMap() = default;
   /// From places in the output to places in a source of that size, both measured at pixels' edges. Whatever
   /// maps the plane to less than a plane draws nothing.
   WarpMap(const Projection &toSource, int width, int height);
@@ -32,7 +34,7 @@ public:
   [[nodiscard]] bool isUpright() const {
     return affine_ && toSource_.rows[0][1] == 0 && toSource_.rows[1][0] == 0;
   }
-  /// Whether it moves the source by whole pixels and does nothing else.
+  /// Whether it moves the source by whole pixels and does nothing else, but for what no pixel shows.
   [[nodiscard]] bool isShift() const;
 
   /// What leads to the source; the third row is positive at the source's centre, and (0, 0, 1) where affine.

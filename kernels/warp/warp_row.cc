@@ -3,6 +3,7 @@
 #include "kernels/warp/warp_rows.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace zol {
 namespace {
@@ -69,7 +70,8 @@ void warpRow(const WarpSource &source, const WarpMap &map, int y, int x0, int x1
     return;
   if (map.isShift()) {
     const auto &[a, b, g] = map.toSource().rows;
-    const int left = visible.begin + static_cast<int>(a[2]), top = y + static_cast<int>(b[2]);
+    const int left = visible.begin + static_cast<int>(std::lround(a[2])),
+              top = y + static_cast<int>(std::lround(b[2]));
     const _color_t *from = source.pixels + ptrdiff_t{top} * source.step + left;
     const auto copy = source.opaque ? ZOL_SELECT(copyOpaque) : ZOL_SELECT(copyVisible);
     copy(from, visible.end - visible.begin, row + visible.begin);

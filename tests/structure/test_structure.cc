@@ -55,7 +55,9 @@ const Room kRooms[] = {
     {"kernels/", {"kernels/", "frame/zol.h", "frame/export.h", "frame/convert.h", "frame/picture.h"}},
     {"effects/", {"effects/", "kernels/", "frame/"}},
     {"Runtimes/", {"Runtimes/", "kernels/", "frame/"}},
-    {"host/", {"host/", "frame/zol.h", "Runtimes/slomo_sdk/SlowMotion.h", "Runtimes/slomo_sdk/mySM.h"}},
+    {"host/",
+     {"host/", "kernels/warp/", "frame/zol.h", "Runtimes/slomo_sdk/SlowMotion.h",
+      "Runtimes/slomo_sdk/mySM.h"}},
     {"apps/", {"apps/", "host/", "frame/zol.h", "Runtimes/slomo_sdk/SlowMotion.h"}},
     {"plain/", // Bluescreen's form begins where the exported blur and erosion end
      {"plain/", "frame/zol.h", "frame/convert.h", "kernels/exports/alpha_shrink.h",
