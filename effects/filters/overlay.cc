@@ -2,6 +2,7 @@
 // Opacity 0 it is a copy of the background.
 
 #include "effects/filters/overlay.xpm"
+#include "effects/lay_modes.h"
 #include "frame/canvas.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
@@ -12,20 +13,11 @@
 #include "kernels/compositing/lay_pixels.h"
 #include "kernels/sampling/moved_picture.h"
 
-#include <algorithm>
-
 namespace {
 
 namespace field = zol::field;
 
 enum Field { kBackground, kInput, kX, kY, kOpacity, kMode, kInside };
-
-// In the order of LayMode.
-constexpr const char *kModes[] = {
-    "Normal",     "Multiply",   "Screen",     "Overlay",   "Darken", "Lighten",  "Color dodge", "Color burn",
-    "Hard light", "Soft light", "Difference", "Exclusion", "Add",    "Subtract", "Color",       "Luminosity",
-};
-static_assert(std::size(kModes) == zol::kLayModes);
 
 constexpr zol::Field kFields[] = {
     field::input(kBackground, "Background")
@@ -39,7 +31,7 @@ constexpr zol::Field kFields[] = {
         .help("Moves the overlay down, in heights of the frame: 0.5 is half a frame, 0 leaves it in place."),
     field::alpha(kOpacity, "Opacity", 1)
         .help("How opaque the overlay is: 0 shows the background alone, 1 the overlay as it is."),
-    field::selector(kMode, "Mode", kModes)
+    field::selector(kMode, "Mode", zol::kLayModeItems)
         .flags("0x0")
         .help("What the colors of both images make together. Normal shows the overlay's own."),
     field::toggle(kInside, "Inside", false)
@@ -77,8 +69,7 @@ Settings readSettings(t_ZoHostInfo *host) {
   settings.right = zol::inSixteenths(share(kX) * host->Width);
   settings.down = zol::inSixteenths(share(kY) * host->Height);
   settings.laying.opacity = zol::in4096ths(zol::paramShare(host, kOpacity));
-  settings.laying.mode =
-      static_cast<zol::LayMode>(std::clamp(zol::paramInt(host, kMode), 0, zol::kLayModes - 1));
+  settings.laying.mode = zol::paramLayMode(host, kMode);
   settings.laying.inside = zol::paramInt(host, kInside) != 0;
   return settings;
 }
