@@ -1,8 +1,12 @@
 // Generated pictures of 1920 x 1080.
 
 #include "kernels/color/gradient_rows.h"
+#include "kernels/noise/octaves.h"
+#include "kernels/patterns/zone_rows.h"
+#include "plain/clouds.h"
 #include "plain/color_ramp.h"
 #include "plain/gradient.h"
+#include "plain/zone.h"
 
 #include <benchmark/benchmark.h>
 
@@ -65,6 +69,56 @@ void gradient(benchmark::State &state, Kind kind, zol::SimdLevel cap) {
   zol::capSimdLevel(zol::kWidestLevel);
 }
 
+// ---- Clouds ----
+
+void plainClouds(benchmark::State &state, int octaves) {
+  const zol::plain::CloudSettings clouds{.octaves = octaves, .cellWidth = 480, .cellHeight = 480};
+  const zol::plain::RampEntry sky{{165 * 256, 110 * 256, 58 * 256, 65280}};
+  for (auto _ : state)
+    for (int y = 0; y < kHeight; ++y)
+      for (int x = 0; x < kWidth; ++x) {
+        const int place = zol::plain::cloudPlace(clouds, kWidth, kHeight, x, y, 0, 6676);
+        rowOf(y)[x] = zol::plain::rampPixel(sky, zol::plain::rampTerm(true, x, y));
+        rowOf(y)[x].g = static_cast<uint8_t>(place >> 4);
+      }
+}
+
+void clouds(benchmark::State &state, int octaves, zol::SimdLevel cap) {
+  const zol::ColorStop stops[] = {{0, kBlue}, {65536, kSand}};
+  const zol::OctaveSettings settings{.octaves = octaves, .cellWidth = 480, .cellHeight = 480};
+  std::vector<int32_t> places(kWidth);
+  zol::capSimdLevel(cap);
+  for (auto _ : state) {
+    const zol::ColorRamp ramp(stops);
+    zol::NoiseOctaves noise(settings, kWidth, kHeight);
+    for (int y = 0; y < kHeight; ++y) {
+      noise.row(y, 0, 6676, places.data());
+      ZOL_SELECT(rampRow)
+      (ramp.colors, places.data(), zol::RampRounding::dithered(0, y), rowOf(y), kWidth);
+    }
+  }
+  zol::capSimdLevel(zol::kWidestLevel);
+}
+
+// ---- Zone plates ----
+
+constexpr zol::ZonePhases kPhases{12345, 0x80000000, (uint32_t{1} << 31) / kWidth * 2};
+
+void plainZone(benchmark::State &state) {
+  for (auto _ : state)
+    for (int y = 0; y < kHeight; ++y)
+      for (int x = 0; x < kWidth; ++x)
+        rowOf(y)[x] = zol::plain::zonePixel(kPhases, x);
+}
+
+void zone(benchmark::State &state, zol::SimdLevel cap) {
+  zol::capSimdLevel(cap);
+  for (auto _ : state)
+    for (int y = 0; y < kHeight; ++y)
+      ZOL_SELECT(zoneRow)(kPhases, rowOf(y), kWidth);
+  zol::capSimdLevel(zol::kWidestLevel);
+}
+
 #define ZOL_BENCH(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)->UseRealTime()
 ZOL_BENCH(plainGradient, linear, kLinear);
 ZOL_BENCH(gradient, linear_sse2, kLinear, zol::SimdLevel::sse2);
@@ -75,6 +129,15 @@ ZOL_BENCH(gradient, radial_avx2, kRadial, zol::SimdLevel::avx2);
 ZOL_BENCH(plainGradient, conical, kConical);
 ZOL_BENCH(gradient, conical_sse2, kConical, zol::SimdLevel::sse2);
 ZOL_BENCH(gradient, conical_avx2, kConical, zol::SimdLevel::avx2);
+ZOL_BENCH(plainClouds, octaves_6, 6);
+ZOL_BENCH(clouds, octaves_6_sse2, 6, zol::SimdLevel::sse2);
+ZOL_BENCH(clouds, octaves_6_avx2, 6, zol::SimdLevel::avx2);
+ZOL_BENCH(plainClouds, octaves_8, 8);
+ZOL_BENCH(clouds, octaves_8_sse2, 8, zol::SimdLevel::sse2);
+ZOL_BENCH(clouds, octaves_8_avx2, 8, zol::SimdLevel::avx2);
+BENCHMARK(plainZone)->Unit(benchmark::kMillisecond)->UseRealTime();
+ZOL_BENCH(zone, sse2, zol::SimdLevel::sse2);
+ZOL_BENCH(zone, avx2, zol::SimdLevel::avx2);
 
 } // namespace
 

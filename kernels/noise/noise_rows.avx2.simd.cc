@@ -23,33 +23,46 @@ struct Edge {
   I16xN leftSlope, rightSlope, left, right;
 };
 
-I16xN shaped(I16xN noise, NoiseKind kind) {
+template <NoiseKind kind> I16xN shaped(I16xN noise) {
+  if constexpr (kind == NoiseKind::plain)
+    return noise;
   const I16xN twice = max(noise, -noise) << 1;
-  return kind == NoiseKind::plain ? noise : kind == NoiseKind::billows ? twice - 2048 : 2048 - twice;
+  return kind == NoiseKind::billows ? twice - 2048 : 2048 - twice;
+}
+
+template <NoiseKind kind>
+void writeNoise(const NoiseColumns &columns, const NoisePoints &above, const NoisePoints &below, int fade,
+                int16_t *noise) {
+  const auto fadeDown8 = splat<I16xN>(static_cast<int16_t>(8 * fade));
+  for (int cell = 0; cell < columns.cellCount; ++cell) {
+    const Edge upper(above, cell), lower(below, cell);
+    const int end = columns.cells[cell + 1];
+    // What is written beyond a cell's end the next one overwrites.
+    for (int x = columns.cells[cell]; x < end; x += kLanes<I16xN>) {
+      const auto share4 = load<I16xN>(columns.shares + x), fade8 = load<I16xN>(columns.fades + x);
+      const I16xN n = faded(upper.between(share4, fade8), lower.between(share4, fade8), fadeDown8);
+      store(noise + x, shaped<kind>(n));
+    }
+  }
 }
 
 } // namespace
 
 void noiseRow(const NoiseColumns &columns, const NoisePoints &above, const NoisePoints &below, int fade,
               NoiseKind kind, int16_t *noise) {
-  const auto fadeDown8 = splat<I16xN>(static_cast<int16_t>(8 * fade));
-  for (int cell = 0; cell < columns.cellCount; ++cell) {
-    const Edge upper(above, cell), lower(below, cell);
-    // What is written beyond a cell's end the next one overwrites.
-    for (int x = columns.cells[cell]; x < columns.cells[cell + 1]; x += kLanes<I16xN>) {
-      const auto share4 = load<I16xN>(columns.shares + x), fade8 = load<I16xN>(columns.fades + x);
-      const I16xN n = faded(upper.between(share4, fade8), lower.between(share4, fade8), fadeDown8);
-      store(noise + x, shaped(n, kind));
-    }
+  switch (kind) {
+  case NoiseKind::plain: return writeNoise<NoiseKind::plain>(columns, above, below, fade, noise);
+  case NoiseKind::billows: return writeNoise<NoiseKind::billows>(columns, above, below, fade, noise);
+  case NoiseKind::ridges: return writeNoise<NoiseKind::ridges>(columns, above, below, fade, noise);
   }
 }
 
 void blendRows(const int16_t *const *rows, const int16_t *weights, int rowCount, int bias, int gain,
                int32_t *out, int count) {
-  const auto pair = [](int even, int odd) {
-    return alternate(splat<I16xN>(static_cast<int16_t>(even)), splat<I16xN>(static_cast<int16_t>(odd)));
+  const auto both = [](int even, int odd) {
+    return as<I16xN>(splat<U32xN>(static_cast<uint32_t>((even & 0xFFFF) | odd << 16)));
   };
-  const I16xN halves = pair(gain / 2, gain - gain / 2); // each fits
+  const I16xN halves = both(gain / 2, gain - gain / 2); // each fits
   const auto within = [](I16xN v, int16_t least, int16_t most) {
     return max(min(v, splat<I16xN>(most)), splat<I16xN>(least));
   };
@@ -57,9 +70,9 @@ void blendRows(const int16_t *const *rows, const int16_t *weights, int rowCount,
     I32xN low{}, high{};
     for (int i = 0; i < rowCount; i += 2) {
       const auto even = load<I16xN>(rows[i] + x), odd = load<I16xN>(rows[i + 1] + x);
-      const I16xN both = pair(weights[i], weights[i + 1]);
-      low += mulAddPairs(interleaveLow(even, odd), both);
-      high += mulAddPairs(interleaveHigh(even, odd), both);
+      const I16xN pair = both(weights[i], weights[i + 1]);
+      low += mulAddPairs(interleaveLow(even, odd), pair);
+      high += mulAddPairs(interleaveHigh(even, odd), pair);
     }
     const I16xN v = within(packI16(low >> 12, high >> 12), -4096, 4096) + static_cast<int16_t>(bias);
     low = mulAddPairs(interleaveLow(v, v), halves) >> 12;
