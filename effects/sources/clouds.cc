@@ -134,7 +134,7 @@ pic *render(t_ZoHostInfo *host) {
   const zol::OctaveSettings settings = readOctaves(host);
   const double coverage = zol::paramShare(host, kCoverage), contrast = zol::paramShare(host, kContrast);
   const int bias = static_cast<int>((2 * coverage - 1) * 6144);
-  const int gain = zol::in4096ths(1 + 7 * contrast * contrast);
+  const int gain = zol::in4096ths(1 + 7 * (contrast * contrast));
   const bool dithers = zol::paramInt(host, kDither) != 0;
 
   zol::OwnedPic out(host, zol::createAt(host, zol::Area::ofSize(host->Width, host->Height)));

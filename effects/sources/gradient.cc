@@ -188,14 +188,14 @@ public:
     };
     top_ = extent.top;
     centerBelowTop_ = (0.5 + centerY) * extent.height;
-    const double width = extent.width * aspect, height = extent.height;
     const zol::Direction way(degrees);
-    const double line =
-        std::max(length * (std::fabs(way.right) * width + std::fabs(way.down) * height), kLeast);
+    const double across = std::fabs(way.right) * extent.width * aspect,
+                 down = std::fabs(way.down) * extent.height;
+    const double line = std::max(length * (across + down), kLeast);
     first_ = (int64_t{1} << 31) + inFine((way.right * right(area.left) + way.down * downOf(area.top)) / line);
     stepRight_ = inFine(way.right * aspect / line);
     stepDown_ = inFine(way.down / line);
-    scale_ = static_cast<float>(131072 / (length * std::max({width, height, kLeast})));
+    scale_ = static_cast<float>(131072 / (length * std::max({extent.width * aspect, extent.height, kLeast})));
     angle_ = static_cast<int32_t>(std::rint(std::fmod(degrees, 360) / 360 * 65536));
     if (across_)
       for (int i = 0; i < area.width(); ++i)
@@ -276,7 +276,7 @@ pic *render(t_ZoHostInfo *host) {
   Extent extent{0, 0, static_cast<double>(host->Width), static_cast<double>(host->Height)};
   void *geometry = host->Services->ParamGetGeometry(host, kGeometry, 0);
   if (geometry != nullptr) {
-    double box[4];
+    double box[4] = {};
     host->Services->GeoGetBox(host, geometry, box, host->FrameTime);
     area = visibleOf(zol::pixelsOfBox(box), area);
     for (double &side : box)

@@ -8,11 +8,8 @@
 
 namespace zol {
 
-enum class GradientEnds {
-  hold,
-  repeat,
-  mirror
-}; // what is seen before a gradient's beginning and behind its end
+/// What is seen before a gradient's beginning and behind its end.
+enum class GradientEnds { hold, repeat, mirror };
 
 /// How positions become places of the ramp.
 struct GradientTurn {

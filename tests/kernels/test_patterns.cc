@@ -12,6 +12,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstdio>
 #include <numbers>
 #include <string>
 #include <vector>
@@ -19,111 +20,59 @@
 namespace zol {
 namespace {
 
-struct Patch {
-  int end;
-  uint32_t rgb;
-  bool operator==(const Patch &) const = default;
-};
-void PrintTo(const Patch &run, std::ostream *out) {
-  *out << run.end << ' ' << std::hex << run.rgb << std::dec;
-}
-
-/// Pixels that are alike side by side.
-std::vector<Patch> runsOf(Bars bars, int band, const Levels &levels, int width) {
+/// A row's patches, each by where it ends and its red, green and blue.
+std::vector<std::string> patchesOf(Bars bars, int band, const Levels &levels, int width) {
   std::vector<_color_t> row(static_cast<size_t>(width));
   drawBand(bars, band, levels, row.data(), width);
-  std::vector<Patch> runs;
-  for (int x = 0; x < width; ++x) {
-    const auto rgb = std::bit_cast<uint32_t>(row[size_t(x)]);
-    EXPECT_EQ(rgb >> 24, 255U);
-    if (runs.empty() || runs.back().rgb != (rgb & 0xFFFFFF))
-      runs.push_back({0, rgb & 0xFFFFFF});
-    runs.back().end = x + 1;
+  std::vector<std::string> patches;
+  for (size_t x = 0; x < row.size(); ++x) {
+    EXPECT_EQ(row[x].a, 255);
+    if (x + 1 < row.size() && std::bit_cast<uint32_t>(row[x]) == std::bit_cast<uint32_t>(row[x + 1]))
+      continue;
+    char text[32];
+    std::snprintf(text, sizeof text, "%zu %02X%02X%02X", x + 1, row[x].r, row[x].g, row[x].b);
+    patches.emplace_back(text);
   }
-  return runs;
+  return patches;
 }
-
-using Patches = std::vector<Patch>;
 
 // What the standards' tables give at 8 bits: of 75 % 180, of 40 % 104, of 15 % 49, and 12, 20, 25 around
 // black.
 TEST(Bars, AreThoseOfTheStandards) {
-  EXPECT_EQ(runsOf(Bars::smpteHd, 0, kStudioRange, 1920), (Patches{{240, 0x686868},
-                                                                   {446, 0xB4B4B4},
-                                                                   {651, 0xB4B410},
-                                                                   {857, 0x10B4B4},
-                                                                   {1063, 0x10B410},
-                                                                   {1269, 0xB410B4},
-                                                                   {1474, 0xB41010},
-                                                                   {1680, 0x1010B4},
-                                                                   {1920, 0x686868}}));
-  EXPECT_EQ(runsOf(Bars::smpteHd, 1, kStudioRange, 1920),
-            (Patches{{240, 0x10EBEB}, {446, 0xEBEBEB}, {1680, 0xB4B4B4}, {1920, 0x1010EB}}));
-  EXPECT_EQ(runsOf(Bars::smpteHd, 3, kStudioRange, 1920), (Patches{{240, 0x313131},
-                                                                   {549, 0x101010},
-                                                                   {960, 0xEBEBEB},
-                                                                   {1131, 0x101010},
-                                                                   {1200, 0x0C0C0C},
-                                                                   {1269, 0x101010},
-                                                                   {1337, 0x141414},
-                                                                   {1406, 0x101010},
-                                                                   {1474, 0x191919},
-                                                                   {1680, 0x101010},
-                                                                   {1920, 0x313131}}));
-  EXPECT_EQ(runsOf(Bars::smpteHd, 3, kFullRange, 720), (Patches{{90, 0x262626},
-                                                                {206, 0},
-                                                                {360, 0xFFFFFF},
-                                                                {476, 0},
-                                                                {501, 0x050505},
-                                                                {527, 0},
-                                                                {553, 0x0A0A0A},
-                                                                {630, 0},
-                                                                {720, 0x262626}}));
-  EXPECT_EQ(runsOf(Bars::ebu, 0, kStudioRange, 720), (Patches{{90, 0xEBEBEB},
-                                                              {180, 0xB4B410},
-                                                              {270, 0x10B4B4},
-                                                              {360, 0x10B410},
-                                                              {450, 0xB410B4},
-                                                              {540, 0xB41010},
-                                                              {630, 0x1010B4},
-                                                              {720, 0x101010}}));
-  EXPECT_EQ(
-      runsOf(Bars::ebu, 0, kFullRange, 7),
-      (Patches{
-          {1, 0xFFFFFF}, {2, 0xBFBF00}, {3, 0x00BFBF}, {4, 0x00BF00}, {5, 0xBF0000}, {6, 0x0000BF}, {7, 0}}));
-  EXPECT_EQ(runsOf(Bars::full, 0, kFullRange, 8), (Patches{{1, 0xFFFFFF},
-                                                           {2, 0xFFFF00},
-                                                           {3, 0x00FFFF},
-                                                           {4, 0x00FF00},
-                                                           {5, 0xFF00FF},
-                                                           {6, 0xFF0000},
-                                                           {7, 0x0000FF},
-                                                           {8, 0}}));
-  EXPECT_EQ(runsOf(Bars::steps, 0, kFullRange, 11), (Patches{{1, 0},
-                                                             {2, 0x1A1A1A},
-                                                             {3, 0x333333},
-                                                             {4, 0x4D4D4D},
-                                                             {5, 0x666666},
-                                                             {6, 0x808080},
-                                                             {7, 0x999999},
-                                                             {8, 0xB3B3B3},
-                                                             {9, 0xCCCCCC},
-                                                             {10, 0xE6E6E6},
-                                                             {11, 0xFFFFFF}}));
-  EXPECT_EQ(
-      runsOf(Bars::ramp, 0, kFullRange, 7),
-      (Patches{
-          {1, 0}, {2, 0x2B2B2B}, {3, 0x555555}, {4, 0x808080}, {5, 0xAAAAAA}, {6, 0xD5D5D5}, {7, 0xFFFFFF}}));
-  EXPECT_EQ(runsOf(Bars::smpteHd, 0, kFullRange, 1), (Patches{{1, 0x00BF00}}));
+  using Patches = std::vector<std::string>;
+  const auto expect = [](Bars bars, int band, const Levels &levels, int width, const Patches &patches) {
+    EXPECT_EQ(patchesOf(bars, band, levels, width), patches) << width;
+  };
+  expect(Bars::smpteHd, 0, kStudioRange, 1920,
+         {"240 686868", "446 B4B4B4", "651 B4B410", "857 10B4B4", "1063 10B410", "1269 B410B4", "1474 B41010",
+          "1680 1010B4", "1920 686868"});
+  expect(Bars::smpteHd, 1, kStudioRange, 1920, {"240 10EBEB", "446 EBEBEB", "1680 B4B4B4", "1920 1010EB"});
+  expect(Bars::smpteHd, 3, kStudioRange, 1920,
+         {"240 313131", "549 101010", "960 EBEBEB", "1131 101010", "1200 0C0C0C", "1269 101010",
+          "1337 141414", "1406 101010", "1474 191919", "1680 101010", "1920 313131"});
+  expect(Bars::smpteHd, 3, kFullRange, 720,
+         {"90 262626", "206 000000", "360 FFFFFF", "476 000000", "501 050505", "527 000000", "553 0A0A0A",
+          "630 000000", "720 262626"});
+  expect(Bars::smpteHd, 0, kFullRange, 1, {"1 00BF00"});
+  expect(Bars::ebu, 0, kStudioRange, 720,
+         {"90 EBEBEB", "180 B4B410", "270 10B4B4", "360 10B410", "450 B410B4", "540 B41010", "630 1010B4",
+          "720 101010"});
+  expect(Bars::ebu, 0, kFullRange, 7,
+         {"1 FFFFFF", "2 BFBF00", "3 00BFBF", "4 00BF00", "5 BF0000", "6 0000BF", "7 000000"});
+  expect(Bars::full, 0, kFullRange, 8,
+         {"1 FFFFFF", "2 FFFF00", "3 00FFFF", "4 00FF00", "5 FF00FF", "6 FF0000", "7 0000FF", "8 000000"});
+  expect(Bars::steps, 0, kFullRange, 11,
+         {"1 000000", "2 1A1A1A", "3 333333", "4 4D4D4D", "5 666666", "6 808080", "7 999999", "8 B3B3B3",
+          "9 CCCCCC", "10 E6E6E6", "11 FFFFFF"});
+  expect(Bars::ramp, 0, kFullRange, 7,
+         {"1 000000", "2 2B2B2B", "3 555555", "4 808080", "5 AAAAAA", "6 D5D5D5", "7 FFFFFF"});
 
-  const Patches third =
-      runsOf(Bars::smpteHd, 2, kStudioRange, 1920); // with the ramp, of which every step shows
-  ASSERT_EQ(third.size(), 1 + 220 + 1U);
-  EXPECT_EQ(third[0], (Patch{240, 0xEBEB10}));
-  EXPECT_EQ(third[1].rgb, 0x101010U);
-  EXPECT_LT(third[1].end, 446 + 4);
-  EXPECT_EQ(third[220], (Patch{1680, 0xEBEBEB}));
-  EXPECT_EQ(third[221], (Patch{1920, 0xEB1010}));
+  const Patches ramp = patchesOf(Bars::smpteHd, 2, kStudioRange, 1920); // every step of which shows
+  ASSERT_EQ(ramp.size(), 1 + 220 + 1U);
+  EXPECT_EQ(ramp[0], "240 EBEB10");
+  EXPECT_EQ(ramp[1], "449 101010");
+  EXPECT_EQ(ramp[220], "1680 EBEBEB");
+  EXPECT_EQ(ramp[221], "1920 EB1010");
 }
 
 TEST(Bars, MeetAtTheNearestRows) {
