@@ -2,6 +2,7 @@
 // chosen, over that geometry's bounding box.
 
 #include "effects/sources/solid_color.xpm"
+#include "frame/box.h"
 #include "frame/convert.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
@@ -36,29 +37,12 @@ ZOL_TEXT_TABLE kTexts[] = {
 constexpr char kDescription[] = "This effect is one of the most frequently used. It generates image of "
                                 "specified color and alpha. <br><br>This effects has no inputs.";
 
-struct Rectangle {
-  int left, top, width, height;
-};
-
-/// The pixels that a box touches, at least one. An edge that lies exactly on a pixel border adds none.
-Rectangle pixelsOfBox(const double box[4]) {
-  constexpr double kBorder = 0.001;
-  const int left = zol::truncate(box[0]);
-  const int top = zol::truncate(box[1]);
-  const int right = zol::truncate(box[2] - kBorder);
-  const int bottom = zol::truncate(box[3] - kBorder);
-  const auto extent = [](int first, int last) {
-    return static_cast<int>(std::clamp<int64_t>(int64_t{last} - first + 1, 1, INT32_MAX));
-  };
-  return {left, top, extent(left, right), extent(top, bottom)};
-}
-
 pic *render(t_ZoHostInfo *host) {
-  Rectangle area{0, 0, host->Width, host->Height};
+  zol::PixelBox area{0, 0, host->Width, host->Height};
   if (void *geometry = host->Services->ParamGetGeometry(host, kGeometry, 0)) {
     double box[4];
     host->Services->GeoGetBox(host, geometry, box, host->FrameTime);
-    area = pixelsOfBox(box);
+    area = zol::pixelsOfBox(box);
   }
   pic *picture = host->Services->PicCreate(area.width, area.height);
   if (picture == nullptr) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "frame/zol.h"
+#include "kernels/color/dither.h"
 #include "kernels/simd/levels.h"
 
 #include <cstdint>
@@ -18,7 +19,7 @@ struct WidePixel {
 /// What is added to a row of wide values before they are cut to bytes, 0 to 254 of a byte's 255. Values that
 /// are a byte's exactly stay so whatever is added.
 struct Rounding {
-  static constexpr int kPeriod = 8;
+  static constexpr int kPeriod = kDitherPeriod;
 
   static constexpr Rounding nearest() {
     Rounding rounding;
@@ -30,12 +31,8 @@ struct Rounding {
   /// An ordered pattern that stands still in the frame, for the row that begins at its pixel (x, y).
   static constexpr Rounding dithered(int x, int y) {
     Rounding rounding;
-    for (uint16_t &term : rounding.terms) {
-      const int odd = x++ ^ y;
-      const int place =
-          (odd & 1) << 5 | (y & 1) << 4 | (odd & 2) << 2 | (y & 2) << 1 | (odd & 4) >> 1 | (y & 4) >> 2;
-      term = static_cast<uint16_t>((4 * place + 2) * 255 >> 8);
-    }
+    for (uint16_t &term : rounding.terms)
+      term = static_cast<uint16_t>((4 * ditherPlace(x++, y) + 2) * 255 >> 8);
     return rounding;
   }
 
