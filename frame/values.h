@@ -11,15 +11,17 @@ namespace zol {
 /// Where fields without a limit end.
 inline constexpr double kOpenEnd = 16;
 
-/// What is not a number gives 0.
-inline double within(double value, double least, double most) {
-  return std::isnan(value) ? 0 : std::clamp(value, least, most);
+/// What is not a number gives `otherwise`.
+inline double within(double value, double least, double most, double otherwise = 0) {
+  return std::isnan(value) ? otherwise : std::clamp(value, least, most);
 }
 
-inline double paramWithin(t_ZoHostInfo *host, int field, double least, double most) {
-  return within(paramDouble(host, field), least, most);
+inline double paramWithin(t_ZoHostInfo *host, int field, double least, double most, double otherwise = 0) {
+  return within(paramDouble(host, field), least, most, otherwise);
 }
-inline double paramShare(t_ZoHostInfo *host, int field) { return paramWithin(host, field, 0, 1); }
+inline double paramShare(t_ZoHostInfo *host, int field, double otherwise = 0) {
+  return paramWithin(host, field, 0, 1, otherwise);
+}
 inline double paramSigned(t_ZoHostInfo *host, int field) { return paramWithin(host, field, -1, 1); }
 
 /// In degrees; what is not finite gives 0.

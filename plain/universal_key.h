@@ -38,6 +38,8 @@ struct UniversalKey {
   int spill = 0;
 
   [[nodiscard]] uint8_t matte(_color_t p, _color_t plate) const {
+    if (p.a == 0)
+      p = {};
     const int t =
         static_cast<int>(std::clamp<int64_t>((distance(p, plate) - first) * int64_t{4096} / range, 0, 4096));
     const int a = (t * 255 + 2048) >> 12;

@@ -11,7 +11,7 @@ namespace zol {
 enum class KeyMethod { chroma, color, hue, luma, saturation, difference, alpha };
 inline constexpr int kKeyMethods = 7;
 
-/// A key. Every pixel has a distance from it of 0 to 4096, as are shares:
+/// A key. Every pixel, black where it has no alpha, has a distance from it of 0 to 4096, as are shares:
 ///
 ///   chroma      4096 less the share of key light in the pixel. It is linear in mixtures: a pixel of one part
 ///               key colour and three parts grey has a quarter.
@@ -19,7 +19,7 @@ inline constexpr int kKeyMethods = 7;
 ///   hue         the distance on the wheel of hues; pixels with little colour are far.
 ///   luma        the distance of lumas.
 ///   saturation  the distance of what the greatest channel exceeds the least by.
-///   difference  the greatest distance of a channel from the plate, which is black where it is transparent.
+///   difference  the greatest distance of a channel from the plate.
 ///   alpha       the pixel's alpha.
 ///
 /// By chroma of a key with hardly any colour it is a key by color.

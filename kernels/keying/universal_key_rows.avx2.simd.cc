@@ -85,6 +85,13 @@ I16xN hueDistance(const RgbLanes &c, int keyStep) {
   return kFar - as<I16xN>(mulHigh(as<U16xN>(near) << 3, as<U16xN>(min(hues.chroma, lanes(64))) << 7));
 }
 
+/// Pixels without alpha are black.
+PixelPair loadShown(const _color_t *from, int count) {
+  const auto shown = [](U32xN p) { return p >= 0x01000000 ? p : U32xN{}; };
+  const PixelPair pixels = loadInTurn(from, count);
+  return {shown(pixels.first), shown(pixels.second)};
+}
+
 /// The distance of the pixels of a vector from the key.
 template <KeyMethod method> class Measure {
 public:
@@ -108,8 +115,7 @@ public:
     else if constexpr (method == KeyMethod::saturation)
       return ofByte(distance(greatest(c) - least(c), greatest(color_) - least(color_)));
     else if constexpr (method == KeyMethod::difference) {
-      const auto shown = [](U32xN p) { return p >= 0x01000000 ? p : U32xN{}; };
-      const RgbLanes p = channelsOf(shown(plate.first), shown(plate.second));
+      const RgbLanes p = channelsOf(plate);
       return ofByte(greatest({distance(c.red, p.red), distance(c.green, p.green), distance(c.blue, p.blue)}));
     } else
       return ofByte(channelOf(pixels.first, pixels.second, 24));
@@ -135,8 +141,8 @@ void matteRow(const UniversalKey &key, const _color_t *pixels, const _color_t *p
   const Measure<method> measure(key);
   const uint16_t inverts = key.inverts ? 255 : 0;
   forEachVector<U16xN>(count, [&](int i, int n) {
-    const PixelPair under = method == KeyMethod::difference ? loadInTurn(plate + i, n) : PixelPair{};
-    store(matte + i, convert<Bytes>(rampOf(measure(loadInTurn(pixels + i, n), under), key) ^ inverts), n);
+    const PixelPair under = method == KeyMethod::difference ? loadShown(plate + i, n) : PixelPair{};
+    store(matte + i, convert<Bytes>(rampOf(measure(loadShown(pixels + i, n), under), key) ^ inverts), n);
   });
 }
 
