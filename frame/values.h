@@ -1,6 +1,7 @@
 // The border: parameters at the context's time within what an effect can work with, whatever a host answers.
 #pragma once
 
+#include "frame/direction.h"
 #include "frame/host.h"
 
 #include <algorithm>
@@ -49,19 +50,6 @@ inline double pixelsOf(const t_ZoHostInfo *host, double length) { return length 
 inline int inSixteenths(double pixels) {
   return static_cast<int>(std::floor(16 * std::clamp(pixels, -1e6, 1e6) + 0.5));
 }
-
-/// One pixel's way to a side, down counting positive: degrees from the right, clockwise. Rounded to 2^-30, so
-/// that every machine goes alike.
-struct Direction {
-  explicit Direction(double degrees)
-      : right(rounded(std::cos(degrees * kDegree))), down(rounded(std::sin(degrees * kDegree))) {}
-
-  double right, down;
-
-private:
-  static constexpr double kDegree = 3.14159265358979323846 / 180;
-  static double rounded(double value) { return std::round(value * 0x1p30) / 0x1p30; }
-};
 
 /// In integers, 4096 = 1.0.
 inline int in4096ths(double value) { return static_cast<int>(value * 4096); }
