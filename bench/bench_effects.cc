@@ -121,7 +121,8 @@ void run(int argc, char **argv) {
   timeline.height = kHeight;
   host::Instance instance(effect, "Halvenor", timeline, &clip);
   instance.openDialog();
-  instance.assignInputs(std::vector<host::Clip *>(instance.inputFields().size(), &clip));
+  const std::vector<int> fields = instance.inputFields();
+  instance.assignInputs(std::vector<host::Clip *>(fields.size(), &clip), fields);
   for (int i = 3; i < argc; ++i) {
     const std::string word = argv[i];
     instance.set(word.substr(0, word.find('=')), word.substr(word.find('=') + 1));

@@ -146,8 +146,8 @@ void showMarkdown(const HostOptions &options, const std::string &wanted) {
     for (const std::string &item : instance.datasetItems(static_cast<int>(i)))
       items.push_back("set as " + cell(item));
     std::string help = cell(field.help);
-    if (!field.label.empty() && field.label != field.name)
-      help = "shown as \"" + cell(field.label) + "\"" + (help.empty() ? "" : ". ") + help;
+    if (const std::string label = host::withoutMnemonic(field.label); !label.empty() && label != field.name)
+      help = "shown as \"" + cell(label) + "\"" + (help.empty() ? "" : ". ") + help;
     std::printf("| %s | %s | %s%s%s | %s | %s |\n", cell(field.name).c_str(), field.kind.c_str(),
                 takes(field).c_str(), items.empty() ? "" : " ", listOf(items).c_str(),
                 cell(instance.valueText(static_cast<int>(i))).c_str(), help.c_str());
@@ -197,8 +197,8 @@ void show(const HostOptions &options, const std::string &wanted, bool json) {
       std::printf(" (default %s)", value.c_str());
     for (const std::string &item : instance.datasetItems(static_cast<int>(i)))
       std::printf("\n    set as \"%s\"", item.c_str());
-    if (!field.label.empty() && field.label != field.name)
-      std::printf("\n    shown as \"%s\"", field.label.c_str());
+    if (const std::string label = host::withoutMnemonic(field.label); !label.empty() && label != field.name)
+      std::printf("\n    shown as \"%s\"", label.c_str());
     if (!field.help.empty())
       std::printf("\n    %s", plainText(field.help).c_str());
     for (const std::string_view remark : host::remarksOn(effect, field.name))

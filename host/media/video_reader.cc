@@ -124,15 +124,18 @@ std::string VideoReader::scaling() const {
     return scale(pipe);
   const auto [source, target] = place(own, pipe, options_.fit);
   PictureLayout part = own, placed = pipe;
-  const bool exact = own.format.family == ColorFamily::Yuv && !own.interlaced && hasZscale(options_.programs);
-  std::string filters = exact ? scale(own) + ',' : "";
-  if (source.width < own.width || source.height < own.height) {
-    filters += "crop=" + pair(source.width, source.height) + ':' + pair(source.x, source.y) + ":exact=1,";
-    part.width = static_cast<int>(std::lround(source.width));
-    part.height = static_cast<int>(std::lround(source.height));
-  }
+  const bool cut = source.width < own.width || source.height < own.height;
+  part.width = static_cast<int>(std::lround(source.width));
+  part.height = static_cast<int>(std::lround(source.height));
   placed.width = static_cast<int>(target.width);
   placed.height = static_cast<int>(target.height);
+  const bool wholeChroma = part.format.roundedWidth(part.width) == part.width &&
+                           part.format.roundedHeight(part.height) == part.height;
+  const bool exact =
+      own.format.family == ColorFamily::Yuv && !own.interlaced && wholeChroma && hasZscale(options_.programs);
+  std::string filters = exact ? scale(own) + ',' : "";
+  if (cut)
+    filters += "crop=" + pair(source.width, source.height) + ':' + pair(source.x, source.y) + ":exact=1,";
   filters += exact ? zscaleFilters(part, placed) : scale(placed);
   if (target.width < pipe.width || target.height < pipe.height)
     filters += ",pad=" + pair(pipe.width, pipe.height) + ':' + pair(target.x, target.y) + ":black@" +

@@ -73,4 +73,14 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
   return parts;
 }
 
+std::string withoutMnemonic(std::string_view label) {
+  std::string shown;
+  for (size_t i = 0; i < label.size(); ++i) {
+    if (label[i] == '&' && i + 1 < label.size())
+      ++i;
+    shown += label[i];
+  }
+  return shown;
+}
+
 } // namespace zol::host

@@ -24,4 +24,7 @@ std::string printable(std::string_view text);
 std::string_view trimmed(std::string_view text);
 std::vector<std::string_view> split(std::string_view text, char separator);
 
+/// A label as it is shown: the '&' before the letter that chooses a field is left out, of two one stays.
+std::string withoutMnemonic(std::string_view label);
+
 } // namespace zol::host

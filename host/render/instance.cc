@@ -38,7 +38,9 @@ int Instance::fieldNamed(std::string_view name) const {
   if (const int named = place([&](const Field &field) { return sameWithoutCase(field.name, name); });
       named >= 0)
     return named;
-  return place([&](const Field &field) { return sameWithoutCase(field.label, name); });
+  return place([&](const Field &field) {
+    return sameWithoutCase(field.label, name) || sameWithoutCase(withoutMnemonic(field.label), name);
+  });
 }
 
 void Instance::set(std::string_view name, std::string_view value) {

@@ -31,8 +31,8 @@ void repeatEnds(WidePixel *row, int width) {
 
 GlowProfile::GlowProfile(double radius, double falloff) {
   // A level's light lies as far out as that of a soft disc of its own pixels.
-  const double widest = std::log2(0.577 * radius);
-  const int steps = static_cast<int>(std::clamp(widest, 0.0, kMostLevels - 2.0) * 4096);
+  const double widest = std::log2(std::clamp(0.577 * radius, 1.0, 0x1p30));
+  const int steps = static_cast<int>(widest * 4096);
   const int whole = steps >> 12;
   const double rest = (steps & 4095) / 4096.0;
   double weights[kMostLevels] = {};

@@ -13,7 +13,8 @@ class GlowProfile {
 public:
   static constexpr int kMostLevels = 32;
 
-  /// `radius` in pixels; falloff 0 to 1: the greater, the less of the light stays near its source.
+  /// `radius` in pixels, 0 for less; falloff 0 to 1: the greater, the less of the light stays near its
+  /// source.
   GlowProfile(double radius, double falloff);
 
   /// The widest level, and each one's part (4096 = 1.0) in its mixture with the wider ones.

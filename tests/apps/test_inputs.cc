@@ -247,6 +247,22 @@ TEST_F(Inputs, AreFilesBeforeTheyArePatterns) {
   fails("render copy -i q%03d.png -o no.mkv", "No such file");
 }
 
+TEST_F(Inputs, AreReadOnceByEffectsThatLookBack) {
+  make("clip.mkv", "-f lavfi -i testsrc2=s=32x24:r=25:d=1 -c:v ffv1");
+  save("ffmpeg",
+       "#!/bin/sh\ncase $* in *' -i '*) echo >> started ;; esac\nPATH=${PATH#*:} exec ffmpeg \"$@\"\n");
+  shell("chmod +x ffmpeg");
+  for (const char *between : {"As they are", "Motion vectors"}) {
+    shell("rm -f started");
+    const Outcome outcome =
+        shell("PATH=$PWD:$PATH " ZOL_BUILD_DIR "/zol render 'motion blur' -i clip.mkv -o - --set Shutter=4 "
+              "--set Phase=-1 --set Samples=16 --set 'Between=" +
+              std::string(between) + "'");
+    EXPECT_EQ(outcome.out.size(), 25 * kFrame) << between << outcome.err;
+    EXPECT_EQ(contents(path("started")), "\n") << between;
+  }
+}
+
 TEST_F(Inputs, OfOnePictureGiveOne) {
   make("still.png", "-f lavfi -i testsrc2=s=32x24 -frames:v 1");
   EXPECT_EQ(frames("copy -i still.png"), 1U);

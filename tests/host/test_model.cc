@@ -3,6 +3,7 @@
 #include "host/model/colors.h"
 #include "host/model/error.h"
 #include "host/model/rational.h"
+#include "host/model/text.h"
 #include "host/model/times.h"
 #include "host/model/unicode.h"
 #include "host/model/values.h"
@@ -231,6 +232,14 @@ TEST(Values, ReadBackAsTheyAreWritten) {
   EXPECT_THROW(colorsIn(number, "reddish"), HostError);
   EXPECT_THROW(choiceIn(choice, "4"), HostError);
   EXPECT_THROW(choiceIn(toggle, "maybe"), HostError);
+}
+
+TEST(Labels, AreShownWithoutTheirMnemonics) {
+  for (const auto &[label, shown] : {std::pair("Keep &brightness", "Keep brightness"),
+                                     {"&&Co", "&Co"},
+                                     {"R &", "R &"},
+                                     {"plain", "plain"}})
+    EXPECT_EQ(withoutMnemonic(label), shown);
 }
 
 } // namespace
