@@ -190,6 +190,16 @@ template <class Mask, class Vec> inline Vec select(Mask mask, Vec a, Vec b) {
 inline F32xN absolute(F32xN v) { return as<F32xN>(as<U32xN>(v) & 0x7FFFFFFF); }
 inline F64xN absolute(F64xN v) { return as<F64xN>(as<U64xN>(v) & 0x7FFFFFFFFFFFFFFF); }
 
+/// Of what an int32_t holds.
+inline F64xN floor(F64xN v) {
+#if defined(__AVX2__)
+  return ZOL_V(floor_pd)(v);
+#else
+  const auto whole = convert<F64xN>(convert<Vector<int32_t, kLanes<F64xN>>>(v));
+  return whole > v ? whole - 1.0 : whole;
+#endif
+}
+
 inline F32xN squareRoot(F32xN v) { return ZOL_V(sqrt_ps)(v); }
 
 /// v / 255, for every v.

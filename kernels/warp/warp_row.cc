@@ -1,0 +1,93 @@
+#include "kernels/warp/warp_row.h"
+
+#include "kernels/warp/warp_rows.h"
+
+#include <algorithm>
+
+namespace zol {
+namespace {
+
+/// Projective maps have a footprint for so many pixels, from a multiple of it on.
+constexpr int kFootprintPixels = 16;
+static_assert(kMostProbed % kFootprintPixels == 0);
+
+void pickPixels(const WarpSource &source, const int *u, const int *v, int count, _color_t *out) {
+  for (int i = 0; i < count; ++i)
+    out[i] = pixelOf(source, (u[i] + kPhases / 2) >> 8, (v[i] + kPhases / 2) >> 8);
+}
+
+uint8_t faded(uint8_t alpha, int coverage, int opacity) {
+  return static_cast<uint8_t>((alpha * coverage * opacity + (1 << 19)) >> 20);
+}
+
+} // namespace
+
+int heldWithin(int place, int size, WarpBeyond beyond) {
+  if (beyond == WarpBeyond::extend)
+    return std::clamp(place, 0, size - 1);
+  const int period = beyond == WarpBeyond::mirror ? 2 * size : size;
+  const int rest = place % period, within = rest < 0 ? rest + period : rest;
+  return within < size ? within : period - 1 - within;
+}
+
+_color_t pixelOf(const WarpSource &source, int x, int y) {
+  const int column = heldWithin(x, source.width, source.beyond);
+  const int row = heldWithin(y, source.height, source.beyond);
+  _color_t pixel = source.pixels[ptrdiff_t{row} * source.step + column];
+  if (source.opaque)
+    pixel.a = 255;
+  return pixel.a != 0 ? pixel : _color_t{};
+}
+
+void warpPixels(const WarpSource &source, const WarpMap &map, int y, int x0, int x1, WarpFilter filter,
+                _color_t *out) {
+  int u[kMostProbed], v[kMostProbed];
+  const auto find = ZOL_SELECT(findPlaces);
+  const auto take = ZOL_SELECT(probe);
+  const int most = map.isAffine() ? kMostProbed : kFootprintPixels;
+  for (int x = x0; x < x1;) {
+    const int end = std::min(x1, (x & -most) + most), count = end - x;
+    find(map, y, x, count, u, v);
+    if (filter == WarpFilter::pixels) {
+      pickPixels(source, u, v, count, out);
+    } else {
+      const Footprint footprint = map.footprintAt((x & -most) + kFootprintPixels / 2, y);
+      take(source, footprint, tapsOf(filter, footprint.radius), u, v, count, out);
+    }
+    out += count;
+    x = end;
+  }
+}
+
+void warpRow(const WarpSource &source, const WarpMap &map, int y, int x0, int x1, WarpFilter filter,
+             int opacity, _color_t *out) {
+  const Span visible = map.visible(y, x0, x1);
+  _color_t *const row = out - x0; // counted from column 0
+  std::fill(row + x0, row + visible.begin, _color_t{});
+  std::fill(row + visible.end, row + x1, _color_t{});
+  if (visible.begin == visible.end)
+    return;
+  if (map.isShift()) {
+    const auto &[a, b, g] = map.toSource().rows;
+    const int left = visible.begin + static_cast<int>(a[2]), top = y + static_cast<int>(b[2]);
+    const _color_t *from = source.pixels + ptrdiff_t{top} * source.step + left;
+    const auto copy = source.opaque ? ZOL_SELECT(copyOpaque) : ZOL_SELECT(copyVisible);
+    copy(from, visible.end - visible.begin, row + visible.begin);
+  } else {
+    warpPixels(source, map, y, visible.begin, visible.end, filter, row + visible.begin);
+  }
+  const Span whole = map.whole(y, visible);
+  const auto cut = [&](int begin, int end) {
+    for (int x = begin; x < end; ++x) {
+      row[x].a = faded(row[x].a, map.coverage(x, y), opacity);
+      if (row[x].a == 0)
+        row[x] = {};
+    }
+  };
+  cut(visible.begin, whole.begin);
+  if (opacity < 4096)
+    ZOL_SELECT(fade)(row + whole.begin, whole.end - whole.begin, opacity);
+  cut(whole.end, visible.end);
+}
+
+} // namespace zol
