@@ -43,6 +43,9 @@ inline double pixelAspect(const t_ZoHostInfo *host) {
   return std::isfinite(aspect) && aspect > 0 ? aspect : 1;
 }
 
+/// The same within what distances on the screen can be worked out with.
+inline double shownAspect(const t_ZoHostInfo *host) { return std::clamp(pixelAspect(host), 0.001, 1000.0); }
+
 /// The pixels across of a length, which is given in tenths of the frame's width.
 inline double pixelsOf(const t_ZoHostInfo *host, double length) { return length * host->Width / 10; }
 

@@ -57,6 +57,7 @@ private:
   void beginPiece(RampJoin join) { pieces_[pieceCount_++] = {join, lineCount_, 0}; }
   void addLine(const Line &distance, double steepness, double before, double perReach);
   void writeRow(double reach, int y, int left, int width, uint16_t *coverage) const;
+  void addPieces(double reach, int y, int left, int width, uint16_t *coverage) const;
 
   double opening_;
   bool inverts_;
