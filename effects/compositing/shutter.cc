@@ -144,16 +144,20 @@ bool compose(t_ZoHostInfo *host, const zol::Area &canvas, const pic *background,
   const int before = lies.left - canvas.left;
   const auto lay = ZOL_SELECT(layCovered);
   const auto borderRow = ZOL_SELECT(borderRow);
+  const bool hasBorder = settings.look.border > 0;
   return zol::forEachRow(host, canvas.height(), [&](int row) {
     const int y = canvas.top + row;
     _color_t *pixels = out + canvas.index(canvas.left, y);
     zol::writeCanvasRow(canvas, background, y, pixels);
-    mask.innerRow(y, canvas.left, width, inner);
-    if (settings.look.border > 0) {
-      mask.outerRow(y, canvas.left, width, outer);
-      borderRow(inner, outer, between, width);
-      lay(pixels, border.data(), between, width);
+    if (row == 0 || !mask.isUpright()) {
+      mask.innerRow(y, canvas.left, width, inner);
+      if (hasBorder) {
+        mask.outerRow(y, canvas.left, width, outer);
+        borderRow(inner, outer, between, width);
+      }
     }
+    if (hasBorder)
+      lay(pixels, border.data(), between, width);
     if (lies.hasRow(y))
       lay(pixels + before, zol::pixelAt(frame, lies.left, y), inner + before, lies.width());
   });

@@ -49,6 +49,7 @@ void ShutterMask::addStrips(const ShutterLook &look) {
   }
   reachTo(length);
   isCapped_ = !areDoors;
+  isUpright_ = along.down == 0;
   for (int k = 0; k < look.blades; ++k) {
     const auto from = [&](double start) {
       Line distance = place;

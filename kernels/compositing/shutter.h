@@ -40,6 +40,9 @@ public:
     writeRow(inverts_ ? reach_ - border_ : reach_, y, left, width, coverage);
   }
 
+  /// Whether all rows are alike.
+  [[nodiscard]] bool isUpright() const { return isUpright_; }
+
 private:
   /// A linear function of the place, in columns, rows and what the opening reaches.
   struct Line {
@@ -66,6 +69,7 @@ private:
   Piece pieces_[kShutterBlades];
   int lineCount_ = 0, pieceCount_ = 0;
   bool isRound_ = false, isCapped_ = false; ///< capped: nothing is open before the opening begins
+  bool isUpright_ = false;
   double centerX_, centerY_, aspect_;
 };
 
