@@ -2,6 +2,7 @@
 
 #include "bench/scene.h"
 #include "frame/effects.h"
+#include "plain/crop.h"
 #include "plain/lay_pixels.h"
 #include "plain/shutter.h"
 
@@ -64,6 +65,32 @@ void plainShutter(benchmark::State &state, int kind, double softness) {
       }
 }
 
+enum CropField { kCropInput, kLeft, kRight, kTop, kBottom, kInset, kCropSoftness, kRoundness, kOutside = 10 };
+
+/// Cut by a tenth on each side.
+void crop(benchmark::State &state, double softness, double roundness, int outside, SimdLevel cap) {
+  test::PictureClip input(upper().record());
+  Scene scene(ProcessCropDeclare, cap);
+  scene.assign(kCropInput, input);
+  for (const int side : {kLeft, kRight, kTop, kBottom})
+    scene.set(side, 0.1);
+  scene.set(kCropSoftness, softness);
+  scene.set(kRoundness, roundness);
+  *scene.session.parameters.integers.get(kOutside, 0) = outside;
+  scene.run(state);
+}
+
+void plainCrop(benchmark::State &state, double softness, double roundness) {
+  const plain::Crop crop = {kWidth, kHeight, 0.1, 0.1, 0.1, 0.1, 0, roundness, 192 * softness, 1};
+  for (auto _ : state)
+    for (int y = 0; y < kHeight; ++y)
+      for (int x = 0; x < kWidth; ++x) {
+        _color_t pixel = upper().record()->Pixels[y * kWidth + x];
+        pixel.a = static_cast<uint8_t>((pixel.a * crop.coverage(x, y) + 128) >> 8);
+        result().record()->Pixels[y * kWidth + x] = pixel;
+      }
+}
+
 #define ZOL_BENCH(...)                                                                                       \
   BENCHMARK_CAPTURE(__VA_ARGS__)                                                                             \
       ->Unit(benchmark::kMillisecond)                                                                        \
@@ -83,6 +110,12 @@ ZOL_BENCH_LEVELS(shutter, iris, 2, 0, 0);
 ZOL_BENCH_LEVELS(shutter, iris_soft_border, 2, 0.2, 0.05);
 ZOL_BENCH_LEVELS(shutter, radial, 3, 0, 0);
 ZOL_BENCH_LEVELS(shutter, radial_soft_border, 3, 0.2, 0.05);
+ZOL_BENCH(plainCrop, hard, 0, 0);
+ZOL_BENCH(plainCrop, soft_round, 0.2, 0.3);
+ZOL_BENCH_LEVELS(crop, hard, 0, 0, 0);
+ZOL_BENCH_LEVELS(crop, soft_round, 0.2, 0.3, 0);
+ZOL_BENCH_LEVELS(crop, soft_round_color, 0.2, 0.3, 1);
+ZOL_BENCH_LEVELS(crop, blurred, 0, 0, 2);
 
 } // namespace
 

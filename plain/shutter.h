@@ -29,6 +29,21 @@ template <class Ramp> int joinRamps(int join, const Ramp *ramps, int count, floa
   return join == 1 ? std::max(0, a + b - 256) : join == 2 ? std::max(a, b) : std::min(256, a + b);
 }
 
+/// The same of a wedge.
+template <class Wedge> int wedgeCoverage(const Wedge &wedge, int x) {
+  const auto at = [x](const auto &ramp) { return ramp.start + ramp.slope * static_cast<float>(x); };
+  const float d1 = at(wedge.insideFirst), d2 = at(wedge.insideLast), t1 = at(wedge.alongFirst),
+              t2 = at(wedge.alongLast);
+  const bool isIn = wedge.isConvex ? d1 > 0 && d2 > 0 : d1 > 0 || d2 > 0;
+  const auto edge = [isIn](float d, float t, float steepness, float reach) {
+    const float distance = t < 0 ? std::sqrt(d * d + t * t) : std::fabs(d);
+    const float height = 256 * steepness * ((isIn ? distance : -distance) + reach) + 128.5F;
+    return static_cast<int>(std::clamp(height, 0.0F, 256.0F));
+  };
+  const int a = edge(d1, t1, 1, 0), b = edge(d2, t2, wedge.steepness, wedge.reach);
+  return isIn ? std::min(a, b) : std::max(a, b);
+}
+
 struct Shutter {
   int kind, count; ///< blinds, doors, iris, radial
   double angle, centerX, centerY;
@@ -67,6 +82,8 @@ struct Shutter {
     return std::min(sum, 256);
   }
 
+  bool hasEndlessEdges = false; ///< of a single wedge
+
 private:
   static constexpr double kDegree = std::numbers::pi / 180;
 
@@ -89,6 +106,8 @@ private:
   }
   [[nodiscard]] int wedges(double o, bool withBorder, double dx, double dy) const {
     const double narrow = std::min({1.0, 4 * o, 4 * (1 - o)}), b = std::max(1.0, softness * narrow);
+    if (count == 1 && o > 0.25 && o < 0.75 && (b > 1 || border > 0) && !hasEndlessEdges)
+      return between(o, b, withBorder ? 0 : border * narrow, dx, dy);
     int sum = 0;
     for (int k = 0; k < count; ++k) {
       const double step = 360.0 / count, wedge = o * step, first = (angle + k * step) * kDegree;
@@ -103,6 +122,19 @@ private:
                            : std::min(256, a + c);
     }
     return std::min(sum, 256);
+  }
+  [[nodiscard]] int between(double o, double b, double w, double dx, double dy) const {
+    const double turns[] = {angle * kDegree, (angle + o * 360) * kDegree}, r = std::hypot(dx, dy);
+    double inside[2], distance[2];
+    for (int i = 0; i < 2; ++i) {
+      const double along = dx * std::cos(turns[i]) + dy * std::sin(turns[i]);
+      inside[i] = (dy * std::cos(turns[i]) - dx * std::sin(turns[i])) * (i == 0 ? 1 : -1);
+      distance[i] = along < 0 ? r : std::fabs(inside[i]);
+    }
+    const bool isIn = o <= 0.5 ? inside[0] > 0 && inside[1] > 0 : inside[0] > 0 || inside[1] > 0;
+    const int sign = isIn ? 1 : -1;
+    const int a = rampOf(sign * distance[0] + 0.5), c = rampOf((sign * distance[1] - w) / b + 0.5);
+    return isIn ? std::min(a, c) : std::max(a, c);
   }
 };
 

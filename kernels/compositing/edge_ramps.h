@@ -33,6 +33,15 @@ struct RoundRamp {
   float start, scale, perColumn, column, down;
 };
 
+/// What lies between two rays from one point, the second of which is soft. Where a pixel is: inside either
+/// ray's line, and along it from the point on; in pixels.
+struct WedgeRamp {
+  EdgeRamp insideFirst, alongFirst, insideLast, alongLast;
+  bool isConvex; ///< at most half a turn, what is inside both lines; else what is inside either
+  float steepness,
+      reach; ///< of the second ray: a pixel so far inside is covered by steepness (it + reach) + 0.5
+};
+
 // Each adds a shape's coverage to that of a row's pixels, the first of which is in column `left`; no sum
 // exceeds 256.
 void addShape(const RampShape &shape, int left, int width, uint16_t *coverage);
@@ -40,6 +49,7 @@ void addRound(const RoundRamp &round, int left, int width, uint16_t *coverage);
 
 // The same where a coverage changes from pixel to pixel.
 ZOL_LEVELS_TO(avx2, void addRamps(const RampShape &shape, int left, int width, uint16_t *coverage);
-              void addRoundRamp(const RoundRamp &round, int left, int width, uint16_t *coverage);)
+              void addRoundRamp(const RoundRamp &round, int left, int width, uint16_t *coverage);
+              void addWedgeRamp(const WedgeRamp &wedge, int left, int width, uint16_t *coverage);)
 
 } // namespace zol

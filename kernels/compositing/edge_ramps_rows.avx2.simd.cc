@@ -1,17 +1,12 @@
+#include "kernels/compositing/coverage_lanes.h"
 #include "kernels/compositing/edge_ramps.h"
-
-#include "kernels/simd/vectors.h"
 
 namespace zol::ZOL_LEVEL {
 namespace {
 
-using Coverages = Vector<uint16_t, kLanes<F32xN>>;
-
 /// Adds value(columns) of every vector of columns.
 template <class Value> void addEach(int left, int width, uint16_t *coverage, Value value) {
-  F32xN steps;
-  for (int i = 0; i < kLanes<F32xN>; ++i)
-    steps[i] = static_cast<float>(i);
+  const F32xN steps = laneNumbers();
   forEachVector<F32xN>(width, [=](int i, int n) {
     const auto before = convert<I32xN>(load<Coverages>(coverage + i, n));
     const I32xN sum = before + value(static_cast<float>(left + i) + steps);
@@ -20,10 +15,6 @@ template <class Value> void addEach(int left, int width, uint16_t *coverage, Val
 }
 
 F32xN heightOf(const EdgeRamp &ramp, F32xN columns) { return ramp.start + ramp.slope * columns; }
-
-I32xN coverageOf(F32xN height) {
-  return convert<I32xN>(min(max(height, splat<F32xN>(0)), splat<F32xN>(256)));
-}
 
 } // namespace
 
@@ -43,6 +34,27 @@ void addRamps(const RampShape &shape, int left, int width, uint16_t *coverage) {
     return join == RampJoin::both       ? max(a + b - 256, I32xN{})
            : join == RampJoin::greatest ? max(a, b)
                                         : a + b;
+  });
+}
+
+void addWedgeRamp(const WedgeRamp &wedge, int left, int width, uint16_t *coverage) {
+  const auto distance = [](F32xN inside, F32xN along) {
+    const F32xN beside = absolute(inside), around = squareRoot(inside * inside + along * along);
+    return along < 0.0F ? around : beside;
+  };
+  addEach(left, width, coverage, [=](F32xN columns) {
+    const F32xN insideFirst = heightOf(wedge.insideFirst, columns),
+                insideLast = heightOf(wedge.insideLast, columns);
+    const F32xN first = distance(insideFirst, heightOf(wedge.alongFirst, columns));
+    const F32xN last = distance(insideLast, heightOf(wedge.alongLast, columns));
+    const auto in = wedge.isConvex ? min(insideFirst, insideLast) : max(insideFirst, insideLast);
+    const auto isIn = in > 0.0F;
+    const auto heightOfEdge = [=](F32xN v, float steepness, float reach) {
+      const F32xN inside = select(isIn, v, -v);
+      return coverageOf(256.0F * steepness * (inside + reach) + 128.5F);
+    };
+    const I32xN a = heightOfEdge(first, 1, 0), b = heightOfEdge(last, wedge.steepness, wedge.reach);
+    return select(isIn, min(a, b), max(a, b));
   });
 }
 

@@ -1,7 +1,5 @@
 #include "kernels/compositing/shutter.h"
 
-#include "frame/direction.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -96,6 +94,10 @@ void ShutterMask::addWedges(const ShutterLook &look) {
   soft_ = std::max(1.0, look.softness * narrow);
   border_ = look.border * narrow;
   const double step = 360.0 / look.blades, wedge = opening_ * step;
+  // Lines that went on beyond the centre would meet at half a turn, and the edges would change sides.
+  isWedge_ = look.endsEdges && wedge > 90 && wedge < 270 && look.blades == 1 && (soft_ > 1 || border_ > 0);
+  if (isWedge_)
+    rays_[0] = Direction(look.angle), rays_[1] = Direction(look.angle + wedge);
   for (int k = 0; k < look.blades; ++k) {
     const double angle = look.angle + k * step;
     const auto inside = [this](const Direction &ray, int side) {
@@ -128,6 +130,8 @@ void ShutterMask::addPieces(double reach, int y, int left, int width, uint16_t *
                              static_cast<float>(y + 0.5 - centerY_)};
     return addRound(round, left, width, coverage);
   }
+  if (isWedge_)
+    return addWedge(reach, y, left, width, coverage);
   EdgeRamp ramps[kMostSides];
   for (const Piece *piece = pieces_; piece != pieces_ + pieceCount_; ++piece) {
     for (int i = 0; i < piece->count; ++i) {
@@ -138,6 +142,18 @@ void ShutterMask::addPieces(double reach, int y, int left, int width, uint16_t *
     const double most = isCapped_ ? ramp(reach / soft_) : 256;
     addShape({piece->join, ramps, piece->count, static_cast<float>(most)}, left, width, coverage);
   }
+}
+
+void ShutterMask::addWedge(double reach, int y, int left, int width, uint16_t *coverage) const {
+  const double x = (0.5 - centerX_) * aspect_, down = y + 0.5 - centerY_;
+  const auto along = [&](double byX, double byY) {
+    return EdgeRamp{static_cast<float>(byX * x + byY * down), static_cast<float>(byX * aspect_)};
+  };
+  const Direction &first = rays_[0], &last = rays_[1];
+  ZOL_SELECT(addWedgeRamp)
+  ({along(-first.down, first.right), along(first.right, first.down), along(last.down, -last.right),
+    along(last.right, last.down), opening_ <= 0.5, static_cast<float>(1 / soft_), static_cast<float>(reach)},
+   left, width, coverage);
 }
 
 } // namespace zol

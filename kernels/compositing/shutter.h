@@ -1,6 +1,7 @@
 // Shutters: openings in the frame that grow until they are all of it.
 #pragma once
 
+#include "frame/direction.h"
 #include "frame/zol.h"
 #include "kernels/compositing/edge_ramps.h"
 
@@ -20,6 +21,7 @@ struct ShutterLook {
   int width, height;       ///< of the frame
   double aspect;
   double softness, border; ///< of the opening's edge, in heights of a pixel
+  bool endsEdges = true;   ///< whether a single wedge's edges end at the centre, however soft they are
 };
 
 /// How far a shutter is open, pixel by pixel. The frame's pixels are counted by their corners.
@@ -56,6 +58,7 @@ private:
   void addStrips(const ShutterLook &look);
   void addIris(const ShutterLook &look);
   void addWedges(const ShutterLook &look);
+  void addWedge(double reach, int y, int left, int width, uint16_t *coverage) const;
   void reachTo(double length) { reach_ = opening_ * (length + soft_ + border_); }
   void beginPiece(RampJoin join) { pieces_[pieceCount_++] = {join, lineCount_, 0}; }
   void addLine(const Line &distance, double steepness, double before, double perReach);
@@ -69,8 +72,9 @@ private:
   Piece pieces_[kShutterBlades];
   int lineCount_ = 0, pieceCount_ = 0;
   bool isRound_ = false, isCapped_ = false; ///< capped: nothing is open before the opening begins
-  bool isUpright_ = false;
+  bool isUpright_ = false, isWedge_ = false;
   double centerX_, centerY_, aspect_;
+  Direction rays_[2] = {Direction(0), Direction(0)};
 };
 
 // layCovered  lays pixels over others, their alpha times the coverage.

@@ -1,19 +1,9 @@
+#include "kernels/compositing/coverage_lanes.h"
 #include "kernels/compositing/over_lanes.h"
 #include "kernels/compositing/shutter.h"
 #include "kernels/simd/divide.h"
 
 namespace zol::ZOL_LEVEL {
-namespace {
-
-using Coverages = Vector<uint16_t, kLanes<U32xN>>;
-
-/// The alphas times the coverage, rounded to the nearest.
-U32xN covered(U32xN pixels, const uint16_t *coverage, int count) {
-  const auto by = convert<I32xN>(load<Coverages>(coverage, count));
-  return as<U32xN>(mulAddPairs(as<I16xN>(pixels >> 24), as<I16xN>(by)) + 128) >> 8;
-}
-
-} // namespace
 
 void layCovered(_color_t *lower, const _color_t *upper, const uint16_t *coverage, int count) {
   forEachVector<U32xN>(count, [=](int i, int n) {

@@ -20,7 +20,8 @@ ZOL_EXPORT int shutter_radial_alpha(t_ZoHostInfo *host, pic *picture, double cen
                                .height = picture->Height,
                                .aspect = aspect,
                                .softness = zol::within(softness, 0, kFar) * aspect,
-                               .border = 0},
+                               .border = 0,
+                               .endsEdges = false},
                               zol::within(opening, 0, 1));
   const auto cover = ZOL_SELECT(coverAlpha);
   return zol::forEachRow(host, picture->Height,
