@@ -1,6 +1,8 @@
-// The blue screen and the colour keyer over a 1920 x 1080 background: the plain forms, and the library at
-// each level.
+// The blue screen, the colour keyer and the Keyer over a 1920 x 1080 background: the plain forms, and the
+// library at each level.
 
+#include "bench/scene.h"
+#include "frame/effects.h"
 #include "host/services/session.h"
 #include "kernels/exports/bluescreen.h"
 #include "kernels/keying/color_keyer.h"
@@ -8,6 +10,8 @@
 #include "plain/bluescreen.h"
 #include "plain/blur.h"
 #include "plain/color_keyer.h"
+#include "plain/lay_pixels.h"
+#include "plain/universal_key.h"
 #include "tests/support/test_clip.h"
 
 #include <benchmark/benchmark.h>
@@ -98,6 +102,34 @@ void colorKey(benchmark::State &state, SimdLevel cap) {
   }
 }
 
+enum KeyerField { kBackground, kInput, kColorField = 4, kNoiseclean = 9, kFeather = 12 };
+
+constexpr _color_t kBackdrop = {213, 83, 93, 255};
+
+void plainKeyer(benchmark::State &state, double hueRange) {
+  plain::UniversalKey key(0, kBackdrop, hueRange);
+  key.first = 1228;
+  key.range = 2457;
+  key.spill = 4096;
+  for (auto _ : state)
+    for (int i = 0; i < kWidth * kHeight; ++i) {
+      const _color_t p = pictures().key->record()->Pixels[i];
+      pictures().out->record()->Pixels[i] = plain::layPixel(pictures().ground->record()->Pixels[i],
+                                                            key.colored(p, key.matte(p, {})), 0, 4096, false);
+    }
+}
+
+void keyer(benchmark::State &state, double noiseclean, double feather, SimdLevel cap) {
+  test::PictureClip lower(pictures().ground->record()), upper(pictures().key->record());
+  bench::Scene scene(ProcessKeyer2Declare, cap);
+  scene.assign(kBackground, lower);
+  scene.assign(kInput, upper);
+  scene.session.parameters.colors.get(kColorField, 0)->set(0.5, host::colorValue(kBackdrop));
+  scene.set(kNoiseclean, noiseclean);
+  scene.set(kFeather, feather);
+  scene.run(state);
+}
+
 #define ZOL_BENCH(...)                                                                                       \
   BENCHMARK_CAPTURE(__VA_ARGS__)                                                                             \
       ->Unit(benchmark::kMillisecond)                                                                        \
@@ -108,14 +140,21 @@ void colorKey(benchmark::State &state, SimdLevel cap) {
 ZOL_BENCH(plainScreen, matte, 0, 0);
 ZOL_BENCH(plainScreen, noiseclean, 0, 19.2F);
 ZOL_BENCH(plainColorKey, background, plain::ColorKey<int>(kColor, 0.2, 0.4, 0, 1));
+ZOL_BENCH(plainKeyer, chroma, 0.8);
 ZOL_BENCH(screen, matte_sse2, 0, 0, SimdLevel::sse2);
 ZOL_BENCH(screen, shrink_sse2, 4, 0, SimdLevel::sse2);
 ZOL_BENCH(screen, noiseclean_sse2, 0, 19.2F, SimdLevel::sse2);
 ZOL_BENCH(colorKey, background_sse2, SimdLevel::sse2);
+ZOL_BENCH(keyer, chroma_sse2, 0, 0, SimdLevel::sse2);
+ZOL_BENCH(keyer, feather_sse2, 0, 0.02, SimdLevel::sse2);
+ZOL_BENCH(keyer, noiseclean_sse2, 0.02, 0, SimdLevel::sse2);
 ZOL_BENCH(screen, matte_avx2, 0, 0, SimdLevel::avx2);
 ZOL_BENCH(screen, shrink_avx2, 4, 0, SimdLevel::avx2);
 ZOL_BENCH(screen, noiseclean_avx2, 0, 19.2F, SimdLevel::avx2);
 ZOL_BENCH(colorKey, background_avx2, SimdLevel::avx2);
+ZOL_BENCH(keyer, chroma_avx2, 0, 0, SimdLevel::avx2);
+ZOL_BENCH(keyer, feather_avx2, 0, 0.02, SimdLevel::avx2);
+ZOL_BENCH(keyer, noiseclean_avx2, 0.02, 0, SimdLevel::avx2);
 
 } // namespace
 

@@ -93,9 +93,10 @@ public:
   pic *operator->() const { return picture_; }
   [[nodiscard]] pic *get() const { return picture_; }
   [[nodiscard]] pic *release() { return std::exchange(picture_, nullptr); }
-  void reset() {
-    if (picture_ != nullptr)
-      host_->Services->PicFree(std::exchange(picture_, nullptr));
+  /// Frees the picture and holds another, or none.
+  void reset(pic *other = nullptr) {
+    if (pic *const before = std::exchange(picture_, other); before != nullptr)
+      host_->Services->PicFree(before);
   }
 
 private:

@@ -3,21 +3,18 @@
 // alpha grows beyond an object the object's colors go with it.
 
 #include "effects/filters/alpha_ex.xpm"
+#include "effects/matte_plane.h"
 #include "frame/canvas.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/host.h"
 #include "frame/picture.h"
 #include "frame/values.h"
-#include "kernels/blur/soften.h"
-#include "kernels/color/wide.h"
 #include "kernels/matte/extend_colors.h"
 #include "kernels/matte/matte_rows.h"
-#include "kernels/matte/plane_erosion.h"
 #include "kernels/simd/alpha_plane.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 
 namespace {
@@ -143,21 +140,15 @@ Settings readSettings(t_ZoHostInfo *host) {
   return settings;
 }
 
-/// The matte of a frame, or one row of it at a time. Each step asks the host after each row of each of its
-/// passes, and is false when the host wants to stop or, after a message, when memory runs out.
+/// The matte of a frame. Each step asks the host after each row of each of its passes, and is false when the
+/// host wants to stop or, after a message, when memory runs out.
 class Matte {
 public:
   Matte(t_ZoHostInfo *host, const pic &frame, const Settings &settings)
       : host_(host), frame_(frame), settings_(settings),
-        wide_(pixelsOf(settings.looksAround() ? frame.Height : 1)),
-        first_(reinterpret_cast<uint8_t *>(wide_.data())) {
-    if (wide_ && settings.looksAround()) {
-      first_ += pixelsOf(frame.Height);
-      pitch_ = frame.Width;
-    }
-  }
+        plane_(host, frame.Width, frame.Height, settings.looksAround()) {}
 
-  explicit operator bool() const { return static_cast<bool>(wide_); }
+  explicit operator bool() const { return static_cast<bool>(plane_); }
 
   bool apply(pic &out) {
     if (settings_.fills && settings_.givesAlpha() && !settings_.showsMatte && !gatherColors())
@@ -167,91 +158,35 @@ public:
         make(y);
         put(y, out);
       });
-    return zol::forEachRow(host_, frame_.Height, [&](int y) { make(y); }) && shrink() && soften() &&
+    return zol::forEachRow(host_, frame_.Height, [&](int y) { make(y); }) &&
+           plane_.shrink(settings_.shrink) && plane_.soften(settings_.soften) &&
            zol::forEachRow(host_, frame_.Height, [&](int y) { put(y, out); });
   }
 
 private:
-  [[nodiscard]] size_t pixelsOf(int rows) const { return size_t(frame_.Width) * size_t(rows); }
-  [[nodiscard]] uint8_t *row(int y) const { return first_ + y * pitch_; }
-  [[nodiscard]] auto goesOn() const {
-    return [host = host_] { return !zol::aborted(host); };
-  }
-  bool lacksMemory() const {
+  bool gatherColors() {
+    colors_.emplace(frame_.Width, frame_.Height);
+    if (*colors_)
+      return colors_->gather(frame_.Pixels, [this] { return !zol::aborted(host_); });
     zol::showMemoryError(host_);
     return false;
   }
 
-  bool gatherColors() {
-    colors_.emplace(frame_.Width, frame_.Height);
-    return *colors_ ? colors_->gather(frame_.Pixels, goesOn()) : lacksMemory();
-  }
-
   void make(int y) const {
-    takeRow_(frame_.Pixels + ptrdiff_t{y} * frame_.Width, settings_.source, row(y), frame_.Width);
-    lookUpRow_(settings_.levels, row(y), frame_.Width);
-  }
-
-  bool shrink() const {
-    const double radius = std::abs(settings_.shrink);
-    const zol::PlaneErosion erosion(static_cast<float>(radius),
-                                    static_cast<float>(radius * zol::pixelAspect(host_)), frame_.Width,
-                                    frame_.Height);
-    if (erosion.isCopy())
-      return true;
-    if (!erosion)
-      return lacksMemory();
-    if (settings_.shrink < 0)
-      invertAll();
-    const bool done = zol::forEachRow(host_, frame_.Height, [&](int y) {
-      if (y % zol::PlaneErosion::kBandRows == 0)
-        erosion.alongBand(row(0), y);
-    });
-    if (!done)
-      return false;
-    erosion.down(row(0));
-    if (settings_.shrink < 0)
-      invertAll();
-    return true;
-  }
-  void invertAll() const {
-    const auto invert = ZOL_SELECT(invertRow);
-    for (int y = 0; y < frame_.Height; ++y)
-      invert(row(y), frame_.Width);
-  }
-
-  /// Bytes make room for wide values without more memory: at first they stand in the upper half of all, and
-  /// in the end in the lower half of each row.
-  bool soften() {
-    const int width = frame_.Width, height = frame_.Height;
-    const zol::Softening softening(settings_.soften, settings_.soften * zol::pixelAspect(host_), width,
-                                   height);
-    if (softening.isCopy())
-      return true;
-    if (!softening)
-      return lacksMemory();
-    const auto wideRow = [&](int y) { return wide_.data() + ptrdiff_t{y} * width; };
-    const auto widen = ZOL_SELECT(widenRow);
-    const auto narrow = ZOL_SELECT(wideToAlpha);
-    const bool done = zol::forEachRow(host_, height, [&](int y) { widen(row(y), wideRow(y), width); }) &&
-                      softening(wide_.data(), goesOn());
-    if (!done)
-      return false;
-    first_ = reinterpret_cast<uint8_t *>(wide_.data());
-    pitch_ = ptrdiff_t{2} * width;
-    return zol::forEachRow(host_, height,
-                           [&](int y) { narrow(wideRow(y), zol::Rounding::nearest(), row(y), width); });
+    takeRow_(frame_.Pixels + ptrdiff_t{y} * frame_.Width, settings_.source, plane_.row(y), frame_.Width);
+    lookUpRow_(settings_.levels, plane_.row(y), frame_.Width);
   }
 
   void put(int y, pic &out) const {
     const ptrdiff_t at = ptrdiff_t{y} * frame_.Width;
+    uint8_t *const row = plane_.row(y);
     if (settings_.share != 4096)
-      fadeRow_(row(y), settings_.share, frame_.Width);
+      fadeRow_(row, settings_.share, frame_.Width);
     if (settings_.showsMatte) {
-      greyRow_(row(y), out.Pixels + at, frame_.Width);
+      greyRow_(row, out.Pixels + at, frame_.Width);
       return;
     }
-    zol::putAlpha(frame_.Pixels + at, row(y), size_t(frame_.Width), out.Pixels + at);
+    zol::putAlpha(frame_.Pixels + at, row, size_t(frame_.Width), out.Pixels + at);
     if (colors_)
       extendRow_(frame_.Pixels + at, colors_->row(y), out.Pixels + at, frame_.Width);
   }
@@ -259,9 +194,7 @@ private:
   t_ZoHostInfo *host_;
   const pic &frame_;
   const Settings &settings_;
-  zol::Scratch<uint16_t> wide_;
-  uint8_t *first_;      ///< the matte's first row, in the place of wide values
-  ptrdiff_t pitch_ = 0; ///< from row to row, 0 where one holds all in turn
+  zol::MattePlane plane_;
   std::optional<zol::ExtendedColors> colors_;
   const decltype(ZOL_SELECT(matteRow)) takeRow_ = ZOL_SELECT(matteRow);
   const decltype(ZOL_SELECT(lookUpRow)) lookUpRow_ = ZOL_SELECT(lookUpRow);

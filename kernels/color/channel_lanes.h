@@ -26,6 +26,40 @@ inline void storePair(_color_t *to, const PixelPair &pixels, int count) {
     store(to + kHalf, pixels.second, count - kHalf);
 }
 
+// The same with blocks of both vectors in turn, so that lanes of 16 bits that are made of them stand in the
+// pixels' order, as bytes beside them do.
+inline PixelPair loadInTurn(const _color_t *from, int count) {
+  if (kBlocks == 1)
+    return loadPair(from, count);
+  _color_t rest[kLanes<U16xN>];
+  if (count < kLanes<U16xN>) {
+    __builtin_memset(rest, 0, sizeof rest);
+    __builtin_memcpy(rest, from, static_cast<size_t>(count) * sizeof *from);
+    from = rest;
+  }
+  const void *places[2][kBlocks];
+  for (int i = 0; i < kBlocks; ++i) {
+    places[0][i] = from + 8 * i;
+    places[1][i] = from + 8 * i + 4;
+  }
+  return {loadBlocks<U32xN>(places[0]), loadBlocks<U32xN>(places[1])};
+}
+inline void storeInTurn(_color_t *to, const PixelPair &pixels, int count) {
+  if (kBlocks == 1)
+    return storePair(to, pixels, count);
+  _color_t rest[kLanes<U16xN>];
+  _color_t *const all = count < kLanes<U16xN> ? rest : to;
+  void *places[2][kBlocks];
+  for (int i = 0; i < kBlocks; ++i) {
+    places[0][i] = all + 8 * i;
+    places[1][i] = all + 8 * i + 4;
+  }
+  storeBlocks(places[0], pixels.first);
+  storeBlocks(places[1], pixels.second);
+  if (all == rest)
+    __builtin_memcpy(to, rest, static_cast<size_t>(count) * sizeof *to);
+}
+
 /// Red, green and blue of two vectors of pixels.
 struct RgbLanes {
   I16xN red, green, blue;

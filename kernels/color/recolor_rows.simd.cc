@@ -1,11 +1,10 @@
 #include "kernels/color/recolor_rows.h"
 
+#include "kernels/color/hue_lanes.h"
 #include "kernels/color/luma_lanes.h"
 
 namespace zol::ZOL_LEVEL {
 namespace {
-
-I16xN lanes(int value) { return splat<I16xN>(static_cast<int16_t>(value)); }
 
 template <class Change> RgbLanes eachChannel(const RgbLanes &c, Change change) {
   return {change(c.red), change(c.green), change(c.blue)};
@@ -18,29 +17,6 @@ I16xN scaled(I16xN a, I16xN b) { return mulHigh(a << 4, b); }
 RgbLanes towards(const RgbLanes &from, const RgbLanes &to, I16xN weight) {
   return {from.red + scaled(to.red - from.red, weight), from.green + scaled(to.green - from.green, weight),
           from.blue + scaled(to.blue - from.blue, weight)};
-}
-
-/// What both ways of telling a hue start from.
-struct Hues {
-  explicit Hues(const RgbLanes &c)
-      : color(c), low(least(c)), high(greatest(c)), chroma(high - low),
-        beyondLow(as<U16xN>(c.red + c.green + c.blue - high - low - low) * 255),
-        byChroma(as<U16xN>(max(chroma, lanes(1)))) {}
-
-  RgbLanes color;
-  I16xN low, high, chroma;
-  U16xN beyondLow; // the middle channel, 255 times
-  Divisors byChroma;
-};
-
-/// rgbToHue.
-I16xN wheelStep(const Hues &h) {
-  const auto way = as<I16xN>(h.byChroma.divide(h.beyondLow + as<U16xN>(max(h.chroma - 1, lanes(0)))));
-  const RgbLanes &c = h.color;
-  const auto ofRed = c.green >= c.blue ? way : 1530 - way;
-  const auto ofGreen = c.blue >= c.red ? 510 + way : 510 - way;
-  const auto ofBlue = c.red >= c.green ? 1020 + way : 1020 - way;
-  return c.red == h.high ? ofRed : c.green == h.high ? ofGreen : ofBlue;
 }
 
 /// How near a step of the wheel is to a channel's middle: 255 within a sector, 0 from two on.

@@ -89,6 +89,15 @@ void invertRow(uint8_t *matte, int count) {
   forEachVector<U8xN>(count, [=](int i, int n) { store(matte + i, ~load<U8xN>(matte + i, n), n); });
 }
 
+void maskRow(const _color_t *mask, uint8_t *matte, int count) {
+  forEachVector<U16xN>(count, [=](int i, int n) {
+    const PixelPair pixels = loadInTurn(mask + i, n);
+    const U16xN product =
+        convert<U16xN>(load<Bytes>(matte + i, n)) * channel(pixels.first, pixels.second, 24);
+    store(matte + i, convert<Bytes>(div255(product + 127)), n);
+  });
+}
+
 void fadeRow(uint8_t *matte, int share, int count) {
   forEachVector<U16xN>(count, [=](int i, int n) {
     const auto values = convert<U16xN>(load<Bytes>(matte + i, n)) << 4; // at most 4080 * 4096 >> 16

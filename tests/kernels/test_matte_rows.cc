@@ -48,6 +48,11 @@ TEST(MatteRows, GiveThePlainFormsBytes) {
       ZOL_SELECT(lookUpRow)(levels, found.data(), 256 + count);
       for (size_t i = 0; i < 500; ++i)
         ASSERT_EQ(found[i], i < 256 + size_t(count) ? levels[matte[i]] : matte[i]) << i;
+      std::vector<uint8_t> masked = matte;
+      ZOL_SELECT(maskRow)(pixels + 300 * count, masked.data(), count);
+      for (int i = 0; i < 256; ++i)
+        ASSERT_EQ(masked[size_t(i)],
+                  i < count ? (matte[size_t(i)] * pixels[300 * count + i].a + 127) / 255 : matte[size_t(i)]);
       std::vector<uint8_t> inverted = matte;
       ZOL_SELECT(invertRow)(inverted.data(), count);
       for (int i = 0; i < 256; ++i)
