@@ -214,12 +214,6 @@ public:
       if (rows[i].place.id == nullptr && rows[i].place.index != static_cast<int>(i))
         rowIsOutOfPlace();
   }
-  /// All but the last, for variants that lack it.
-  [[nodiscard]] constexpr FieldTable withoutLast() const {
-    FieldTable table;
-    table.rows_ = rows_.first(rows_.size() - 1);
-    return table;
-  }
   [[nodiscard]] constexpr auto begin() const { return rows_.begin(); }
   [[nodiscard]] constexpr auto end() const { return rows_.end(); }
 
