@@ -1,6 +1,7 @@
 #include "kernels/warp/taps.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 
 namespace zol {
@@ -77,32 +78,46 @@ void split(Taps &taps) {
   }
 }
 
-class Tables {
+/// The taps of one radius, made when first asked for; a thread that asks meanwhile waits its microseconds. A
+/// guarded static would bring the runtime's exceptions into the library.
+class Table {
 public:
-  explicit Tables(Weights (*weightsOf)(int radius, int phase)) {
-    for (int radius = kLeastRadius; radius <= kMostRadius; ++radius)
-      for (int phase = 0; phase < kPhases; ++phase) {
-        const Weights weights = completed(weightsOf(radius, phase), phase);
-        Taps &taps = taps_[radius - kLeastRadius][phase];
-        for (int i = 0; i < 4; ++i)
-          taps.weights[i] = static_cast<int16_t>(weights.w[kOrder[i]]);
-        split(taps);
-      }
+  const Taps *of(Weights (*weightsOf)(int radius, int phase), int radius) {
+    if (state_.load(std::memory_order_acquire) == kMade)
+      return taps_;
+    int state = kEmpty;
+    if (state_.compare_exchange_strong(state, kInTheMaking, std::memory_order_acquire))
+      make(weightsOf, radius);
+    while (state_.load(std::memory_order_acquire) != kMade) {
+    }
+    return taps_;
   }
-  [[nodiscard]] const Taps *of(int radius) const { return taps_[radius - kLeastRadius]; }
 
 private:
-  Taps taps_[kMostRadius - kLeastRadius + 1][kPhases];
+  enum State { kEmpty, kInTheMaking, kMade };
+
+  void make(Weights (*weightsOf)(int radius, int phase), int radius) {
+    for (int phase = 0; phase < kPhases; ++phase) {
+      const Weights weights = completed(weightsOf(radius, phase), phase);
+      for (int i = 0; i < 4; ++i)
+        taps_[phase].weights[i] = static_cast<int16_t>(weights.w[kOrder[i]]);
+      split(taps_[phase]);
+    }
+    state_.store(kMade, std::memory_order_release);
+  }
+
+  std::atomic<int> state_{kEmpty};
+  Taps taps_[kPhases];
 };
+
+constexpr int kRadii = kMostRadius - kLeastRadius + 1;
+constinit Table smooth[kRadii], sharpened[kRadii];
 
 } // namespace
 
 const Taps *tapsOf(WarpFilter filter, int radius) {
-  static const Tables smooth(tent);
-  if (filter == WarpFilter::smooth)
-    return smooth.of(radius);
-  static const Tables sharpened(sharp);
-  return sharpened.of(radius);
+  const int index = radius - kLeastRadius;
+  return filter == WarpFilter::smooth ? smooth[index].of(tent, radius) : sharpened[index].of(sharp, radius);
 }
 
 } // namespace zol
