@@ -17,6 +17,20 @@ void pickPixels(const WarpSource &source, const int *u, const int *v, int count,
     out[i] = pixelOf(source, (u[i] + kPhases / 2) >> 8, (v[i] + kPhases / 2) >> 8);
 }
 
+/// Asks for what rows further down read: along slanting lines the processor does not foresee it.
+void prefetchBelow(const WarpSource &source, const WarpMap &map, int y, int x, const int *u, const int *v,
+                   int count) {
+  constexpr int kRowsBelow = 8, kStep = 8;
+  const Point place = map.toSource().of({x + 0.5, y + kRowsBelow + 0.5});
+  const int right = static_cast<int>(place.x) - (u[0] >> 8), down = static_cast<int>(place.y) - (v[0] >> 8);
+  for (int i = 0; i < count; i += kStep) {
+    const int column = (u[i] >> 8) + right, row = (v[i] >> 8) + down;
+    if (static_cast<unsigned>(column) < static_cast<unsigned>(source.width) &&
+        static_cast<unsigned>(row) < static_cast<unsigned>(source.height))
+      __builtin_prefetch(source.pixels + ptrdiff_t{row} * source.step + column);
+  }
+}
+
 uint8_t faded(uint8_t alpha, int coverage, int opacity) {
   return static_cast<uint8_t>((alpha * coverage * opacity + (1 << 19)) >> 20);
 }
@@ -46,9 +60,12 @@ void warpPixels(const WarpSource &source, const WarpMap &map, int y, int x0, int
   const auto find = ZOL_SELECT(findPlaces);
   const auto take = ZOL_SELECT(probe);
   const int most = map.isAffine() ? kMostProbed : kFootprintPixels;
+  const bool slants = map.isAffine() && map.toSource().rows[1][0] != 0 && map.toSource().rows[1][1] != 0;
   for (int x = x0; x < x1;) {
     const int end = std::min(x1, (x & -most) + most), count = end - x;
     find(map, y, x, count, u, v);
+    if (slants)
+      prefetchBelow(source, map, y, x, u, v, count);
     if (filter == WarpFilter::pixels) {
       pickPixels(source, u, v, count, out);
     } else {
