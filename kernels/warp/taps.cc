@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <pthread.h>
 
 namespace zol {
 namespace {
@@ -77,32 +78,32 @@ void split(Taps &taps) {
   }
 }
 
-class Tables {
-public:
-  explicit Tables(Weights (*weightsOf)(int radius, int phase)) {
-    for (int radius = kLeastRadius; radius <= kMostRadius; ++radius)
-      for (int phase = 0; phase < kPhases; ++phase) {
-        const Weights weights = completed(weightsOf(radius, phase), phase);
-        Taps &taps = taps_[radius - kLeastRadius][phase];
-        for (int i = 0; i < 4; ++i)
-          taps.weights[i] = static_cast<int16_t>(weights.w[kOrder[i]]);
-        split(taps);
-      }
-  }
-  [[nodiscard]] const Taps *of(int radius) const { return taps_[radius - kLeastRadius]; }
+using Tables = Taps[kMostRadius - kLeastRadius + 1][kPhases];
 
-private:
-  Taps taps_[kMostRadius - kLeastRadius + 1][kPhases];
-};
+void fill(Tables &tables, Weights (*weightsOf)(int radius, int phase)) {
+  for (int radius = kLeastRadius; radius <= kMostRadius; ++radius)
+    for (int phase = 0; phase < kPhases; ++phase) {
+      const Weights weights = completed(weightsOf(radius, phase), phase);
+      Taps &taps = tables[radius - kLeastRadius][phase];
+      for (int i = 0; i < 4; ++i)
+        taps.weights[i] = static_cast<int16_t>(weights.w[kOrder[i]]);
+      split(taps);
+    }
+}
+
+// Filled once by the C library: the compiler's own guards of local tables would bring exceptions into the
+// shared object.
+Tables smoothTables, sharpTables;
+pthread_once_t smoothOnce = PTHREAD_ONCE_INIT, sharpOnce = PTHREAD_ONCE_INIT;
 
 } // namespace
 
 const Taps *tapsOf(WarpFilter filter, int radius) {
-  static const Tables smooth(tent);
-  if (filter == WarpFilter::smooth)
-    return smooth.of(radius);
-  static const Tables sharpened(sharp);
-  return sharpened.of(radius);
+  const bool isSharp = filter == WarpFilter::sharp;
+  pthread_once(
+      isSharp ? &sharpOnce : &smoothOnce,
+      isSharp ? [] { fill(sharpTables, sharp); } : [] { fill(smoothTables, tent); });
+  return (isSharp ? sharpTables : smoothTables)[radius - kLeastRadius];
 }
 
 } // namespace zol
