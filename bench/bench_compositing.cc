@@ -4,6 +4,7 @@
 #include "frame/effects.h"
 #include "plain/crop.h"
 #include "plain/lay_pixels.h"
+#include "plain/route_channels.h"
 #include "plain/shutter.h"
 
 #include <benchmark/benchmark.h>
@@ -91,6 +92,33 @@ void plainCrop(benchmark::State &state, double softness, double roundness) {
       }
 }
 
+enum SwitcherField { kInputs, kSwitch = 4, kDissolve, kRedInput, kRedFrom };
+
+/// Each channel of an input of its own, or two inputs that dissolve.
+void switcher(benchmark::State &state, bool dissolves, SimdLevel cap) {
+  const auto third = bench::opaque(3), fourth = bench::opaque(4);
+  test::PictureClip clips[] = {test::PictureClip(ground().record()), test::PictureClip(upper().record()),
+                               test::PictureClip(third->record()), test::PictureClip(fourth->record())};
+  Scene scene(ProcessMultiswitcherDeclare, cap);
+  *scene.session.parameters.inputs.get(kInputs, 0) = {&clips[0], &clips[1], &clips[2], &clips[3]};
+  scene.set(kSwitch, dissolves ? 0.3 : 0);
+  *scene.session.parameters.integers.get(kDissolve, 0) = dissolves ? 1 : 0;
+  for (int channel = 0; channel < 4 && !dissolves; ++channel)
+    scene.set(kRedInput + 3 * channel, channel);
+  scene.run(state);
+}
+
+void plainSwitcher(benchmark::State &state, int weight) {
+  for (auto _ : state)
+    for (int i = 0; i < kWidth * kHeight; ++i) {
+      const _color_t first = ground().record()->Pixels[i], second = upper().record()->Pixels[i];
+      uint8_t bytes[4];
+      for (int byte = 0; byte < 4; ++byte)
+        bytes[byte] = plain::routed(first, second, byte, weight, false);
+      result().record()->Pixels[i] = {bytes[0], bytes[1], bytes[2], bytes[3]};
+    }
+}
+
 #define ZOL_BENCH(...)                                                                                       \
   BENCHMARK_CAPTURE(__VA_ARGS__)                                                                             \
       ->Unit(benchmark::kMillisecond)                                                                        \
@@ -116,6 +144,9 @@ ZOL_BENCH_LEVELS(crop, hard, 0, 0, 0);
 ZOL_BENCH_LEVELS(crop, soft_round, 0.2, 0.3, 0);
 ZOL_BENCH_LEVELS(crop, soft_round_color, 0.2, 0.3, 1);
 ZOL_BENCH_LEVELS(crop, blurred, 0, 0, 2);
+ZOL_BENCH(plainSwitcher, dissolve, 1228);
+ZOL_BENCH_LEVELS(switcher, four_inputs, false);
+ZOL_BENCH_LEVELS(switcher, dissolve, true);
 
 } // namespace
 

@@ -3,6 +3,7 @@
 
 #include "effects/audio/audio_switcher.xpm"
 #include "effects/audio/switcher_texts.h"
+#include "effects/input_list.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
 #include "frame/host.h"
@@ -19,6 +20,7 @@ namespace field = zol::field;
 enum Field { kInputs, kAdd, kDelete, kButtons, kLevels, kMaster };
 
 constexpr int kButtonRow[] = {kAdd, kDelete};
+constexpr zol::InputList kList{kInputs, kAdd, kDelete};
 
 constexpr zol::Field kFields[] = {
     field::plain("Inputs", kInputs, "Inputs"),
@@ -48,25 +50,14 @@ void rebuildLevels(t_ZoHostInfo *host) {
 }
 
 int onDialogOpen(t_ZoHostInfo *host) {
-  const int inputs = host->Services->DataFieldItemCount(host, kInputs);
-  if (inputs < 1)
-    host->Services->InputsAdd(host, kInputs, inputs, inputs);
+  kList.open(host);
   rebuildLevels(host);
   return 1;
 }
 
 int onDialogItemEdit(t_ZoHostInfo *host, int item) {
-  if (item == kAdd) {
-    host->Services->InputsAdd(host, kInputs, 1, 1);
-  } else if (item == kDelete) {
-    host->Services->InputsRemoveSelected(host, kInputs);
-    if (host->Services->DataFieldItemCount(host, kInputs) < 1)
-      host->Services->InputsAdd(host, kInputs, 0, 0);
-  } else {
-    return 0;
-  }
-  host->Services->DialogRefresh(host, 0, 0);
-  rebuildLevels(host);
+  if (kList.edit(host, item))
+    rebuildLevels(host);
   return 0;
 }
 

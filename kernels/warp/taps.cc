@@ -1,8 +1,8 @@
 #include "kernels/warp/taps.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
+#include <pthread.h>
 
 namespace zol {
 namespace {
@@ -78,46 +78,32 @@ void split(Taps &taps) {
   }
 }
 
-/// The taps of one radius, made when first asked for; a thread that asks meanwhile waits its microseconds. A
-/// guarded static would bring the runtime's exceptions into the library.
-class Table {
-public:
-  const Taps *of(Weights (*weightsOf)(int radius, int phase), int radius) {
-    if (state_.load(std::memory_order_acquire) == kMade)
-      return taps_;
-    int state = kEmpty;
-    if (state_.compare_exchange_strong(state, kInTheMaking, std::memory_order_acquire))
-      make(weightsOf, radius);
-    while (state_.load(std::memory_order_acquire) != kMade) {
-    }
-    return taps_;
-  }
+using Tables = Taps[kMostRadius - kLeastRadius + 1][kPhases];
 
-private:
-  enum State { kEmpty, kInTheMaking, kMade };
-
-  void make(Weights (*weightsOf)(int radius, int phase), int radius) {
+void fill(Tables &tables, Weights (*weightsOf)(int radius, int phase)) {
+  for (int radius = kLeastRadius; radius <= kMostRadius; ++radius)
     for (int phase = 0; phase < kPhases; ++phase) {
       const Weights weights = completed(weightsOf(radius, phase), phase);
+      Taps &taps = tables[radius - kLeastRadius][phase];
       for (int i = 0; i < 4; ++i)
-        taps_[phase].weights[i] = static_cast<int16_t>(weights.w[kOrder[i]]);
-      split(taps_[phase]);
+        taps.weights[i] = static_cast<int16_t>(weights.w[kOrder[i]]);
+      split(taps);
     }
-    state_.store(kMade, std::memory_order_release);
-  }
+}
 
-  std::atomic<int> state_{kEmpty};
-  Taps taps_[kPhases];
-};
-
-constexpr int kRadii = kMostRadius - kLeastRadius + 1;
-constinit Table smooth[kRadii], sharpened[kRadii];
+// Filled once by the C library: the compiler's own guards of local tables would bring exceptions into the
+// shared object.
+Tables smoothTables, sharpTables;
+pthread_once_t smoothOnce = PTHREAD_ONCE_INIT, sharpOnce = PTHREAD_ONCE_INIT;
 
 } // namespace
 
 const Taps *tapsOf(WarpFilter filter, int radius) {
-  const int index = radius - kLeastRadius;
-  return filter == WarpFilter::smooth ? smooth[index].of(tent, radius) : sharpened[index].of(sharp, radius);
+  const bool isSharp = filter == WarpFilter::sharp;
+  pthread_once(
+      isSharp ? &sharpOnce : &smoothOnce,
+      isSharp ? [] { fill(sharpTables, sharp); } : [] { fill(smoothTables, tent); });
+  return (isSharp ? sharpTables : smoothTables)[radius - kLeastRadius];
 }
 
 } // namespace zol
