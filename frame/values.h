@@ -1,6 +1,7 @@
 // The border: parameters at the context's time within what an effect can work with, whatever a host answers.
 #pragma once
 
+#include "frame/direction.h"
 #include "frame/host.h"
 
 #include <algorithm>
@@ -11,15 +12,17 @@ namespace zol {
 /// Where fields without a limit end.
 inline constexpr double kOpenEnd = 16;
 
-/// What is not a number gives 0.
-inline double within(double value, double least, double most) {
-  return std::isnan(value) ? 0 : std::clamp(value, least, most);
+/// What is not a number gives `otherwise`.
+inline double within(double value, double least, double most, double otherwise = 0) {
+  return std::isnan(value) ? otherwise : std::clamp(value, least, most);
 }
 
-inline double paramWithin(t_ZoHostInfo *host, int field, double least, double most) {
-  return within(paramDouble(host, field), least, most);
+inline double paramWithin(t_ZoHostInfo *host, int field, double least, double most, double otherwise = 0) {
+  return within(paramDouble(host, field), least, most, otherwise);
 }
-inline double paramShare(t_ZoHostInfo *host, int field) { return paramWithin(host, field, 0, 1); }
+inline double paramShare(t_ZoHostInfo *host, int field, double otherwise = 0) {
+  return paramWithin(host, field, 0, 1, otherwise);
+}
 inline double paramSigned(t_ZoHostInfo *host, int field) { return paramWithin(host, field, -1, 1); }
 
 /// In degrees; what is not finite gives 0.
@@ -40,6 +43,9 @@ inline double pixelAspect(const t_ZoHostInfo *host) {
   return std::isfinite(aspect) && aspect > 0 ? aspect : 1;
 }
 
+/// The same within what distances on the screen can be worked out with.
+inline double shownAspect(const t_ZoHostInfo *host) { return std::clamp(pixelAspect(host), 0.001, 1000.0); }
+
 /// The pixels across of a length, which is given in tenths of the frame's width.
 inline double pixelsOf(const t_ZoHostInfo *host, double length) { return length * host->Width / 10; }
 
@@ -47,19 +53,6 @@ inline double pixelsOf(const t_ZoHostInfo *host, double length) { return length 
 inline int inSixteenths(double pixels) {
   return static_cast<int>(std::floor(16 * std::clamp(pixels, -1e6, 1e6) + 0.5));
 }
-
-/// One pixel's way to a side, down counting positive: degrees from the right, clockwise. Rounded to 2^-30, so
-/// that every machine goes alike.
-struct Direction {
-  explicit Direction(double degrees)
-      : right(rounded(std::cos(degrees * kDegree))), down(rounded(std::sin(degrees * kDegree))) {}
-
-  double right, down;
-
-private:
-  static constexpr double kDegree = 3.14159265358979323846 / 180;
-  static double rounded(double value) { return std::round(value * 0x1p30) / 0x1p30; }
-};
 
 /// In integers, 4096 = 1.0.
 inline int in4096ths(double value) { return static_cast<int>(value * 4096); }
