@@ -90,7 +90,7 @@ struct Warp {
     const double e = std::max(p.length, 1.0), f = std::max(q.length, 1.0);
     const double px = e * p.x, py = e * p.y, qx = f * q.x, qy = f * q.y;
     const double xx = px * px + qx * qx, yy = py * py + qy * qy, xy = px * py + qx * qy;
-    if (xy * xy > 0.1 * 0.1 * (xx * yy))
+    if (xy * xy > 0.2 * 0.2 * (xx * yy))
       return sides;
     const double wide = std::floor(65536 * std::sqrt(xx) + 0.5) / 65536,
                  high = std::floor(65536 * std::sqrt(yy) + 0.5) / 65536;
@@ -117,19 +117,6 @@ struct Warp {
         w[i] = (w[i] * m + ((n[i + 1] + 1024) >> 11) * (16 - m) + 8) >> 4;
     }
     w[phase < 128 ? 0 : 1] += 16384 - w[-1] - w[0] - w[1] - w[2];
-  }
-
-  /// In 128ths; none is 128 but on a pixel itself.
-  void weighCoarsely(int radius, int phase, int *w) const {
-    weigh(radius, phase, w);
-    for (int i = -1; i <= 2; ++i)
-      w[i] = (w[i] + 64) >> 7;
-    const int nearest = phase < 128 ? 0 : 1;
-    w[nearest] += 128 - w[-1] - w[0] - w[1] - w[2];
-    if (w[nearest] == 128 && phase != 0) {
-      w[nearest] = 127;
-      w[1 - nearest] += 1;
-    }
   }
 
   static int modulo(int i, int n) { return (i % n + n) % n; }
@@ -159,22 +146,22 @@ struct Warp {
       return {{p.b, p.g, p.r, p.a}};
     return {{(p.b * p.a + 2) >> 2, (p.g * p.a + 2) >> 2, (p.r * p.a + 2) >> 2, (255 * p.a + 2) >> 2}};
   }
-  /// 64 = 1; of premultiplied values, quarters of them.
   [[nodiscard]] Values probe(int u, int v, int radiusX, int radiusY) const {
     int across[4], down[4];
     weigh(radiusX, u & 255, across + 1);
-    opaque ? weighCoarsely(radiusY, v & 255, down + 1) : weigh(radiusY, v & 255, down + 1);
-    Values h{};
+    weigh(radiusY, v & 255, down + 1);
+    Values h{{8192, 8192, 8192, 8192}};
     for (int i = 0; i < 4; ++i) {
-      Values c{};
+      const int half = opaque ? 128 : 8192;
+      Values c{{half, half, half, half}};
       for (int j = 0; j < 4; ++j)
         add(c, valuesAt((u >> 8) + i - 1, (v >> 8) + j - 1), down[j]);
       for (int &value : c.c)
-        value = opaque ? std::min(value, 32767) : (value + 8192) >> 14;
+        value >>= opaque ? 8 : 14;
       add(h, c, across[i]);
     }
     for (int &value : h.c)
-      value = opaque ? (value + 16384) >> 15 : (value + 8192) >> 14;
+      value >>= 14;
     return h;
   }
 

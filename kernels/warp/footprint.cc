@@ -56,7 +56,7 @@ Footprint::Footprint(const Point &right, const Point &down, double longest) {
 
   // How far it spreads across and down, and how much of that goes together. What is little is left out: the
   // probes can be wider one way than the other then, and are fewer.
-  constexpr double kLittle = 0.1;
+  constexpr double kLittle = 0.2;
   const Point alongP = p.along(right), alongQ = q.along(down);
   const double lengthP = std::max(p.length, 1.0), lengthQ = std::max(q.length, 1.0);
   const double px = lengthP * alongP.x, py = lengthP * alongP.y, qx = lengthQ * alongQ.x,

@@ -11,15 +11,10 @@ namespace {
 template <int lane, class Vec, int... i> Vec spread(Vec v, std::integer_sequence<int, i...> /*all*/) {
   return __builtin_shufflevector(v, v, ((i & ~3) | lane)...);
 }
-template <int lane, class Vec> Vec spread(Vec v) {
-  return spread<lane>(v, std::make_integer_sequence<int, kLanes<Vec>>());
+/// Pair i of weights in all lanes of its block.
+template <int pair> I16xN weightPair(I16xN taps) {
+  return as<I16xN>(spread<pair>(as<U32xN>(taps), std::make_integer_sequence<int, kPixels>()));
 }
-/// Pair i of 16 bits in all lanes of its block.
-template <int pair> I16xN spreadPair(I16xN v) { return as<I16xN>(spread<pair>(as<U32xN>(v))); }
-
-/// One half of every lane, in both.
-inline I16xN lowHalves(U32xN v) { return as<I16xN>(v << 16 | (v & 0xFFFF)); }
-inline I16xN highHalves(U32xN v) { return as<I16xN>(v >> 16 | (v & 0xFFFF0000)); }
 
 /// What lies at offsets in bytes: that of pixel 4 b + j in block b.
 template <class Vec> [[gnu::always_inline]] inline Vec loadAt(const void *base, const int *offsets, int j) {
@@ -41,49 +36,35 @@ struct Columns {
   I16xN first, second;
 };
 
-// What is summed. The columns' sums are 1 << kShift - 14 times the values that come of the probe.
+/// Of two columns, whose values of rows 0 and 2, and of rows 1 and 3, stand in turn.
+[[gnu::always_inline]] inline I16xN columnPair(I16xN evens0, I16xN odds0, I16xN evens1, I16xN odds1,
+                                               I16xN down, int shift) {
+  const int half = 1 << shift >> 1;
+  const I16xN w02 = weightPair<0>(down), w13 = weightPair<1>(down);
+  return packI16((mulAddPairs(evens0, w02) + mulAddPairs(odds0, w13) + half) >> shift,
+                 (mulAddPairs(evens1, w02) + mulAddPairs(odds1, w13) + half) >> shift);
+}
 
-/// Channels alone, 64 = 1 in what comes of it. Column sums are limited to 16 bits.
+// What is summed. kSurplus is what every sum is more than it should be.
+
+/// Channels alone, 64 = 1 in the sums.
 struct Opaque {
-  static constexpr int kShift = 15;
+  static constexpr int kSurplus = 0;
 
   [[gnu::always_inline]] static Columns columns(const Neighbourhood &n, I16xN down) {
-    const auto coarse = as<U32xN>(down);
-    const I16xN w0 = lowHalves(spread<2>(coarse)), w2 = highHalves(spread<2>(coarse)),
-                w1 = lowHalves(spread<3>(coarse)), w3 = highHalves(spread<3>(coarse));
-    const auto sums = [&](auto widen) {
-      const auto product = [&](int row, I16xN weights) { return as<I16xN>(widen(n.rows[row])) * weights; };
-      return addSaturated(product(0, w0) + product(2, w2), product(1, w1) + product(3, w3));
-    };
-    return {sums([](U8xN v) { return widenLow(v); }), sums([](U8xN v) { return widenHigh(v); })};
+    const U8xN evensLow = interleaveLow(n.rows[0], n.rows[2]), oddsLow = interleaveLow(n.rows[1], n.rows[3]);
+    const U8xN evensHigh = interleaveHigh(n.rows[0], n.rows[2]),
+               oddsHigh = interleaveHigh(n.rows[1], n.rows[3]);
+    const auto low = [](U8xN v) { return widenLow<I16xN>(v); };
+    const auto high = [](U8xN v) { return widenHigh<I16xN>(v); };
+    return {columnPair(low(evensLow), low(oddsLow), high(evensLow), high(oddsLow), down, 8),
+            columnPair(low(evensHigh), low(oddsHigh), high(evensHigh), high(oddsHigh), down, 8)};
   }
 };
-
-#if defined(__AVX2__)
-/// The same where no weight is 128.
-struct OpaqueBetween {
-  static constexpr int kShift = Opaque::kShift;
-
-  [[gnu::always_inline]] static Columns columns(const Neighbourhood &n, I16xN down) {
-    const auto bytes = [down](int first, int second) {
-      const auto both = splat<U16xN>(static_cast<uint16_t>(first | second << 8));
-      return as<I8xN>(shuffle(as<U8xN>(down), as<U8xN>(both)));
-    };
-    const I8xN w02 = bytes(8, 10), w13 = bytes(12, 14);
-    const auto sums = [=](U8xN rows02, U8xN rows13) {
-      return addSaturated(mulAddPairs(rows02, w02), mulAddPairs(rows13, w13));
-    };
-    return {sums(interleaveLow(n.rows[0], n.rows[2]), interleaveLow(n.rows[1], n.rows[3])),
-            sums(interleaveHigh(n.rows[0], n.rows[2]), interleaveHigh(n.rows[1], n.rows[3]))};
-  }
-};
-#else
-using OpaqueBetween = Opaque;
-#endif
 
 /// Channels times alpha, and alpha times 255, in quarters.
 struct Premultiplied {
-  static constexpr int kShift = 14;
+  static constexpr int kSurplus = 0;
 
   [[gnu::always_inline]] static Columns columns(const Neighbourhood &n, I16xN down) {
     I16xN low[4], high[4];
@@ -91,30 +72,52 @@ struct Premultiplied {
       low[row] = as<I16xN>((wideOf(widenLow(n.rows[row])) + 2) >> 2);
       high[row] = as<I16xN>((wideOf(widenHigh(n.rows[row])) + 2) >> 2);
     }
-    return {columnPair(low, down), columnPair(high, down)};
-  }
-
-private:
-  [[gnu::always_inline]] static I16xN columnPair(const I16xN (&rows)[4], I16xN down) {
-    const I16xN w02 = spreadPair<0>(down), w13 = spreadPair<1>(down);
-    const auto sum = [=](I16xN values02, I16xN values13) {
-      return (mulAddPairs(values02, w02) + mulAddPairs(values13, w13) + 8192) >> 14;
+    const auto columnsOf = [down](const I16xN(&rows)[4]) {
+      return columnPair(interleaveLow(rows[0], rows[2]), interleaveLow(rows[1], rows[3]),
+                        interleaveHigh(rows[0], rows[2]), interleaveHigh(rows[1], rows[3]), down, 14);
     };
-    return packI16(sum(interleaveLow(rows[0], rows[2]), interleaveLow(rows[1], rows[3])),
-                   sum(interleaveHigh(rows[0], rows[2]), interleaveHigh(rows[1], rows[3])));
+    return {columnsOf(low), columnsOf(high)};
   }
 };
 
-/// What sums the same also where a weight is 128.
+#if defined(__AVX2__)
+/// As Opaque, by the two parts of weights: 128 high + low. All sums fit 16 bits, the last one modulo 2^16
+/// until it is halved.
+struct OpaqueInParts {
+  static constexpr int kSurplus = 8192;
+
+  [[gnu::always_inline]] static Columns columns(const Neighbourhood &n, I16xN down) {
+    const auto pair = [down](int byte) {
+      const auto both = splat<U16xN>(static_cast<uint16_t>(byte | (byte + 1) << 8));
+      return as<I8xN>(shuffle(as<U8xN>(down), as<U8xN>(both)));
+    };
+    const I8xN high02 = pair(8), high13 = pair(10), low02 = pair(12), low13 = pair(14);
+    const auto sums = [&](U8xN rows02, U8xN rows13) {
+      const I16xN high = mulAddPairs(rows02, high02) + mulAddPairs(rows13, high13);
+      const I16xN low = mulAddPairs(rows02, low02) + mulAddPairs(rows13, low13);
+      return as<I16xN>(as<U16xN>(high + (low >> 7) + (2 * kSurplus + 1)) >> 1);
+    };
+    return {sums(interleaveLow(n.rows[0], n.rows[2]), interleaveLow(n.rows[1], n.rows[3])),
+            sums(interleaveHigh(n.rows[0], n.rows[2]), interleaveHigh(n.rows[1], n.rows[3]))};
+  }
+};
+#else
+using OpaqueInParts = Opaque;
+#endif
+
+/// What sums the same with weights that do not come in parts.
 template <class Values>
-using OnPixels = std::conditional_t<std::is_same_v<Values, OpaqueBetween>, Opaque, Values>;
+using InWhole = std::conditional_t<std::is_same_v<Values, OpaqueInParts>, Opaque, Values>;
+
+/// Whether weights at any of these phases may not come in parts, of a radius of 64.
+inline bool isNearWhole(I32xN places) { return anySet(((places + 1) & (kPhases - 1)) < 3); }
 
 // ---- Along the rows ----
 
-template <class Values> [[gnu::always_inline]] inline I32xN acrossColumns(const Columns &c, I16xN across) {
-  const I32xN sums = mulAddPairs(interleaveLow(c.first, c.second), spreadPair<0>(across)) +
-                     mulAddPairs(interleaveHigh(c.first, c.second), spreadPair<1>(across));
-  return (sums + (1 << Values::kShift >> 1)) >> Values::kShift;
+[[gnu::always_inline]] inline I32xN acrossColumns(const Columns &c, I16xN across, int surplus) {
+  const I32xN sums = mulAddPairs(interleaveLow(c.first, c.second), weightPair<0>(across)) +
+                     mulAddPairs(interleaveHigh(c.first, c.second), weightPair<1>(across));
+  return (sums + (8192 - 16384 * surplus)) >> 14;
 }
 
 /// What a vector's pixels gather: pixel 4 b + j in block b of sums[j].

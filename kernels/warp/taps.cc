@@ -6,7 +6,7 @@
 namespace zol {
 namespace {
 
-constexpr int kOne = 16384, kCoarseOne = 128;
+constexpr int kOne = 16384;
 constexpr int kOrder[4] = {0, 2, 1, 3};
 
 struct Weights {
@@ -14,24 +14,10 @@ struct Weights {
 };
 
 /// What rounding leaves goes to the nearest pixel.
-Weights completed(Weights weights, int phase, int one) {
+Weights completed(Weights weights, int phase) {
   const int sum = weights.w[0] + weights.w[1] + weights.w[2] + weights.w[3];
-  weights.w[phase < kPhases / 2 ? 1 : 2] += one - sum;
+  weights.w[phase < kPhases / 2 ? 1 : 2] += kOne - sum;
   return weights;
-}
-
-/// None is 1.0 but at a pixel itself.
-Weights coarsened(Weights weights, int phase) {
-  for (int &w : weights.w)
-    w = (w + 64) >> 7;
-  Weights coarse = completed(weights, phase, kCoarseOne);
-  int *const nearest = coarse.w + (phase < kPhases / 2 ? 1 : 2), *const other =
-                                                                     coarse.w + (phase < kPhases / 2 ? 2 : 1);
-  if (phase != 0 && *nearest == kCoarseOne) {
-    --*nearest;
-    ++*other;
-  }
-  return coarse;
 }
 
 Weights tent(int radius, int phase) {
@@ -65,18 +51,42 @@ Weights sharp(int radius, int phase) {
   return smooth;
 }
 
+/// Whether the parts' sums of products with bytes fit: of two pixels each, and of all four of the low ones.
+bool fits(const Taps &taps) {
+  const auto within = [](const int8_t *parts, int from, int count) {
+    int least = 0, most = 0;
+    for (int i = from; i < from + count; ++i)
+      (parts[i] < 0 ? least : most) += parts[i];
+    return least >= -128 && most <= 128; // 255 times that
+  };
+  return within(taps.high, 0, 2) && within(taps.high, 2, 2) && within(taps.low, 0, 4);
+}
+
+/// Rounds some of the high parts up and the others down.
+void split(Taps &taps) {
+  for (int up = 0; up < 16; ++up) {
+    bool inRange = true;
+    for (int i = 0; i < 4; ++i) {
+      const int high = (taps.weights[i] >> 7) + (up >> i & 1), low = taps.weights[i] - 128 * high;
+      inRange &= high <= 127 && low >= -128;
+      taps.high[i] = static_cast<int8_t>(high);
+      taps.low[i] = static_cast<int8_t>(low);
+    }
+    if (inRange && fits(taps))
+      return;
+  }
+}
+
 class Tables {
 public:
   explicit Tables(Weights (*weightsOf)(int radius, int phase)) {
     for (int radius = kLeastRadius; radius <= kMostRadius; ++radius)
       for (int phase = 0; phase < kPhases; ++phase) {
-        const Weights weights = completed(weightsOf(radius, phase), phase, kOne),
-                      coarse = coarsened(weights, phase);
+        const Weights weights = completed(weightsOf(radius, phase), phase);
         Taps &taps = taps_[radius - kLeastRadius][phase];
-        for (int i = 0; i < 4; ++i) {
+        for (int i = 0; i < 4; ++i)
           taps.weights[i] = static_cast<int16_t>(weights.w[kOrder[i]]);
-          taps.coarse[i] = static_cast<int16_t>(coarse.w[kOrder[i]]);
-        }
+        split(taps);
       }
   }
   [[nodiscard]] const Taps *of(int radius) const { return taps_[radius - kLeastRadius]; }

@@ -12,11 +12,13 @@ enum class WarpFilter {
   pixels, ///< the nearest pixel alone
 };
 
-/// The weights of the four pixels of a line around a place, of which the first lies before it. They stand in
-/// the order 0, 2, 1, 3, as sums of products of pairs want them.
+/// The weights, 16384 = 1.0 in all, of the four pixels of a line around a place: the one before it first.
+/// They stand in the order 0, 2, 1, 3, as sums of products of pairs want them.
 struct Taps {
-  int16_t weights[4]; ///< 16384 in all
-  int16_t coarse[4];  ///< 128 in all: their products with bytes fit 16 bits. 128 alone on a pixel, else less
+  int16_t weights[4];
+  /// weights = 128 high + low, so that no sum of products with bytes leaves 16 bits. Where one weight is
+  /// 16384 it is not to be had, and these do not count.
+  int8_t high[4], low[4];
 };
 
 inline constexpr int kPhases = 256; ///< places between two pixels

@@ -33,7 +33,7 @@ public:
   Prober(const WarpSource &source, const Footprint &footprint, WarpFilter filter)
       : source_(source), tapsAcross_(tapsOf(filter, footprint.radiusAcross)),
         tapsDown_(tapsOf(filter, footprint.radiusDown)),
-        mayBeWhole_(std::is_same_v<Values, OpaqueBetween> && footprint.radiusDown == kLeastRadius) {}
+        mayBeWhole_(std::is_same_v<Values, OpaqueInParts> && footprint.radiusDown == kLeastRadius) {}
 
   void beginLine(int /*v*/) {}
 
@@ -49,15 +49,15 @@ public:
       store(left_ + i, left);
       store(top_ + i, top);
       atEdge_[i / kPixels] = anySet((left < 0) | (top < 0) | (left > lastLeft) | (top > lastTop));
-      onPixel_[i / kPixels] = mayBeWhole_ && anySet((y & (kPhases - 1)) == 0);
+      nearWhole_[i / kPixels] = mayBeWhole_ && isNearWhole(y);
     }
   }
 
   [[gnu::always_inline]] Sums at(int i) const {
     if (atEdge_[i / kPixels])
       return sumsAtEdges(i);
-    if (onPixel_[i / kPixels])
-      return sumsOnPixels(source_.pixels, source_.step, corners_ + i, i);
+    if (nearWhole_[i / kPixels])
+      return wideSums(source_.pixels, source_.step, corners_ + i, i);
     return sums<Values>(source_.pixels, source_.step, corners_ + i, i);
   }
 
@@ -74,12 +74,12 @@ private:
       const auto row = [&](int k) { return loadAt<U8xN>(rows[k], corners, j); };
       const Columns columns =
           Summed::columns({{row(0), row(1), row(2), row(3)}}, loadAt<I16xN>(tapsDown_, down_ + i, j));
-      return acrossColumns<Summed>(columns, loadAt<I16xN>(tapsAcross_, across_ + i, j));
+      return acrossColumns(columns, loadAt<I16xN>(tapsAcross_, across_ + i, j), Summed::kSurplus);
     });
   }
-  /// Where a weight is 128.
-  [[gnu::noinline]] Sums sumsOnPixels(const _color_t *pixels, int step, const int *corners, int i) const {
-    return sums<OnPixels<Values>>(pixels, step, corners, i);
+  /// With weights that do not come in parts.
+  [[gnu::noinline]] Sums wideSums(const _color_t *pixels, int step, const int *corners, int i) const {
+    return sums<InWhole<Values>>(pixels, step, corners, i);
   }
   /// From copies of what the pixels see around them.
   [[gnu::noinline]] Sums sumsAtEdges(int i) const {
@@ -97,14 +97,14 @@ private:
           patches[k][4 * y + x] = source_.pixels[row + columns[x]];
       }
     }
-    return sumsOnPixels(patches[0], 4, corners, i);
+    return wideSums(patches[0], 4, corners, i);
   }
 
   const WarpSource &source_;
   const Taps *tapsAcross_, *tapsDown_;
   bool mayBeWhole_;
   int left_[kMostProbed], top_[kMostProbed];
-  bool atEdge_[kMostProbed / kPixels], onPixel_[kMostProbed / kPixels];
+  bool atEdge_[kMostProbed / kPixels], nearWhole_[kMostProbed / kPixels];
 };
 
 /// Of a footprint for each pixel: one probe of radii of its own.
@@ -151,8 +151,8 @@ public:
     for (const void *&ofBlock : taps)
       ofBlock = tapsDown_ + (v & (kPhases - 1));
     const auto down = loadBlocks<I16xN>(taps);
-    if (mayBeWhole_ && (v & (kPhases - 1)) == 0)
-      sumColumns<OnPixels<Values>>(rows, down);
+    if (mayBeWhole_ && isNearWhole(splat<I32xN>(v)))
+      sumColumns<InWhole<Values>>(rows, down);
     else
       sumColumns<Values>(rows, down);
   }
@@ -168,7 +168,7 @@ public:
   [[gnu::always_inline]] Sums at(int i) const {
     return sumsOf([&](int j) {
       const Columns c{loadAt<I16xN>(columns_, places_ + i, j), loadAt<I16xN>(columns_ + 2, places_ + i, j)};
-      return acrossColumns<Values>(c, loadAt<I16xN>(tapsAcross_, across_ + i, j));
+      return acrossColumns(c, loadAt<I16xN>(tapsAcross_, across_ + i, j), surplus_);
     });
   }
 
@@ -192,6 +192,7 @@ private:
   }
 
   template <class Summed> void sumColumns(const _color_t *const *rows, I16xN down) {
+    surplus_ = Summed::kSurplus;
     for (int i = 0; i < count_; i += kPixels) {
       const auto row = [&](int k) { return load<U8xN>(rows[k] + i); };
       const Columns c = Summed::columns({{row(0), row(1), row(2), row(3)}}, down);
@@ -202,7 +203,7 @@ private:
   const WarpSource &source_;
   const Taps *tapsAcross_, *tapsDown_;
   bool mayBeWhole_;
-  int begin_, count_;
+  int begin_, count_, surplus_ = 0;
   int places_[kMostProbed], across_[kMostProbed]; // in bytes
   WidePixel columns_[kMostColumns];
   _color_t copies_[4][kMostColumns];
@@ -305,7 +306,7 @@ private:
 template <bool opaque>
 void takeProbes(const WarpSource &source, const Footprint &footprint, WarpFilter filter, bool inRow,
                 const int *u, const int *v, int count, _color_t *out) {
-  using Values = std::conditional_t<opaque, OpaqueBetween, Premultiplied>;
+  using Values = std::conditional_t<opaque, OpaqueInParts, Premultiplied>;
   if (inRow) {
     RowProber<Values> prober(source, footprint, filter, u, count);
     if (prober.holdsAll())
