@@ -521,7 +521,7 @@ void probeEach(const WarpSource &source, WarpFilter filter, const int *u, const 
     });
   };
   if (source.opaque)
-    take(OpaqueBetween());
+    take(OpaqueInParts());
   else
     take(Premultiplied());
   for (int i = 0; i < count; ++i)
@@ -532,7 +532,7 @@ void probeEach(const WarpSource &source, WarpFilter filter, const int *u, const 
 
 void probeSteps(const WarpSource &source, WarpFilter filter, const int *u, const int *v,
                 const PlaceSteps &steps, const int *columns, int count, _color_t *out) {
-  const auto take = source.opaque ? takeSteps<OpaqueBetween> : takeSteps<Premultiplied>;
+  const auto take = source.opaque ? takeSteps<OpaqueInParts> : takeSteps<Premultiplied>;
   take(source, filter, u, v, steps, columns, count, out);
 }
 
