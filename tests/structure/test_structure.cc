@@ -52,7 +52,9 @@ struct Room {
 const Room kRooms[] = {
     {"frame/", {"frame/"}},
     {"kernels/exports/", {"kernels/", "frame/"}},
-    {"kernels/", {"kernels/", "frame/zol.h", "frame/export.h", "frame/convert.h", "frame/picture.h"}},
+    {"kernels/",
+     {"kernels/", "frame/zol.h", "frame/export.h", "frame/convert.h", "frame/direction.h",
+      "frame/picture.h"}},
     {"effects/", {"effects/", "kernels/", "frame/"}},
     {"Runtimes/", {"Runtimes/", "kernels/", "frame/"}},
     {"host/", {"host/", "frame/zol.h", "Runtimes/slomo_sdk/SlowMotion.h", "Runtimes/slomo_sdk/mySM.h"}},
