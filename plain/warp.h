@@ -174,9 +174,7 @@ struct Warp {
       c = (c + n / 2) / n;
     return sums;
   }
-  [[nodiscard]] Values meanOfProbes(int x, int y) const {
-    const int u = place(a, x, y), v = place(b, x, y);
-    const Probes probes = probesAt(x, y);
+  [[nodiscard]] Values meanOfProbes(int u, int v, const Probes &probes) const {
     const Row &ps = probes.first, &qs = probes.second;
     Values all;
     int total = 0;
@@ -202,9 +200,11 @@ struct Warp {
   }
 
   [[nodiscard]] _color_t sample(int x, int y) const {
-    if (filter == pixels || isPixelItself(x, y))
-      return pixelAt((place(a, x, y) + 128) >> 8, (place(b, x, y) + 128) >> 8);
-    const Values s = meanOfProbes(x, y);
+    const int u = place(a, x, y), v = place(b, x, y);
+    return filter == pixels || isPixelItself(x, y) ? pixelAt((u + 128) >> 8, (v + 128) >> 8)
+                                                   : finished(meanOfProbes(u, v, probesAt(x, y)));
+  }
+  [[nodiscard]] _color_t finished(const Values &s) const {
     const auto byte = [](int v) { return static_cast<uint8_t>(std::clamp(v, 0, 255)); };
     if (opaque)
       return {byte((s.c[0] + 32) >> 6), byte((s.c[1] + 32) >> 6), byte((s.c[2] + 32) >> 6), 255};

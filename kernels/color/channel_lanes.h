@@ -19,6 +19,20 @@ inline PixelPair loadPair(const _color_t *from, int count) {
     return {load<U32xN>(from, count), U32xN{}};
   return {load<U32xN>(from), load<U32xN>(from + kHalf, count - kHalf)};
 }
+/// The same, dealt so that channelOf() has them in their order.
+inline PixelPair loadInOrder(const _color_t *from, int count) {
+  constexpr int kAll = 2 * kLanes<U32xN>;
+  _color_t rest[kAll] = {};
+  if (count < kAll)
+    __builtin_memcpy(rest, from, static_cast<size_t>(count) * sizeof *from);
+  const _color_t *const pixels = count < kAll ? rest : from;
+  const void *first[kBlocks], *second[kBlocks];
+  for (int b = 0; b < kBlocks; ++b) {
+    first[b] = pixels + 8 * b;
+    second[b] = pixels + 8 * b + 4;
+  }
+  return {loadBlocks<U32xN>(first), loadBlocks<U32xN>(second)};
+}
 inline void storePair(_color_t *to, const PixelPair &pixels, int count) {
   constexpr int kHalf = kLanes<U32xN>;
   store(to, pixels.first, count < kHalf ? count : kHalf);

@@ -91,20 +91,10 @@ U32xN shining(U32xN pixels, uint32_t color, U32xN amount) {
 } // namespace
 
 void heightRow(const _color_t *pixels, bool ofAlpha, uint16_t *heights, int count) {
-  constexpr int kWords = kLanes<U16xN>;
   forEachVector<U16xN>(count, [=](int i, int n) {
-    _color_t rest[kWords] = {};
-    if (n < kWords)
-      __builtin_memcpy(rest, pixels + i, static_cast<size_t>(n) * sizeof *pixels);
-    const _color_t *const from = n < kWords ? rest : pixels + i;
-    const void *first[kBlocks], *second[kBlocks];
-    for (int b = 0; b < kBlocks; ++b) {
-      first[b] = from + 8 * b;
-      second[b] = from + 8 * b + 4;
-    }
-    const auto low = loadBlocks<U32xN>(first), high = loadBlocks<U32xN>(second);
-    const auto alpha = as<U16xN>(channelOf(low, high, 24));
-    store(heights + i, ofAlpha ? alpha * 255 : as<U16xN>(luma(channelsOf(low, high))) * alpha, n);
+    const PixelPair pair = loadInOrder(pixels + i, n);
+    const auto alpha = as<U16xN>(channelOf(pair.first, pair.second, 24));
+    store(heights + i, ofAlpha ? alpha * 255 : as<U16xN>(luma(channelsOf(pair))) * alpha, n);
   });
 }
 

@@ -24,7 +24,7 @@ struct Taps {
 inline constexpr int kPhases = 256; ///< places between two pixels
 inline constexpr int kLeastRadius = 64, kMostRadius = 128;
 
-/// One for every phase; radius in 1/64 pixel. Not of WarpFilter::pixels.
+/// One for every phase; radius in 1/64 pixel. Those of the next radius follow. Not of WarpFilter::pixels.
 const Taps *tapsOf(WarpFilter filter, int radius);
 
 } // namespace zol

@@ -76,11 +76,10 @@ int WarpMap::coverage(int x, int y) const {
 }
 
 /// Coverage by an edge only rises or only falls along a row: its end is guessed, and then found step by step.
-Span WarpMap::spanOf(int y, Span span, int least) const {
-  if (!leads_)
-    return {span.begin, span.begin};
-  for (const WarpEdge &edge : edges_) {
-    const double atRow = edge.atRow(y);
+Span spanWithin(const WarpEdge *edges, int count, int row, Span span, int least) {
+  for (int i = 0; i < count; ++i) {
+    const WarpEdge &edge = edges[i];
+    const double atRow = edge.atRow(row);
     const auto reaches = [&](int column) { return edge.coverage(column, atRow) >= least; };
     if (edge.x == 0) {
       span.end = reaches(span.begin) ? span.end : span.begin;

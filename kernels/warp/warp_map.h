@@ -19,6 +19,9 @@ struct WarpEdge {
   [[nodiscard]] double atRow(int row) const { return y * (row + 0.5) + rest; }
 };
 
+/// Where in the columns of a row all of the edges give a coverage of that and more.
+Span spanWithin(const WarpEdge *edges, int count, int row, Span columns, int least);
+
 class WarpMap {
 public:
   /// Draws nothing.
@@ -50,7 +53,9 @@ public:
   [[nodiscard]] Span whole(int y, const Span &visible) const { return spanOf(y, visible, 256); }
 
 private:
-  [[nodiscard]] Span spanOf(int y, Span span, int least) const;
+  [[nodiscard]] Span spanOf(int y, const Span &span, int least) const {
+    return leads_ ? spanWithin(edges_, 4, y, span, least) : Span{span.begin, span.begin};
+  }
 
   Projection toSource_{};
   bool leads_ = false, affine_ = true;

@@ -61,6 +61,9 @@ public:
     return sums<Values>(source_.pixels, source_.step, corners_ + i, i);
   }
 
+protected:
+  int corners_[kMostProbed], across_[kMostProbed], down_[kMostProbed]; // in bytes
+
 private:
   template <class Summed>
   [[gnu::always_inline]] Sums sums(const _color_t *pixels, int step, const int *corners, int i) const {
@@ -100,9 +103,26 @@ private:
   const WarpSource &source_;
   const Taps *tapsAcross_, *tapsDown_;
   bool mayBeWhole_;
-  int corners_[kMostProbed], across_[kMostProbed], down_[kMostProbed]; // in bytes
   int left_[kMostProbed], top_[kMostProbed];
   bool atEdge_[kMostProbed / kPixels], nearWhole_[kMostProbed / kPixels];
+};
+
+/// Of a footprint for each pixel: one probe of radii of its own.
+template <class Values> class EachProber : public Prober<Values> {
+public:
+  EachProber(const WarpSource &source, WarpFilter filter) : Prober<Values>(source, {}, filter) {}
+
+  void place(const int *u, const int *v, const int *radiiAcross, const int *radiiDown, int count) {
+    Prober<Values>::place(u, v, 0, 0, count);
+    const auto add = [](int *offsets, const int *radii) {
+      constexpr int kTable = kPhases * int{sizeof(Taps)};
+      store(offsets, load<I32xN>(offsets) + (load<I32xN>(radii) - kLeastRadius) * kTable);
+    };
+    for (int i = 0; i < count; i += kPixels) {
+      add(this->across_ + i, radiiAcross + i);
+      add(this->down_ + i, radiiDown + i);
+    }
+  }
 };
 
 // ---- Probes along a row ----
@@ -296,6 +316,174 @@ void takeProbes(const WarpSource &source, const Footprint &footprint, WarpFilter
   Sampler<opaque, Prober<Values>>(source, footprint, prober).take(u, v, count, out);
 }
 
+/// Calls put(i, sums) for every vector of places.
+template <class Values, class Put>
+void forEachSums(const WarpSource &source, WarpFilter filter, const int *u, const int *v,
+                 const int *radiiAcross, const int *radiiDown, int count, Put put) {
+  EachProber<Values> prober(source, filter);
+  prober.place(u, v, radiiAcross, radiiDown, count);
+  for (int i = 0; i < count; i += kPixels)
+    put(i, prober.at(i));
+}
+
+// ---- Pixels of many probes, each its own ----
+
+template <class Values> U32xN finishedPixels(const Sums &means) {
+  if constexpr (std::is_same_v<Values, Premultiplied>)
+    return dividedByAlpha(means);
+  else
+    return opaquePixels(means);
+}
+
+/// The number of probes along a step of that length and how far they are apart, as a share of it. Lengths
+/// are in 1/256 pixel, `whole` the step's own and `length` what counts of it.
+struct StepProbes {
+  StepProbes(F32xN whole, F32xN length, F32xN radius) {
+    const F32xN ratio = length / radius, rest = length * length - radius * radius;
+    const I32xN cut = convert<I32xN>(ratio);
+    const I32xN n = convert<F32xN>(cut) < ratio ? cut + 1 : cut;
+    const auto one = length <= radius, two = length <= radius * 1.25F;
+    const F32xN squares = convert<F32xN>(n * n - 1);
+    const F32xN apart = squareRoot(two ? rest * 2.0F / 3.0F : rest / squares);
+    count = one ? splat<I32xN>(1) : two ? splat<I32xN>(2) : 2 * n - 1;
+    share = one ? F32xN{} : apart / whole;
+  }
+  I32xN count;
+  F32xN share;
+};
+
+struct StepFootprints {
+  explicit StepFootprints(const PlaceSteps &steps, int size) {
+    for (int i = 0; i < size; i += kPixels) {
+      const auto lane = [i](const int *from) { return convert<F32xN>(load<I32xN>(from + i)); };
+      const F32xN px = lane(steps.rightU), py = lane(steps.rightV), qx = lane(steps.downU),
+                  qy = lane(steps.downV);
+      const F32xN p = squareRoot(px * px + py * py), q = squareRoot(qx * qx + qy * qy);
+      const auto held = [](F32xN v, float least, float most) {
+        return max(min(v, splat<F32xN>(most)), splat<F32xN>(least));
+      };
+      const F32xN lengthP = held(p, 0, PlaceSteps::kLongest), lengthQ = held(q, 0, PlaceSteps::kLongest);
+      const F32xN quarter = held(min(lengthP, lengthQ), kPhases, 2 * kPhases) * 0.25F;
+      const I32xN cut = convert<I32xN>(quarter);
+      const I32xN radius64 = convert<F32xN>(cut) < quarter ? cut + 1 : cut;
+      const F32xN radius = convert<F32xN>(radius64) * 4.0F;
+      const StepProbes alongP(p, lengthP, radius), alongQ(q, lengthQ, radius);
+      store(radii + i, radius64);
+      store(across + i, alongP.count);
+      store(down + i, alongQ.count);
+      store(acrossU + i, px * alongP.share);
+      store(acrossV + i, py * alongP.share);
+      store(downU + i, qx * alongQ.share);
+      store(downV + i, qy * alongQ.share);
+    }
+  }
+
+  int radii[kMostProbed], across[kMostProbed], down[kMostProbed]; ///< numbers of probes
+  float acrossU[kMostProbed], acrossV[kMostProbed], downU[kMostProbed], downV[kMostProbed]; ///< between them
+};
+
+/// The four channels of a pixel.
+using Channels = Vector<int32_t, 4>;
+
+Channels meanOf(Channels sums, int total) {
+  using Floats = Vector<float, 4>;
+  return convert<Channels>(convert<Floats>(sums + total / 2) / static_cast<float>(total)); // exact
+}
+
+template <class Values> class StepProber {
+public:
+  StepProber(const WarpSource &source, WarpFilter filter, const StepFootprints &footprints,
+             const int *columns, _color_t *out)
+      : source_(source), filter_(filter), footprints_(footprints), columns_(columns), out_(out) {
+    for (int i = 0; i < kMostProbed; ++i)
+      u_[i] = v_[i] = radii_[i] = kLeastRadius;
+  }
+
+  /// Pixel k, one after the other.
+  void add(int k, int u, int v) {
+    const int across = footprints_.across[k], down = footprints_.down[k];
+    if (probes_ + across * down > kMostProbed)
+      finish(k);
+    const float stepU = footprints_.acrossU[k], stepV = footprints_.acrossV[k];
+    for (int j = 0; j < down; ++j) {
+      const float s = static_cast<float>(j) - static_cast<float>(down - 1) * 0.5F;
+      const float rowU = s * footprints_.downU[k], rowV = s * footprints_.downV[k];
+      for (int i = 0; i < across; ++i, ++probes_) {
+        const float t = static_cast<float>(i) - static_cast<float>(across - 1) * 0.5F;
+        u_[probes_] = u + nearest(t * stepU + rowU);
+        v_[probes_] = v + nearest(t * stepV + rowV);
+        radii_[probes_] = footprints_.radii[k];
+      }
+    }
+  }
+
+  /// Of the pixels before `end` that were added.
+  void finish(int end) {
+    int32_t sums[kMostProbed][4];
+    forEachSums<Values>(source_, filter_, u_, v_, radii_, radii_, probes_, [&](int i, const Sums &found) {
+      for (int j = 0; j < 4; ++j) {
+        void *places[kBlocks];
+        for (int b = 0; b < kBlocks; ++b)
+          places[b] = sums[i + 4 * b + j];
+        storeBlocks(places, found.sums[j]);
+      }
+    });
+    int32_t means[kMostProbed][4] = {};
+    const auto *probe = sums;
+    for (int k = begin_; k < end; ++k) {
+      Channels all{};
+      const int across = footprints_.across[k], down = footprints_.down[k];
+      for (int j = 0; j < down; ++j) {
+        Channels line{};
+        for (int i = 0; i < across; ++i)
+          line += load<Channels>(probe++) * weight(i, across);
+        all += (across > 1 ? meanOf(line, total(across)) : line) * weight(j, down);
+      }
+      store(means[k - begin_], down > 1 ? meanOf(all, total(down)) : all);
+    }
+    for (int i = 0; i < end - begin_; i += kPixels) {
+      _color_t pixels[kPixels];
+      store(pixels, finishedPixels<Values>(sumsOf([&](int j) {
+              const void *places[kBlocks];
+              for (int b = 0; b < kBlocks; ++b)
+                places[b] = means[i + 4 * b + j];
+              return loadBlocks<I32xN>(places);
+            })));
+      for (int k = 0; k < kPixels && begin_ + i + k < end; ++k)
+        out_[columns_[begin_ + i + k]] = pixels[k];
+    }
+    begin_ = end;
+    probes_ = 0;
+  }
+
+private:
+  static int nearest(float place) {
+    const float above = place + 0.5F;
+    const int whole = static_cast<int>(above);
+    return whole - (static_cast<float>(whole) > above ? 1 : 0);
+  }
+  static int weight(int i, int count) { return count == 2 ? 1 : 1 + (i < count - 1 - i ? i : count - 1 - i); }
+  static int total(int count) { return count == 2 ? 2 : (count + 1) / 2 * ((count + 1) / 2); }
+
+  const WarpSource &source_;
+  WarpFilter filter_;
+  const StepFootprints &footprints_;
+  const int *columns_;
+  _color_t *out_;
+  int begin_ = 0, probes_ = 0;
+  int u_[kMostProbed], v_[kMostProbed], radii_[kMostProbed];
+};
+
+template <class Values>
+void takeSteps(const WarpSource &source, WarpFilter filter, const int *u, const int *v,
+               const PlaceSteps &steps, const int *columns, int count, _color_t *out) {
+  const StepFootprints footprints(steps, count);
+  StepProber<Values> prober(source, filter, footprints, columns, out);
+  for (int k = 0; k < count; ++k)
+    prober.add(k, u[columns[k]], v[columns[k]]);
+  prober.finish(count);
+}
+
 } // namespace
 
 void findPlaces(const WarpMap &map, int y, int x, int count, int *u, int *v) {
@@ -322,6 +510,30 @@ void probe(const WarpSource &source, const Footprint &footprint, WarpFilter filt
            const int *v, int count, _color_t *out) {
   const auto take = source.opaque ? takeProbes<true> : takeProbes<false>;
   take(source, footprint, filter, inRow, u, v, count, out);
+}
+
+void probeEach(const WarpSource &source, WarpFilter filter, const int *u, const int *v,
+               const int *radiiAcross, const int *radiiDown, int count, _color_t *out) {
+  const auto take = [=, &source](auto values) {
+    using Values = decltype(values);
+    forEachSums<Values>(source, filter, u, v, radiiAcross, radiiDown, count, [=](int i, const Sums &sums) {
+      store(out + i, finishedPixels<Values>(sums), count - i < kPixels ? count - i : kPixels);
+    });
+  };
+  if (source.opaque)
+    take(OpaqueInParts());
+  else
+    take(Premultiplied());
+  for (int i = 0; i < count; ++i)
+    if (((u[i] | v[i]) & (kPhases - 1)) == 0 && radiiAcross[i] == kLeastRadius &&
+        radiiDown[i] == kLeastRadius)
+      out[i] = pixelOf(source, u[i] >> 8, v[i] >> 8);
+}
+
+void probeSteps(const WarpSource &source, WarpFilter filter, const int *u, const int *v,
+                const PlaceSteps &steps, const int *columns, int count, _color_t *out) {
+  const auto take = source.opaque ? takeSteps<OpaqueInParts> : takeSteps<Premultiplied>;
+  take(source, filter, u, v, steps, columns, count, out);
 }
 
 void copyOpaque(const _color_t *pixels, int count, _color_t *out) {
