@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <pthread.h>
 
 namespace zol {
 namespace {
@@ -77,32 +78,33 @@ void split(Taps &taps) {
   }
 }
 
-class Tables {
-public:
-  explicit Tables(Weights (*weightsOf)(int radius, int phase)) {
+struct Tables {
+  Taps taps[kMostRadius - kLeastRadius + 1][kPhases];
+};
+
+/// Made when it is asked for first. Statics with constructors would bring in what threads keep for
+/// exceptions, and with it the loader's own library.
+template <Weights (*weightsOf)(int radius, int phase)> const Tables &tables() {
+  static Tables all;
+  static pthread_once_t once = PTHREAD_ONCE_INIT;
+  pthread_once(&once, [] {
     for (int radius = kLeastRadius; radius <= kMostRadius; ++radius)
       for (int phase = 0; phase < kPhases; ++phase) {
         const Weights weights = completed(weightsOf(radius, phase), phase);
-        Taps &taps = taps_[radius - kLeastRadius][phase];
+        Taps &taps = all.taps[radius - kLeastRadius][phase];
         for (int i = 0; i < 4; ++i)
           taps.weights[i] = static_cast<int16_t>(weights.w[kOrder[i]]);
         split(taps);
       }
-  }
-  [[nodiscard]] const Taps *of(int radius) const { return taps_[radius - kLeastRadius]; }
-
-private:
-  Taps taps_[kMostRadius - kLeastRadius + 1][kPhases];
-};
+  });
+  return all;
+}
 
 } // namespace
 
 const Taps *tapsOf(WarpFilter filter, int radius) {
-  static const Tables smooth(tent);
-  if (filter == WarpFilter::smooth)
-    return smooth.of(radius);
-  static const Tables sharpened(sharp);
-  return sharpened.of(radius);
+  const Tables &all = filter == WarpFilter::smooth ? tables<tent>() : tables<sharp>();
+  return all.taps[radius - kLeastRadius];
 }
 
 } // namespace zol
