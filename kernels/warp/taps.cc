@@ -78,32 +78,33 @@ void split(Taps &taps) {
   }
 }
 
-using Tables = Taps[kMostRadius - kLeastRadius + 1][kPhases];
+struct Tables {
+  Taps taps[kMostRadius - kLeastRadius + 1][kPhases];
+};
 
-void fill(Tables &tables, Weights (*weightsOf)(int radius, int phase)) {
-  for (int radius = kLeastRadius; radius <= kMostRadius; ++radius)
-    for (int phase = 0; phase < kPhases; ++phase) {
-      const Weights weights = completed(weightsOf(radius, phase), phase);
-      Taps &taps = tables[radius - kLeastRadius][phase];
-      for (int i = 0; i < 4; ++i)
-        taps.weights[i] = static_cast<int16_t>(weights.w[kOrder[i]]);
-      split(taps);
-    }
+/// Made when it is asked for first. Statics with constructors would bring in what threads keep for
+/// exceptions, and with it the loader's own library.
+template <Weights (*weightsOf)(int radius, int phase)> const Tables &tables() {
+  static Tables all;
+  static pthread_once_t once = PTHREAD_ONCE_INIT;
+  pthread_once(&once, [] {
+    for (int radius = kLeastRadius; radius <= kMostRadius; ++radius)
+      for (int phase = 0; phase < kPhases; ++phase) {
+        const Weights weights = completed(weightsOf(radius, phase), phase);
+        Taps &taps = all.taps[radius - kLeastRadius][phase];
+        for (int i = 0; i < 4; ++i)
+          taps.weights[i] = static_cast<int16_t>(weights.w[kOrder[i]]);
+        split(taps);
+      }
+  });
+  return all;
 }
-
-// Filled once by the C library: the compiler's own guards of local tables would bring exceptions into the
-// shared object.
-Tables smoothTables, sharpTables;
-pthread_once_t smoothOnce = PTHREAD_ONCE_INIT, sharpOnce = PTHREAD_ONCE_INIT;
 
 } // namespace
 
 const Taps *tapsOf(WarpFilter filter, int radius) {
-  const bool isSharp = filter == WarpFilter::sharp;
-  pthread_once(
-      isSharp ? &sharpOnce : &smoothOnce,
-      isSharp ? [] { fill(sharpTables, sharp); } : [] { fill(smoothTables, tent); });
-  return (isSharp ? sharpTables : smoothTables)[radius - kLeastRadius];
+  const Tables &all = filter == WarpFilter::smooth ? tables<tent>() : tables<sharp>();
+  return all.taps[radius - kLeastRadius];
 }
 
 } // namespace zol
