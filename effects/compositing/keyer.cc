@@ -53,7 +53,6 @@ constexpr double kUsualTolerance = 0.3, kUsualSoftness = 0.6, kUsualRange = 0.8;
 constexpr zol::Field kFields[] = {
     field::input(kBackground, "Background")
         .label(zol::kBackgroundLabel)
-        .clip()
         .help("The image that shows where the key is. It may be left out: the input then stands on a "
               "transparent frame."),
     field::input(kInput, "Input").help("The image that stands before a screen or has another key."),
