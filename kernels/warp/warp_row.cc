@@ -31,6 +31,24 @@ void prefetchBelow(const WarpSource &source, const WarpMap &map, int y, int x, c
   }
 }
 
+/// Of places of pixels x and on, which lie between two multiples of kMostProbed.
+void takeProbes(const WarpSource &source, const WarpMap &map, int y, int x, WarpFilter filter, const int *u,
+                const int *v, int count, _color_t *out) {
+  const auto take = ZOL_SELECT(probe);
+  if (map.isAffine())
+    return take(source, map.footprintAt(x, y), filter, map.isUpright(), u, v, count, out);
+  Footprint footprints[kMostProbed / kFootprintPixels]; // all at first: none waits for the one before
+  const int first = x & -kFootprintPixels;
+  for (int k = 0; first + kFootprintPixels * k < x + count; ++k)
+    footprints[k] = map.footprintAt(first + kFootprintPixels * k + kFootprintPixels / 2, y);
+  for (int i = 0; i < count;) {
+    const int k = (x + i - first) / kFootprintPixels;
+    const int end = std::min(count, first + kFootprintPixels * (k + 1) - x);
+    take(source, footprints[k], filter, false, u + i, v + i, end - i, out + i);
+    i = end;
+  }
+}
+
 uint8_t faded(uint8_t alpha, int coverage, int opacity) {
   return static_cast<uint8_t>((alpha * coverage * opacity + (1 << 19)) >> 20);
 }
@@ -58,20 +76,16 @@ void warpPixels(const WarpSource &source, const WarpMap &map, int y, int x0, int
                 _color_t *out) {
   int u[kMostProbed], v[kMostProbed];
   const auto find = ZOL_SELECT(findPlaces);
-  const auto take = ZOL_SELECT(probe);
-  const int most = map.isAffine() ? kMostProbed : kFootprintPixels;
   const bool slants = map.isAffine() && map.toSource().rows[1][0] != 0 && map.toSource().rows[1][1] != 0;
   for (int x = x0; x < x1;) {
-    const int end = std::min(x1, (x & -most) + most), count = end - x;
+    const int end = std::min(x1, (x & -kMostProbed) + kMostProbed), count = end - x;
     find(map, y, x, count, u, v);
     if (slants)
       prefetchBelow(source, map, y, x, u, v, count);
-    if (filter == WarpFilter::pixels) {
+    if (filter == WarpFilter::pixels)
       pickPixels(source, u, v, count, out);
-    } else {
-      const Footprint footprint = map.footprintAt((x & -most) + kFootprintPixels / 2, y);
-      take(source, footprint, filter, map.isUpright(), u, v, count, out);
-    }
+    else
+      takeProbes(source, map, y, x, filter, u, v, count, out);
     out += count;
     x = end;
   }
