@@ -2,6 +2,7 @@
 // exactly once and in the order given.
 #pragma once
 
+#include "frame/address.h"
 #include "frame/texts.h"
 #include "frame/zol.h"
 
@@ -48,6 +49,15 @@ inline float paramFloat(t_ZoHostInfo *host, int field, double time) {
 inline int paramInt(t_ZoHostInfo *host, int field) { return host->Services->ParamGetInt(host, field, 0); }
 
 inline void *input(t_ZoHostInfo *host, int field) { return host->Services->InputGetPic(host, field, 0); }
+
+/// What the host knows of an input; all 0 where it does not tell.
+inline t_ZoMediaInfo mediaGetInfo(t_ZoHostInfo *host, void *input) {
+  t_ZoMediaInfo info = {};
+  const bool told =
+      input != nullptr && ZoScriptExecuteHi(host, "ZoMediaInfo( " ZOL_ADDRESS ", " ZOL_ADDRESS " );",
+                                            address(input), address(&info)) == 1;
+  return told ? info : t_ZoMediaInfo{};
+}
 
 /// The input's frame at the context's frame time; null when it cannot be had. It stays the host's.
 inline pic *frameOf(t_ZoHostInfo *host, void *input) {

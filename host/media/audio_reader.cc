@@ -91,6 +91,13 @@ uint64_t AudioReader::limit() const {
                                                         : frameAt(info_.soundDuration + kMostBehindEnd);
 }
 
+double AudioReader::duration() const {
+  if (info_.soundGuessed)
+    return 0;
+  return std::max(0.0,
+                  std::min(options_.end.value_or(info_.soundDuration), info_.soundDuration) - options_.start);
+}
+
 std::optional<uint64_t> AudioReader::frameCount() const {
   const uint64_t end = std::min(end_.value_or(next_), limit());
   if (!end_ && end < limit())

@@ -56,6 +56,9 @@ public:
   /// input: HostError).
   size_t read(uint64_t first, size_t count, float *samples);
 
+  /// Seconds from the start to the end, as far as the file tells; 0 where it does not.
+  [[nodiscard]] double duration() const;
+
   /// Number of sample frames, known once the end was met.
   [[nodiscard]] std::optional<uint64_t> frameCount() const;
 

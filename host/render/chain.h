@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -29,13 +30,19 @@ struct StageSetup {
 
 /// What to render with which files; a chain is made of it, or several.
 struct ChainSetup {
-  /// Finds the plan's effects. Throws HostError where one is not there, does not render, or cannot be
+  /// Finds the plan's effects, and settles what they render: those that make pictures and sound what the
+  /// output holds, pictures first. Throws HostError where one is not there, does not render, or cannot be
   /// chained.
   ChainSetup(const RenderPlan &plan, const EffectLibrary &library);
 
-  bool sound = false; ///< whether the effects make sound rather than pictures
+  bool sound = false; ///< whether sound is rendered rather than pictures
   std::vector<StageSetup> stages;
   std::vector<InputPlan> inputs; ///< in the order in which they are opened
+  /// One an input: whether its effect takes frames at times of its own, which it best does at the file's own
+  /// rate.
+  std::vector<bool> retimed;
+  /// Of pictures: how many effects, from the first on, make sound too.
+  size_t sounding = 0;
 };
 
 /// Renders any time in any order. Has instances of its own and borrows the inputs, which outlive it.
@@ -48,6 +55,9 @@ public:
   std::unique_ptr<PictureBuffer> picture(double time) { return stages_.back()->video(time); }
   std::unique_ptr<AudioBuffer> sound(double from, double to) { return stages_.back()->audio(from, to); }
   [[nodiscard]] const Timeline &timeline() const { return stages_.back()->timeline(); }
+
+  /// How long the first effect would go on with its media; nothing where it does not tell.
+  [[nodiscard]] std::optional<double> mediaDuration() { return stages_.front()->instance().mediaDuration(); }
 
   /// What settings left out of the files that they name, a line each.
   [[nodiscard]] std::vector<std::string> notes();
