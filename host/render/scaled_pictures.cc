@@ -14,8 +14,8 @@ pic *ScaledPictures::at(pic *picture, int width, int height) {
   auto scaled = PictureBuffer::makeUnwritten(width, height);
   if (scaled == nullptr)
     return nullptr;
-  resampleLinear({picture->Pixels, picture->Width, picture->Width, picture->Height}, scaled->record()->Pixels,
-                 width, width, height);
+  resample({picture->Pixels, picture->Width, picture->Width, picture->Height}, scaled->record()->Pixels,
+           width, width, height);
   made_.push_back({picture, std::move(scaled)});
   return made_.back().picture->record();
 }
