@@ -17,12 +17,15 @@ void pickPixels(const WarpSource &source, const int *u, const int *v, int count,
     out[i] = pixelOf(source, (u[i] + kPhases / 2) >> 8, (v[i] + kPhases / 2) >> 8);
 }
 
-/// Asks for what rows further down read: along slanting lines the processor does not foresee it.
-void prefetchBelow(const WarpSource &source, const WarpMap &map, int y, int x, const int *u, const int *v,
-                   int count) {
-  constexpr int kRowsBelow = 8, kStep = 8;
-  const Point place = map.toSource().of({x + 0.5, y + kRowsBelow + 0.5});
-  const int right = static_cast<int>(place.x) - (u[0] >> 8), down = static_cast<int>(place.y) - (v[0] >> 8);
+/// Asks for what rows further down read, of an affine map: along slanting lines the processor does not
+/// foresee it.
+void prefetchBelow(const WarpSource &source, const WarpMap &map, const int *u, const int *v, int count) {
+  constexpr int kRowsBelow = 8, kStep = 8, kFar = 1000;
+  const auto &[a, b, g] = map.toSource().rows;
+  const double x = a[1] * kRowsBelow, y = b[1] * kRowsBelow;
+  if (!(std::abs(x) <= kFar && std::abs(y) <= kFar))
+    return;
+  const int right = static_cast<int>(x), down = static_cast<int>(y);
   for (int i = 0; i < count; i += kStep) {
     const int column = (u[i] >> 8) + right, row = (v[i] >> 8) + down;
     if (static_cast<unsigned>(column) < static_cast<unsigned>(source.width) &&
@@ -81,7 +84,7 @@ void warpPixels(const WarpSource &source, const WarpMap &map, int y, int x0, int
     const int end = std::min(x1, (x & -kMostProbed) + kMostProbed), count = end - x;
     find(map, y, x, count, u, v);
     if (slants)
-      prefetchBelow(source, map, y, x, u, v, count);
+      prefetchBelow(source, map, u, v, count);
     if (filter == WarpFilter::pixels)
       pickPixels(source, u, v, count, out);
     else
