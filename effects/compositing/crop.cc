@@ -177,7 +177,7 @@ private:
     }
     for (int y = 0; y < frame_.Height; ++y)
       ZOL_SELECT(matteRow)
-      (shape->Pixels + ptrdiff_t{y} * frame_.Width, zol::MatteSource::alpha, matte_->row(y), frame_.Width);
+    (shape->Pixels + ptrdiff_t{y} * frame_.Width, zol::MatteSource::alpha, matte_->row(y), frame_.Width);
     return matte_->soften(settings_.look.softness / 2);
   }
 
