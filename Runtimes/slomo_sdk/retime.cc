@@ -85,7 +85,8 @@ pic *delivered(t_ZoHostInfo *host, const _color_t *pixels, int width, int height
 } // namespace
 
 Footage readFootage(t_ZoHostInfo *host, void *input, int beyondField, int methodField, int fieldsField) {
-  const t_ZoMediaInfo info = mediaGetInfo(host, input);
+  t_ZoMediaInfo info;
+  mediaGetInfo(host, input, info);
   const FrameFields fields = choice(host, fieldsField, FrameFields::bottomFirst);
   Footage footage = {};
   footage.input = input;

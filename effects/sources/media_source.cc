@@ -148,8 +148,7 @@ template <int volumeField> t_ZoAudio *renderSound(t_ZoHostInfo *host) {
   const auto mediaTime = [&](double time) {
     return zol::within(playing.mediaTime(time - host->ClipStart), -kForever, kForever);
   };
-  const double known = zol::mediaGetInfo(host, media).Duration;
-  const double duration = std::isfinite(known) && known > 0 ? known : kForever;
+  const double known = zol::mediaDuration(host, media), duration = known > 0 ? known : kForever;
   const Stretch stretch{mediaTime(host->BlockStart), mediaTime(host->BlockEnd)};
   const bool outside =
       std::max(stretch.from, stretch.to) < 0 || std::min(stretch.from, stretch.to) >= duration;
@@ -176,10 +175,13 @@ template <int volumeField> t_ZoAudio *renderSound(t_ZoHostInfo *host) {
   } else {
     const double rate = sound->Rate, step = playing.speed * rate / out->Rate;
     constexpr double kRounding = 2; // frames
+    double earlier = 0;
     if (const t_ZoAudio *more =
-            stretch.fetch(host, media, (zol::SoundReader::reach(step) + kRounding) / rate, duration, begin);
-        more != nullptr && more->Rate == sound->Rate && more->Channels == sound->Channels)
+            stretch.fetch(host, media, (zol::SoundReader::reach(step) + kRounding) / rate, duration, earlier);
+        more != nullptr && more->Rate == sound->Rate && more->Channels == sound->Channels) {
       sound = more;
+      begin = earlier;
+    }
     // The block's own first sample, so that blocks join wherever they are cut.
     const double first = std::floor(host->BlockStart * out->Rate + 0.5) / out->Rate;
     reader.read(zol::sourceOf(*sound), mediaTime(first) * rate - frameOf(begin), step, out->Frames,
@@ -192,9 +194,11 @@ template <int volumeField> t_ZoAudio *renderSound(t_ZoHostInfo *host) {
 // ---- Media and their length ----
 
 int probe(t_ZoHostInfo *host, void *media) {
-  const t_ZoMediaInfo info = zol::mediaGetInfo(host, media);
-  const int found = (info.HasVideo != 0 ? 1 : 0) | (info.HasAudio != 0 ? 2 : 0);
-  return found != 0 ? found : 3;
+  constexpr int kPictures = 1, kSound = 2;
+  t_ZoMediaInfo info;
+  if (!zol::mediaGetInfo(host, media, info))
+    return kPictures | kSound;
+  return (info.HasVideo != 0 ? kPictures : 0) | (info.HasAudio != 0 ? kSound : 0);
 }
 
 int initByMedia(t_ZoHostInfo *host, void *media) {
@@ -207,16 +211,10 @@ void setOffset(t_ZoHostInfo *host, double offset) {
   host->Services->ParamSetFloat(host, kStartOffset, 0, kKey, offset);
 }
 
-/// Seconds; 0 where it is not known.
-double mediaDuration(t_ZoHostInfo *host) {
-  const double duration = zol::mediaGetInfo(host, zol::input(host, kMedia)).Duration;
-  return std::isfinite(duration) ? std::max(0.0, duration) : 0;
-}
-
 /// Keeps the edges where there are media, unless these go on for ever, and what is seen at every time.
 int trim(t_ZoHostInfo *host, double edges[2]) {
   const Playing playing = Playing::at(host, host->Time);
-  const double start = host->VideoClipStart, duration = mediaDuration(host);
+  const double start = host->VideoClipStart, duration = zol::mediaDuration(host, zol::input(host, kMedia));
   if (zol::paramInt(host, kBeyond) != static_cast<int>(zol::Beyond::loop) && playing.speed != 0) {
     const double begins = start - playing.offset / playing.speed;
     const double ends = start + (duration - playing.offset) / playing.speed;
@@ -234,12 +232,22 @@ int trim(t_ZoHostInfo *host, double edges[2]) {
   return 1;
 }
 
+/// Other media may be shorter than those before.
+void forgetOffsetBeyondMedia(t_ZoHostInfo *host) {
+  const double duration = zol::mediaDuration(host, zol::input(host, kMedia));
+  if (duration > 0 && Playing::at(host, host->Time).offset > duration)
+    setOffset(host, 0);
+}
+
+int onDialogOpen(t_ZoHostInfo *host) {
+  forgetOffsetBeyondMedia(host);
+  return 1;
+}
+
 int onDialogItemEdit(t_ZoHostInfo *host, int item) {
   if (item != kMedia)
     return 0;
-  const double duration = mediaDuration(host);
-  if (duration > 0 && Playing::at(host, host->Time).offset > duration)
-    setOffset(host, 0);
+  forgetOffsetBeyondMedia(host);
   host->Services->DialogRefresh(host, 0, 0);
   return 0;
 }
@@ -259,6 +267,7 @@ constexpr zol::Effect kMediaSource{
     .renderVideo = render,
     .renderVideoRT = renderRT,
     .renderAudio = renderSound<kVolume>,
+    .onDialogOpen = onDialogOpen,
     .onDialogItemEdit = onDialogItemEdit,
     .probe = probe,
     .initByMedia = initByMedia,

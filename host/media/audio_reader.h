@@ -87,8 +87,9 @@ private:
   Damage damage_;
   std::unique_ptr<Process> process_;
   Listener listener_{false};
-  std::vector<float> window_; ///< The newest samples; the last sample frame is number next_ - 1.
-  uint64_t next_ = 0;         ///< Sample frames taken from the child so far, from the file's beginning.
+  size_t kept_ = size_t{16} * 16384; ///< Sample frames kept at least for going back.
+  std::vector<float> window_;        ///< The newest samples; the last sample frame is number next_ - 1.
+  uint64_t next_ = 0; ///< Sample frames taken from the child so far, from the file's beginning.
   std::optional<uint64_t> end_;
 };
 

@@ -158,6 +158,8 @@ TEST_F(MediaSource, TellsOfMediaAndTrimsThem) {
   EXPECT_EQ(effect.probe(info, &clip), 3);
   clip.told->HasAudio = 0;
   EXPECT_EQ(effect.probe(info, &clip), 1);
+  clip.told->HasVideo = 0;
+  EXPECT_EQ(effect.probe(info, &clip), 0);
   EXPECT_EQ(effect.deleteUserData(info), 1);
   const struct {
     double speed, offset, from, to, begins, ends, newOffset;
@@ -201,6 +203,9 @@ TEST_F(MediaSource, TellsOfMediaAndTrimsThem) {
     EXPECT_EQ(effect.onDialogItemEdit(info, kMedia), 0);
     session.tracing = false;
     EXPECT_EQ(session.trace.back(), "DialogRefresh(0, 0)");
+    EXPECT_EQ(value(kStartOffset), after);
+    set(kStartOffset, offset);
+    EXPECT_EQ(effect.onDialogOpen(info), 1);
     EXPECT_EQ(value(kStartOffset), after);
   }
 }
@@ -258,6 +263,14 @@ TEST_F(MediaSource, PlaysSoundAtItsSpeed) {
   const std::vector<float> rising = heard(3.5, 250, 1);
   for (size_t i = 0; i < rising.size(); ++i)
     EXPECT_NEAR(rising[i], double(wave[500 + i]) * (0.5 + double(i) / kRate) / 10, 1e-6) << i;
+
+  set(kSpeed, 0.5);
+  set(kVolume, 1);
+  session.faults.clear();
+  session.faults.failAt(host::Service::InputGetAudio, 2); // what the window needs beside the block
+  const std::vector<float> cut = heard(3.5, 30, 1);
+  session.faults.clear();
+  EXPECT_NEAR(cut[14], wave[257], 0.1);
 
   clip.soundless = true;
   EXPECT_TRUE(heard(3.5, 4, 1).empty());
