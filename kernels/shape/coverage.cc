@@ -119,7 +119,7 @@ private:
       last = cutLong<int32_t>(cells, left, right, height, sign);
     else
       last = cutLong<int64_t>(cells, left, right, height, sign);
-    uint8_t *const marks = marks_ + ptrdiff_t{row} * (stride_ / kCoverBlock);
+    uint32_t *const marks = marks_ + ptrdiff_t{row} * (stride_ / kCoverBlock);
     for (int block = std::max(column, 0) / kCoverBlock; block <= (last + 1) / kCoverBlock; ++block)
       marks[block] = 1;
   }
@@ -157,7 +157,7 @@ private:
   }
 
   uint32_t *cells_;
-  uint8_t *marks_;
+  uint32_t *marks_;
   int stride_, width_, top_;
 };
 
@@ -171,43 +171,51 @@ Coverage::Coverage(int width, int height, double squeeze)
     return;
   std::memset(bytes_.data(), 0, static_cast<size_t>(stride_) * static_cast<size_t>(height_));
   std::memset(cells_.data(), 0, static_cast<size_t>(stride_) * kBandRows * sizeof(uint32_t));
-  std::memset(marks_.data(), 0, static_cast<size_t>(stride_ / kCoverBlock) * kBandRows);
+  std::fill_n(marks_.data(), stride_ / kCoverBlock * kBandRows, 0U);
   std::fill_n(heads_.data(), bandsOf(height_), -1);
 }
 
-void Coverage::lineTo(double x, double y) {
-  if (std::isnan(x) || std::isnan(y)) {
-    isNumber_ = false;
-    return;
-  }
-  const Corner corner{inSteps(x / squeeze_), inSteps(y)};
-  if (drawing_) {
-    addEdge(last_, corner);
-    area_ += (static_cast<double>(last_.x) - start_.x) * (static_cast<double>(corner.y) - start_.y) -
-             (static_cast<double>(corner.x) - start_.x) * (static_cast<double>(last_.y) - start_.y);
-  } else {
-    start_ = corner;
-  }
-  drawing_ = true;
-  last_ = corner;
+Coverage::Corner Coverage::corner(double x, double y) {
+  const double inColumns = x / squeeze_;
+  const bool isNumber = !std::isnan(inColumns) && !std::isnan(y);
+  isNumber_ = isNumber_ && isNumber;
+  return isNumber ? Corner{inSteps(inColumns), inSteps(y)} : Corner{};
 }
 
-void Coverage::close() {
-  if (drawing_)
-    addEdge(last_, start_);
+void Coverage::lineTo(double x, double y) {
+  const Corner to = corner(x, y);
+  if (going_)
+    edge(last_, to);
+  else
+    start_ = to;
+  going_ = true;
+  last_ = to;
+}
+
+void Coverage::close(int layers) {
+  if (going_)
+    edge(last_, start_);
   // Areas lie to the right of edges that go down: these are on the left of what turns the other way round.
   const int sign = !isNumber_ ? 0 : area_ > 0 ? -1 : 1;
-  for (Edge *edge = edges_.begin() + polygon_; edge != edges_.end(); ++edge)
-    edge->sign *= sign;
+  if (sign != 1)
+    for (Edge *added = edges_.begin() + polygon_; added != edges_.end(); ++added)
+      added->sign *= sign;
   polygon_ = edges_.count();
-  drawing_ = false;
+  drawing_ = going_ = false;
   isNumber_ = true;
   area_ = 0;
-  if (++polygons_ == kTogether)
+  layers_ += layers;
+  if (layers_ >= kTogether)
     merge();
 }
 
-void Coverage::addEdge(Corner from, Corner to) {
+void Coverage::edge(Corner from, Corner to) {
+  if (!drawing_)
+    origin_ = from;
+  drawing_ = true;
+  const auto off = [](int32_t place, int32_t origin) { return static_cast<double>(place) - origin; };
+  area_ += off(from.x, origin_.x) * off(to.y, origin_.y) - off(to.x, origin_.x) * off(from.y, origin_.y);
+
   const bool down = from.y < to.y;
   if (!down)
     std::swap(from, to);
@@ -216,12 +224,12 @@ void Coverage::addEdge(Corner from, Corner to) {
     return;
   if (from.x <= 0 && to.x <= 0)
     from.x = to.x = 0;
-  const int band = std::max(from.y, 0) / kBandHeight;
+  const auto band = static_cast<size_t>(std::max(from.y, 0) / kBandHeight);
   const auto index = static_cast<int32_t>(edges_.count());
-  if (edges_.count() >= INT32_MAX || !edges_.add({from.x, from.y, to.x, to.y, down ? 1 : -1, heads_[band]}))
-    failed_ = true;
-  else
-    heads_[static_cast<size_t>(band)] = index;
+  failed_ =
+      edges_.count() >= INT32_MAX || !edges_.add({from.x, from.y, to.x, to.y, down ? 1 : -1, heads_[band]});
+  if (!failed_)
+    heads_[band] = index;
 }
 
 void Coverage::merge(int brightness) {
@@ -249,7 +257,7 @@ void Coverage::merge(int brightness) {
   }
   edges_.cut(0);
   polygon_ = 0;
-  polygons_ = 0;
+  layers_ = 0;
 }
 
 } // namespace zol

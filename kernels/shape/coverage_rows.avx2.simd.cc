@@ -29,7 +29,7 @@ I32xN coverageOf(U32xN sums, int brightness) {
 
 } // namespace
 
-void coverRow(uint32_t *cells, uint8_t *marks, int blocks, int brightness, uint8_t *bytes) {
+void coverRow(uint32_t *cells, uint32_t *marks, int blocks, int brightness, uint8_t *bytes) {
   using Bytes = Vector<uint8_t, kCount>;
   uint32_t sum = 0;
   const auto put = [](uint8_t *to, I32xN values) {

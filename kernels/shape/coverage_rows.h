@@ -14,6 +14,6 @@ inline constexpr int kCoverBlock = 16;
 /// brightness / 256, into the bytes by maximum. Cells and marks, which stand where a block is not all 0, are
 /// 0 afterwards.
 ZOL_LEVELS_TO(avx2,
-              void coverRow(uint32_t *cells, uint8_t *marks, int blocks, int brightness, uint8_t *bytes);)
+              void coverRow(uint32_t *cells, uint32_t *marks, int blocks, int brightness, uint8_t *bytes);)
 
 } // namespace zol

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <utility>
 
 namespace zol {
 namespace {
@@ -19,6 +20,20 @@ double cross(Vec a, Vec b) { return a.x * b.y - a.y * b.x; }
 double length(Vec a) { return std::sqrt(dot(a, a)); }
 /// A quarter turn from the first axis to the second.
 Vec turned(Vec a) { return {-a.y, a.x}; }
+
+/// From one direction to another, less than half a turn away, without the last one.
+template <class Take>
+void forEachOnArc(double radius, Vec from, Vec to, const Take &take, int halvings = 16) {
+  constexpr double kError = 1.0 / 16;                                      // pixels between chord and arc
+  const double middle = std::sqrt(std::max((1 + dot(from, to)) / 2, 0.0)); // cosine of half the angle
+  if (halvings == 0 || !(radius * (1 - middle) > kError)) {
+    take(from);
+    return;
+  }
+  const Vec between = 1 / length(from + to) * (from + to);
+  forEachOnArc(radius, from, between, take, halvings - 1);
+  forEachOnArc(radius, between, to, take, halvings - 1);
+}
 
 class Stroker {
 public:
@@ -48,6 +63,8 @@ public:
       corner = end;
       now = next;
     }
+    if (strip_ > 0) // round to where it began
+      endStrip(points[0], false);
   }
 
   /// Half a disc towards a direction.
@@ -83,18 +100,41 @@ private:
 
   void lineTo(const StrokePoint &at, Vec offset) { coverage_.lineTo(at.x + offset.x, at.y + offset.y); }
 
+  /// A piece from one end to the other. Pieces that share corners are drawn as one polygon: what their common
+  /// edges would add and take away again is most of the work.
   void drawQuad(const StrokePoint &from, const std::optional<Vec> &begin, const StrokePoint &to,
                 const std::optional<Vec> &end, Vec along) {
-    const Vec first = begin.value_or(from.half * turned(along)), last = end.value_or(to.half * turned(along));
-    lineTo(from, first);
-    lineTo(to, last);
-    if (!end)
-      lineTo(to, {}); // where joins and caps have a corner
-    lineTo(to, -last);
-    lineTo(from, -first);
-    if (!begin)
-      lineTo(from, {});
-    coverage_.close();
+    constexpr int kLongest = 1024; // that lies upon itself no more often
+    const Corners last = cornersAt(to, end.value_or(to.half * turned(along)));
+    if (strip_ == 0) {
+      corners_ = cornersAt(from, begin.value_or(from.half * turned(along)));
+      drawEnd(from, !begin, corners_.right, corners_.left);
+    }
+    coverage_.edge(corners_.left, last.left);
+    coverage_.edge(last.right, corners_.right);
+    corners_ = last;
+    if (++strip_ == kLongest || !end)
+      endStrip(to, !end);
+  }
+
+  void endStrip(const StrokePoint &at, bool isFree) {
+    drawEnd(at, isFree, corners_.left, corners_.right);
+    coverage_.close(std::exchange(strip_, 0));
+  }
+
+  struct Corners {
+    Coverage::Corner left, right;
+  };
+  [[nodiscard]] Corners cornersAt(const StrokePoint &at, Vec side) {
+    return {coverage_.corner(at.x + side.x, at.y + side.y), coverage_.corner(at.x - side.x, at.y - side.y)};
+  }
+
+  /// The edge across the line; joins and caps have a corner in its middle.
+  void drawEnd(const StrokePoint &at, bool isFree, Coverage::Corner from, Coverage::Corner to) {
+    const Coverage::Corner middle = isFree ? coverage_.corner(at.x, at.y) : from;
+    if (isFree)
+      coverage_.edge(from, middle);
+    coverage_.edge(middle, to);
   }
 
   void drawCap(const StrokePoint &at, Vec outward) {
@@ -133,22 +173,15 @@ private:
     coverage_.close();
   }
 
-  /// From one direction to another, less than half a turn away, without the last point.
-  void arc(const StrokePoint &at, Vec from, Vec to, int halvings = 16) {
-    constexpr double kError = 1.0 / 16;                                      // pixels between chord and arc
-    const double middle = std::sqrt(std::max((1 + dot(from, to)) / 2, 0.0)); // cosine of half the angle
-    if (halvings == 0 || !(at.half * (1 - middle) > kError)) {
-      lineTo(at, at.half * from);
-      return;
-    }
-    const Vec between = 1 / length(from + to) * (from + to);
-    arc(at, from, between, halvings - 1);
-    arc(at, between, to, halvings - 1);
+  void arc(const StrokePoint &at, Vec from, Vec to) {
+    forEachOnArc(at.half, from, to, [&](Vec direction) { lineTo(at, at.half * direction); });
   }
 
   Join join_;
   Cap cap_;
   Coverage &coverage_;
+  Corners corners_{}; ///< where the strip of pieces has come to
+  int strip_ = 0;     ///< pieces in it so far
 };
 
 /// Drops points that stand where the one before does; how many are left.
@@ -173,13 +206,18 @@ void stroke(StrokePoint *points, size_t count, bool closed, Join join, Cap cap, 
   if (kept > 1)
     Stroker(join, cap, coverage).draw(points, kept, closed && kept > 2);
   else if (kept == 1 && cap == Cap::round)
-    drawDisc(points[0].x, points[0].y, points[0].half, coverage);
+    for (const Vec side : {Vec{1, 0}, Vec{-1, 0}})
+      Stroker(join, cap, coverage).halfDisc(points[0], side);
 }
 
-void drawDisc(double x, double y, double radius, Coverage &coverage) {
-  Stroker disc(Join::round, Cap::round, coverage);
-  disc.halfDisc({x, y, radius}, {1, 0});
-  disc.halfDisc({x, y, radius}, {-1, 0});
+bool addDisc(double radius, Growing<PlanePoint> &points) {
+  constexpr Vec kAxes[] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}};
+  bool added = true;
+  for (int i = 0; i < 4; ++i)
+    forEachOnArc(radius, kAxes[i], kAxes[(i + 1) % 4], [&](Vec v) {
+      added = added && points.add({radius * v.x, radius * v.y});
+    });
+  return added;
 }
 
 } // namespace zol

@@ -2,11 +2,16 @@
 #pragma once
 
 #include "kernels/shape/coverage.h"
+#include "kernels/simd/growing.h"
 
 namespace zol {
 
 enum class Join { round, miter, bevel };
 enum class Cap { round, butt, square };
+
+struct PlanePoint {
+  double x, y;
+};
 
 /// A point on the line, and half its width there; in pixels.
 struct StrokePoint {
@@ -20,7 +25,7 @@ struct StrokePoint {
 /// round.
 void stroke(StrokePoint *points, size_t count, bool closed, Join join, Cap cap, Coverage &coverage);
 
-/// Draws a disc, as round caps are drawn.
-void drawDisc(double x, double y, double radius, Coverage &coverage);
+/// Adds the points of a disc around 0, 0, as round caps have them; false when memory runs out.
+bool addDisc(double radius, Growing<PlanePoint> &points);
 
 } // namespace zol
