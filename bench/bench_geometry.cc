@@ -48,6 +48,34 @@ ZOL_PAINT(dashed_stroke_of_500_cubics, ProcessDrawShapeDeclare, path500(),
 ZOL_PAINT(thousand_round_dots, ProcessDottDeclare, test::ellipse(960, 540, 500, 500),
           std::vector<Setting>{{5, 3141.5926 / 1000 / 1920}, {4, 0.01}}, std::vector<Setting>{});
 
+void wipe(benchmark::State &state, SimdLevel level, double softness) {
+  bench::Scene scene(ProcessWiperDeclare, level);
+  static const auto first = bench::opaque(1), second = bench::opaque(2);
+  test::PictureClip a(first->record()), b(second->record());
+  scene.assign(0, a);
+  scene.assign(1, b);
+  const test::OutlineShape heart(test::Outline{{{{960, 400}, {600, 620}, {-150, -250}, {0, -250}},
+                                                {{600, 620}, {960, 900}, {20, 150}, {-150, -100}},
+                                                {{960, 900}, {1320, 620}, {150, -100}, {-20, 150}},
+                                                {{1320, 620}, {960, 400}, {0, -250}, {150, -250}}}});
+  *scene.session.parameters.geometries.get(2, 0) = &heart;
+  scene.session.info()->Time = 0.5;
+  scene.set(3, 0.3);
+  scene.set(6, softness);
+  scene.services.PicCreate = [](int width, int height) {
+    static const auto out = host::PictureBuffer::make(bench::kWidth, bench::kHeight);
+    static const auto mask = host::PictureBuffer::make(bench::kWidth, bench::kHeight);
+    static const auto edges = host::PictureBuffer::make(bench::kWidth + 1, bench::kHeight + 1);
+    static int turn = 0;
+    (void)height;
+    return width > bench::kWidth ? edges->record() : (++turn % 2 != 0 ? out : mask)->record();
+  };
+  scene.run(state);
+}
+BENCHMARK_CAPTURE(wipe, sharp_heart_avx2, SimdLevel::avx2, 0)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(wipe, soft_heart_sse2, SimdLevel::sse2, 0.2)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(wipe, soft_heart_avx2, SimdLevel::avx2, 0.2)->Unit(benchmark::kMillisecond);
+
 } // namespace
 
 BENCHMARK_MAIN();

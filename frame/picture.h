@@ -93,9 +93,9 @@ public:
   pic *operator->() const { return picture_; }
   [[nodiscard]] pic *get() const { return picture_; }
   [[nodiscard]] pic *release() { return std::exchange(picture_, nullptr); }
-  void reset() {
-    if (picture_ != nullptr)
-      host_->Services->PicFree(std::exchange(picture_, nullptr));
+  void reset(pic *picture = nullptr) {
+    if (pic *before = std::exchange(picture_, picture))
+      host_->Services->PicFree(before);
   }
 
 private:
