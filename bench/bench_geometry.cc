@@ -48,6 +48,11 @@ ZOL_PAINT(dashed_stroke_of_500_cubics, ProcessDrawShapeDeclare, path500(),
 ZOL_PAINT(thousand_round_dots, ProcessDottDeclare, test::ellipse(960, 540, 500, 500),
           std::vector<Setting>{{5, 3141.5926 / 1000 / 1920}, {4, 0.01}}, std::vector<Setting>{});
 
+ZOL_PAINT(stars_500_glowing, ProcessStarGenDeclare, test::Outline{},
+          std::vector<Setting>{{6, 0.02}, {10, 0.01}}, std::vector<Setting>{{12, 500}});
+ZOL_PAINT(bolt, ProcessLightningDeclare, test::Outline{}, std::vector<Setting>{{10, 0.6}},
+          std::vector<Setting>{});
+
 void wipe(benchmark::State &state, SimdLevel level, double softness) {
   bench::Scene scene(ProcessWiperDeclare, level);
   static const auto first = bench::opaque(1), second = bench::opaque(2);

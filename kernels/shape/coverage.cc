@@ -220,10 +220,14 @@ void Coverage::edge(Corner from, Corner to) {
   if (!down)
     std::swap(from, to);
   const int right = width_ << kShift, bottom = height_ << kShift;
-  if (failed_ || from.y == to.y || to.y <= 0 || from.y >= bottom || (from.x >= right && to.x >= right))
+  if (failed_ || from.y == to.y || to.y <= 0 || from.y >= bottom)
+    return;
+  rightmost_ = std::max(rightmost_, std::max(from.x, to.x) >> kShift);
+  if (from.x >= right && to.x >= right)
     return;
   if (from.x <= 0 && to.x <= 0)
     from.x = to.x = 0;
+  leftmost_ = std::min(leftmost_, std::min(from.x, to.x) >> kShift);
   const auto band = static_cast<size_t>(std::max(from.y, 0) / kBandHeight);
   const auto index = static_cast<int32_t>(edges_.count());
   failed_ =
@@ -237,6 +241,9 @@ void Coverage::merge(int brightness) {
     return;
   const auto cover = ZOL_SELECT(coverRow);
   const int blocks = stride_ / kCoverBlock;
+  // Outside of these the sums are 0: edges to the left count as on the border, and shapes end at their right.
+  const int first = std::max(leftmost_, 0) / kCoverBlock;
+  const int count = std::min((rightmost_ + 1) / kCoverBlock + 1, blocks) - first;
   for (int b = 0; b < bandsOf(height_); ++b) {
     int32_t index = std::exchange(heads_[static_cast<size_t>(b)], -1);
     if (index < 0)
@@ -252,11 +259,14 @@ void Coverage::merge(int brightness) {
       index = next;
     }
     for (int y = 0; y < std::min(kBandRows, height_ - b * kBandRows); ++y)
-      cover(cells_.data() + ptrdiff_t{y} * stride_, marks_.data() + ptrdiff_t{y} * blocks, blocks, brightness,
-            row(b * kBandRows + y));
+      cover(cells_.data() + ptrdiff_t{y} * stride_ + first * kCoverBlock,
+            marks_.data() + ptrdiff_t{y} * blocks + first, count, brightness,
+            row(b * kBandRows + y) + first * kCoverBlock);
   }
   edges_.cut(0);
   polygon_ = 0;
+  leftmost_ = INT32_MAX;
+  rightmost_ = 0;
   layers_ = 0;
 }
 

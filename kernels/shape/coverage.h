@@ -64,7 +64,8 @@ private:
   Scratch<uint32_t> marks_; ///< of one band: which blocks of cells are not all 0
   Scratch<int32_t> heads_;  ///< a band's first edge
   Growing<Edge> edges_;
-  size_t polygon_ = 0; ///< the first edge of the one being drawn
+  size_t polygon_ = 0;                       ///< the first edge of the one being drawn
+  int leftmost_ = INT32_MAX, rightmost_ = 0; ///< of all edges, in columns
   int layers_ = 0;
   Corner origin_{}; ///< of the area, anywhere near
   double area_ = 0; ///< doubled

@@ -52,7 +52,7 @@ inline void expectPaintsOverItsInput(Painter &painter, int inputField, int alpha
   const pic &from = *under->record(), &to = *over->record();
   ASSERT_TRUE(to.X == from.X && to.Y == from.Y && to.Width == from.Width && to.Height == from.Height);
   int changed = 0;
-  for (int y = 0; y < to.Height; ++y)
+  for (int y = std::max<int>(-to.Y, 0); y < to.Height; ++y) // within the frame
     for (int x = 0; x < to.Width; ++x) {
       const ptrdiff_t i = ptrdiff_t{y} * to.Width + x;
       const int paint = alphaAt(*alone, x + to.X, y + to.Y);
