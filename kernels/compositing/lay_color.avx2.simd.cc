@@ -8,7 +8,13 @@ namespace {
 void lay(_color_t *pixels, int count, U32xN upper, U32xN alphas) {
   if (allSet(alphas == 0))
     return;
-  store(pixels, allSet(alphas == 255) ? upper : over(load<U32xN>(pixels, count), upper, upper, alphas),
+  if (allSet(alphas == 255)) {
+    store(pixels, upper, count);
+    return;
+  }
+  const auto lower = load<U32xN>(pixels, count);
+  store(pixels,
+        allSet(lower >> 24 == 255) ? overOpaque(lower, upper, alphas) : over(lower, upper, upper, alphas),
         count);
 }
 
@@ -24,14 +30,13 @@ void layColorOnBytes(_color_t *pixels, const uint8_t *mask, int count, unsigned 
   constexpr int kPixels = kLanes<U32xN>;
   const auto upper = splat<U32xN>(colour | 0xff000000U);
   const auto opacity = static_cast<uint16_t>(colour >> 24);
-  forEachVector<U8xN>(count, [=](int i, int n) {
-    if (allSet(load<U8xN>(mask + i, n) == 0))
+  forEachVector<U8xN>(count, [=](int first, int some) {
+    if (allSet(load<U8xN>(mask + first, some) == 0))
       return;
-    for (int x = i; x < i + n; x += kPixels) {
-      const int lanes = i + n - x < kPixels ? i + n - x : kPixels;
-      const auto bytes = convert<U32xN>(load<Vector<uint8_t, kPixels>>(mask + x, lanes));
-      lay(pixels + x, lanes, upper, as<U32xN>(div255(as<U16xN>(bytes) * opacity + 127)) & 0xFF);
-    }
+    forEachVector<U32xN>(some, [=](int i, int n) {
+      const auto bytes = convert<U32xN>(load<Vector<uint8_t, kPixels>>(mask + first + i, n));
+      lay(pixels + first + i, n, upper, as<U32xN>(div255(as<U16xN>(bytes) * opacity + 127)) & 0xFF);
+    });
   });
 }
 

@@ -167,7 +167,8 @@ Coverage::Coverage(int width, int height, double squeeze)
       cells_(static_cast<size_t>(stride_) * kBandRows),
       marks_(static_cast<size_t>(stride_ / kCoverBlock) * kBandRows),
       heads_(static_cast<size_t>(bandsOf(height_))) {
-  if (!*this)
+  failed_ = !bytes_ || !cells_ || !marks_ || !heads_;
+  if (failed_)
     return;
   std::memset(bytes_.data(), 0, static_cast<size_t>(stride_) * static_cast<size_t>(height_));
   std::memset(cells_.data(), 0, static_cast<size_t>(stride_) * kBandRows * sizeof(uint32_t));

@@ -19,7 +19,7 @@ public:
   Coverage(int width, int height, double squeeze = 1);
 
   /// False once memory ran out.
-  explicit operator bool() const { return bytes_ && cells_ && marks_ && heads_ && !failed_; }
+  explicit operator bool() const { return !failed_; }
 
   /// A corner of polygons, in pixels from the area's corner; what is not a number spoils the polygon being
   /// drawn.

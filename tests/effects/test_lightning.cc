@@ -67,7 +67,7 @@ TEST_F(Lightning, TapersFromPlaceToPlace) {
   EXPECT_NEAR(painter.paintedArea(), std::hypot(60, 20) * 3 * 0.65 + 4, 3);
   painter.set(kReach, 0.5);
   const auto half = painter.render();
-  EXPECT_EQ(alphaAt(*half, 47, 48), 255);
+  EXPECT_GT(alphaAt(*half, 47, 49), 200);
   EXPECT_EQ(alphaAt(*half, 53, 51), 0);
   painter.set(kReach, 0);
   EXPECT_EQ(painter.paintedArea(), 0);
