@@ -15,10 +15,14 @@ namespace zol::host {
 
 Instance::Instance(const Effect &effect, const std::string &identity, const Timeline &timeline,
                    Clip *defaultClip)
-    : effect_(effect), session_(identity), span_{timeline.duration, timeline.rate} {
+    : effect_(effect), session_(identity),
+      script_(effect, session_.parameters), span_{timeline.duration, timeline.rate} {
   session_.defaultClip = defaultClip;
   session_.stop = interrupted;
-  session_.onStatement = answerQuery;
+  session_.onStatement = [this](const char *text) {
+    const long long answer = answerQuery(text);
+    return answer != 0 ? answer : script_.execute(text);
+  };
   timeline.describe(*session_.info());
   const Session::Use use(session_);
   if (effect.init != nullptr)

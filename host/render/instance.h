@@ -4,6 +4,7 @@
 #include "host/model/effect.h"
 #include "host/model/times.h"
 #include "host/render/timeline.h"
+#include "host/script/instance_script.h"
 #include "host/services/session.h"
 
 #include <memory>
@@ -16,8 +17,8 @@ namespace zol::host {
 
 class Instance {
 public:
-  /// Runs the effect's init callback, which sees the timeline, with `defaultClip` as the clip that the effect
-  /// is applied to. The effect outlives the instance.
+  /// Runs the effect's init callback, which sees the timeline and may send statements, with `defaultClip` as
+  /// the clip that the effect is applied to. The effect outlives the instance.
   Instance(const Effect &effect, const std::string &identity, const Timeline &timeline,
            Clip *defaultClip = nullptr);
 
@@ -73,6 +74,7 @@ private:
 
   const Effect &effect_;
   Session session_;
+  InstanceScript script_;
   KeySpan span_;
   bool dialogOpened_ = false;
   std::vector<std::unique_ptr<Shape>> shapes_;
