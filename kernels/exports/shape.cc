@@ -32,7 +32,7 @@ ZOL_EXPORT int PointIsInTheShape(t_ZoHostInfo *host, void *geometry, double x, d
 
 ZOL_EXPORT void FillSegmentHull(double *hull, double X0, double Y0, double X1, double Y1, double TX0,
                                 double TY0, double TX1, double TY1) {
-  const zol::Range x = zol::rangeOf({X0, X1, TX0, -TX1}), y = zol::rangeOf({Y0, Y1, TY0, -TY1});
+  const zol::Extent x = zol::rangeOf({X0, X1, TX0, -TX1}), y = zol::rangeOf({Y0, Y1, TY0, -TY1});
   hull[0] = x.low;
   hull[1] = y.low;
   hull[2] = x.high;
