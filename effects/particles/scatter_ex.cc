@@ -332,9 +332,10 @@ private:
       zol::showMessage(host_, "GeoGetCurves returns error");
       return false;
     }
-    for (int i = 0; i < births; ++i)
+    const bool isComplete = !emitter_ || *emitter_;
+    for (int i = 0; isComplete && i < births; ++i)
       addBirth(tick, i, births);
-    if (!layer_ || (emitter_ && !*emitter_)) {
+    if (!isComplete || !layer_) {
       zol::showMemoryError(host_);
       return false;
     }
