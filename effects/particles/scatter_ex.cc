@@ -274,7 +274,7 @@ struct Settings {
     const double age = lifetime.age, share = age / lifetime.life;
     const auto mixed = [share](uint8_t from, uint8_t to) { return from + (to - from) * share; };
     const auto faded = [](double part, double fade) { return fade > part ? part / fade : 1; };
-    zol::Particle p;
+    zol::Particle p{};
     p.x = x + right * age;
     p.y = y + (down * age + gravity * age * age / 2) * aspect;
     p.size = size * factor * (1 + (endSize - 1) * share);
@@ -286,7 +286,7 @@ struct Settings {
       const double way = std::min(age, frameTime);
       p.right = right * way;
       p.down = (down + gravity * (age - way / 2)) * way;
-    } else {
+    } else if (shape == zol::ParticleShape::squares || shape == zol::ParticleShape::pictures) {
       const zol::Direction turned(std::fmod(360 * spin * age, 360));
       p.right = turned.right;
       p.down = turned.down;

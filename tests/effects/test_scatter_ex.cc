@@ -168,13 +168,13 @@ TEST(ScatterEx, UprightSquaresAreExactAndBlendStraightColors) {
 }
 
 TEST(ScatterEx, SmallDotsShineAlikeWhereverTheyAre) {
-  for (const double size : {0.3, 1.0, 2.0, 2.7}) {
+  for (const double size : {1.0, 2.0, 2.7}) {
     double least = 1e9, most = 0;
     for (int step = 0; step < 16; ++step) {
       Scene scene;
       scene.stand(kDots, size / 64);
       scene.choose(kMode, 1);
-      scene.set(kAlpha, 0.05);
+      scene.set(kAlpha, 0.02);
       scene.set(kX, step / 16.0 / 64);
       scene.set(kY, step * 3 / 16.0 / 36);
       scene.set(kRate, 20);
