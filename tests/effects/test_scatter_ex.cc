@@ -262,13 +262,14 @@ TEST(ScatterEx, ParticlesAreBornWithinTheEmitterAndStayWhereItWas) {
 
 TEST(ScatterEx, HalfTheSizeIsTheSamePicture) {
   for (const Renderer renderer : {kDots, kDiscs, kSquares, kStreaks}) {
-    Scene large(320, 180), small(160, 90);
-    for (Scene *scene : {&large, &small}) {
-      scene->choose(kRenderer, renderer);
-      scene->set(kSize, 0.05);
-      scene->set(kSpin, 0.7);
-    }
-    const auto whole = large.at(4), half = small.at(4);
+    const auto sized = [renderer](int width, int height) {
+      Scene scene(width, height);
+      scene.choose(kRenderer, renderer);
+      scene.set(kSize, 0.05);
+      scene.set(kSpin, 0.7);
+      return scene.at(4);
+    };
+    const auto whole = sized(320, 180), half = sized(160, 90);
     const auto reduced = PictureBuffer::make(160, 90);
     for (int y = 0; y < 90; ++y)
       for (int x = 0; x < 160; ++x) {
