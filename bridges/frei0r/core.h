@@ -1,7 +1,6 @@
 /* What the plug-in files call: each hands over its number in plugins.inc, and from where it was called. No
  * call throws or prints. */
-#ifndef ZOL_FREI0R_CORE_H
-#define ZOL_FREI0R_CORE_H
+#pragma once
 
 #include <frei0r.h>
 
@@ -20,5 +19,4 @@ void zol_frei0r_update(f0r_instance_t instance, double time, const uint32_t *fir
 
 #ifdef __cplusplus
 }
-#endif
 #endif
