@@ -153,7 +153,7 @@ void ParticleLayer::drawPolygons(const Sprite &sprite, int top, const Area &area
   const double aspect = look_.aspect, half = sprite.size * aspect / 2; // as if pixels were square
   const double x = (sprite.x / kSteps - area.left) * aspect, y = sprite.y / kSteps - top;
   if (look_.shape == ParticleShape::discs) {
-    drawDisc(x, y, half, *coverage_);
+    drawDisc({x, y, half}, *coverage_);
   } else if (look_.shape == ParticleShape::streaks) {
     StrokePoint way[] = {{x - sprite.right * aspect, y - sprite.down * aspect, half}, {x, y, half}};
     stroke(way, std::size(way), false, Join::round, Cap::round, *coverage_);

@@ -206,8 +206,12 @@ void stroke(StrokePoint *points, size_t count, bool closed, Join join, Cap cap, 
   if (kept > 1)
     Stroker(join, cap, coverage).draw(points, kept, closed && kept > 2);
   else if (kept == 1 && cap == Cap::round)
-    for (const Vec side : {Vec{1, 0}, Vec{-1, 0}})
-      Stroker(join, cap, coverage).halfDisc(points[0], side);
+    drawDisc(points[0], coverage);
+}
+
+void drawDisc(const StrokePoint &disc, Coverage &coverage) {
+  for (const Vec side : {Vec{1, 0}, Vec{-1, 0}})
+    Stroker(Join::round, Cap::round, coverage).halfDisc(disc, side);
 }
 
 bool addDisc(double radius, Growing<PlanePoint> &points) {

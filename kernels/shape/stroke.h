@@ -25,6 +25,9 @@ struct StrokePoint {
 /// round.
 void stroke(StrokePoint *points, size_t count, bool closed, Join join, Cap cap, Coverage &coverage);
 
+/// Draws a disc, as a line of one place is one.
+void drawDisc(const StrokePoint &disc, Coverage &coverage);
+
 /// Adds the points of a disc around 0, 0, as round caps have them; false when memory runs out.
 bool addDisc(double radius, Growing<PlanePoint> &points);
 
