@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace zol {
 namespace {
@@ -58,28 +59,65 @@ public:
   const _color_t *at(double time, Between between) {
     return static_cast<const _color_t *>(GetFrameToTime(time, static_cast<unsigned>(between) - 1));
   }
+  /// The same, made in a picture of the engine's size where it is made at all: new memory costs more than
+  /// mixing.
+  const _color_t *at(double time, Between between, const pic &made) {
+    if (m_bInterlaced != 0 && made.Height % 2 != 0) // the engine leaves the last row
+      std::fill_n(made.Pixels + ptrdiff_t{made.Height - 1} * made.Width, made.Width, _color_t{});
+    auto *pixels = reinterpret_cast<unsigned char *>(made.Pixels);
+    unsigned char *own = std::exchange(m_pOutFrame, pixels);
+    const _color_t *frame = at(time, between);
+    m_pOutFrame = own;
+    return frame;
+  }
 
 private:
   bool ready_;
 };
 
-/// A new picture of the context's size from rows of pixels of another, or of the same.
-pic *delivered(t_ZoHostInfo *host, const _color_t *pixels, int width, int height) {
-  OwnedPic out(host, host->Services->PicCreate(host->Width, host->Height));
-  if (!out) {
+/// A new picture of the context's size; null after a message when it cannot be had.
+pic *createFrame(t_ZoHostInfo *host) {
+  pic *out = host->Services->PicCreate(host->Width, host->Height);
+  if (out == nullptr)
+    showMemoryError(host);
+  return out;
+}
+
+/// Copies the pixels, of the picture's size, unless they are the picture's own. Polls the host for every row.
+bool copyInto(t_ZoHostInfo *host, const pic &out, const _color_t *pixels) {
+  const int width = out.Width;
+  return forEachRow(host, out.Height, [&](int y) {
+    if (pixels != out.Pixels)
+      std::copy_n(pixels + ptrdiff_t{y} * width, width, out.Pixels + ptrdiff_t{y} * width);
+  });
+}
+
+/// A new picture of the context's size from pixels of another size.
+pic *resampled(t_ZoHostInfo *host, const _color_t *pixels, int width, int height) {
+  constexpr int kMode = 2;
+  OwnedPic out(host, createFrame(host));
+  const bool done = out && host->Services->PicResample(host, pixels, width, width, height, out->Pixels,
+                                                       host->Width, host->Width, host->Height, kMode) != 0;
+  return done && !aborted(host) ? out.release() : nullptr;
+}
+
+/// Of fields, which must not be scaled into each other before they are told apart: at the clip's own size.
+pic *retimeAtOwnSize(t_ZoHostInfo *host, const Footage &footage, double time) {
+  const int width = footage.width, height = footage.height;
+  if (isNearFrame(footage, time)) {
+    t_ZoHostInfo own = *host;
+    own.Width = width;
+    own.Height = height;
+    const pic *frame = fetchSized(&own, footage.input, frameAt(footage, time) / footage.rate);
+    return frame != nullptr ? resampled(host, frame->Pixels, width, height) : nullptr;
+  }
+  Engine engine(host, footage, width, height);
+  if (!engine) {
     showMemoryError(host);
     return nullptr;
   }
-  if (width != host->Width || height != host->Height) {
-    constexpr int kMode = 2;
-    const bool done = host->Services->PicResample(host, pixels, width, width, height, out->Pixels,
-                                                  host->Width, host->Width, host->Height, kMode) != 0;
-    return done && !aborted(host) ? out.release() : nullptr;
-  }
-  const bool done = forEachRow(host, height, [&](int y) {
-    std::copy_n(pixels + ptrdiff_t{y} * width, width, out->Pixels + ptrdiff_t{y} * width);
-  });
-  return done ? out.release() : nullptr;
+  const _color_t *made = engine.at(time, footage.between);
+  return made != nullptr ? resampled(host, made, width, height) : nullptr;
 }
 
 } // namespace
@@ -125,11 +163,9 @@ pic *wholeFrame(t_ZoHostInfo *host, const Footage &footage, double time) {
 }
 
 pic *createTransparent(t_ZoHostInfo *host) {
-  OwnedPic out(host, host->Services->PicCreate(host->Width, host->Height));
-  if (!out) {
-    showMemoryError(host);
+  OwnedPic out(host, createFrame(host));
+  if (!out)
     return nullptr;
-  }
   const int width = out->Width;
   const bool done = forEachRow(
       host, out->Height, [&](int y) { std::fill_n(out->Pixels + ptrdiff_t{y} * width, width, _color_t{}); });
@@ -140,28 +176,22 @@ pic *retime(t_ZoHostInfo *host, const Footage &footage, double time) {
   const std::optional<double> shown = timeWithin(footage, time);
   if (!shown)
     return createTransparent(host);
-  const bool whole = footage.between == Between::wholeFrames || isNearFrame(footage, *shown);
-  const bool ownSize = footage.between != Between::wholeFrames && footage.interlaced && footage.width > 0 &&
-                       footage.height > 0 && (footage.width != host->Width || footage.height != host->Height);
-  if (whole && !ownSize) {
+  const bool scales = footage.width > 0 && footage.height > 0 &&
+                      (footage.width != host->Width || footage.height != host->Height);
+  if (footage.between != Between::wholeFrames && footage.interlaced && scales)
+    return retimeAtOwnSize(host, footage, *shown);
+  if (footage.between == Between::wholeFrames || isNearFrame(footage, *shown)) {
     const pic *frame = wholeFrame(host, footage, *shown);
     return frame != nullptr ? copyOf(host, frame) : nullptr;
   }
-  const int width = ownSize ? footage.width : host->Width, height = ownSize ? footage.height : host->Height;
-  if (whole) {
-    t_ZoHostInfo own = *host;
-    own.Width = width;
-    own.Height = height;
-    const pic *frame = fetchSized(&own, footage.input, frameAt(footage, *shown) / footage.rate);
-    return frame != nullptr ? delivered(host, frame->Pixels, width, height) : nullptr;
-  }
-  Engine engine(host, footage, width, height);
+  Engine engine(host, footage, host->Width, host->Height);
   if (!engine) {
     showMemoryError(host);
     return nullptr;
   }
-  const _color_t *made = engine.at(*shown, footage.between);
-  return made != nullptr ? delivered(host, made, width, height) : nullptr;
+  OwnedPic out(host, createFrame(host));
+  const _color_t *made = out ? engine.at(*shown, footage.between, *out) : nullptr;
+  return made != nullptr && copyInto(host, *out, made) ? out.release() : nullptr;
 }
 
 } // namespace zol

@@ -29,8 +29,7 @@ inline pic *averageOf(t_ZoHostInfo *host, const Exposures &exposures) {
   const bool done = forEachRow(host, area.height(), [&](int y) {
     const _color_t *rows[Exposures::kMost];
     for (int i = 0; i < exposures.count; ++i)
-      rows[i] =
-          canvasRow(area, exposures.pictures[i], area.top + y, padded.data() + ptrdiff_t{i} * width);
+      rows[i] = canvasRow(area, exposures.pictures[i], area.top + y, padded.data() + ptrdiff_t{i} * width);
     averageRow(rows, exposures.weights, exposures.count, out->Pixels + ptrdiff_t{y} * width, width);
   });
   return done ? out.release() : nullptr;

@@ -1,8 +1,8 @@
 // Motion Blur: blurs what moves while a shutter is open, or the whole picture along a line, towards a centre
 // or around it. At Shutter 0 and at Amount 0 it is a copy.
 
-#include "effects/filters/exposing.h"
 #include "effects/filters/motion_blur.xpm"
+#include "effects/filters/exposing.h"
 #include "frame/canvas.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
