@@ -7,8 +7,8 @@
 #include "frame/picture.h"
 #include "frame/values.h"
 #include "kernels/compositing/lay_color.h"
+#include "kernels/exports/fetch_shape.h"
 #include "kernels/shape/coverage.h"
-#include "kernels/shape/fetch_shape.h"
 
 #include <algorithm>
 

@@ -9,10 +9,10 @@
 #include "kernels/blur/soften.h"
 #include "kernels/color/wide.h"
 #include "kernels/compositing/mix_by_mask.h"
+#include "kernels/exports/transformed_shape.h"
 #include "kernels/matte/matte_rows.h"
 #include "kernels/shape/outline.h"
 #include "kernels/shape/stroke.h"
-#include "kernels/shape/transformed_shape.h"
 #include "kernels/simd/alpha_plane.h"
 
 #include <optional>

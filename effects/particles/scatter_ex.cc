@@ -7,9 +7,9 @@
 #include "frame/effects.h"
 #include "frame/host.h"
 #include "frame/values.h"
+#include "kernels/exports/fetch_shape.h"
 #include "kernels/particles/births.h"
 #include "kernels/particles/particle_layer.h"
-#include "kernels/shape/fetch_shape.h"
 #include "kernels/shape/shape_points.h"
 
 #include <algorithm>

@@ -54,8 +54,8 @@ void RenderJob::settle() {
     return setup_.sound ? settleSound(plan, inputs_) : settlePictures(plan, inputs_);
   };
   settled_ = settle(plan_);
-  const bool looked = std::all_of(inputs_.begin(), inputs_.end(),
-                                  [](const Input &input) { return input.info() != nullptr; });
+  const bool looked =
+      std::all_of(inputs_.begin(), inputs_.end(), [](const Input &input) { return input.info() != nullptr; });
   if (plan_.duration || settled_.leading == nullptr || !looked ||
       setup_.stages.front().effect->trim == nullptr)
     return;

@@ -2,10 +2,10 @@
 
 #include "frame/convert.h"
 #include "frame/host.h"
+#include "kernels/exports/transformed_shape.h"
 #include "kernels/shape/cubic.h"
 #include "kernels/shape/shape_length.h"
 #include "kernels/shape/shape_points.h"
-#include "kernels/shape/transformed_shape.h"
 
 ZOL_EXPORT int FillShape(t_ZoHostInfo *host, char *errorText, pic *picture, void *geometry, double time,
                          unsigned colour) {

@@ -1,8 +1,8 @@
 #include "kernels/exports/shape.h"
 
 #include "host/services/session.h"
+#include "kernels/exports/transformed_shape.h"
 #include "kernels/shape/shape_points.h"
-#include "kernels/shape/transformed_shape.h"
 #include "kernels/simd/levels.h"
 #include "plain/shape.h"
 #include "tests/support/dice.h"

@@ -1,4 +1,4 @@
-#include "kernels/shape/transformed_shape.h"
+#include "kernels/exports/transformed_shape.h"
 
 #include "frame/host.h"
 #include "frame/picture.h"

@@ -1,4 +1,4 @@
-#include "kernels/shape/fetch_shape.h"
+#include "kernels/exports/fetch_shape.h"
 
 namespace zol {
 namespace {

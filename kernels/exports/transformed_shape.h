@@ -2,7 +2,7 @@
 #pragma once
 
 #include "frame/zol.h"
-#include "kernels/shape/fetch_shape.h"
+#include "kernels/exports/fetch_shape.h"
 
 namespace zol {
 
