@@ -221,7 +221,7 @@ void Coverage::edge(Corner from, Corner to) {
   if (!down)
     std::swap(from, to);
   const int right = width_ << kShift, bottom = height_ << kShift;
-  if (failed_ || from.y == to.y || to.y <= 0 || from.y >= bottom)
+  if (failed_ || right == 0 || bottom == 0 || from.y == to.y || to.y <= 0 || from.y >= bottom)
     return;
   rightmost_ = std::max(rightmost_, std::max(from.x, to.x) >> kShift);
   if (from.x >= right && to.x >= right)
