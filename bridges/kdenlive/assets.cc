@@ -98,6 +98,15 @@ std::string parameterText(const Plugin &plugin, const Parameter &parameter) {
          "    </parameter>\n";
 }
 
+/// The editor lists names alone: those of two plug-ins of a kind tell their families.
+std::string assetName(const Plugin &plugin) {
+  const auto alike = std::count_if(plugins().begin(), plugins().end(), [&](const Plugin &other) {
+    return other.name == plugin.name && other.type() == plugin.type();
+  });
+  const std::string &path = plugin.effect->name;
+  return alike > 1 ? plugin.name + " (" + path.substr(0, path.find('/')) + ')' : plugin.name;
+}
+
 } // namespace
 
 std::string assetFolder(const Plugin &plugin) {
@@ -114,7 +123,7 @@ std::string assetText(const Plugin &plugin) {
   const std::string service = "frei0r." + plugin.id;
   std::string text = "<?xml version=\"1.0\"?>\n<!DOCTYPE kpartgui>\n<" + kind + attribute("tag", service) +
                      attribute("id", service) + (kind == "effect" ? attribute("type", "video") : "") + ">\n";
-  text += element("name", plugin.name, "    ") + element("description", plugin.explanation, "    ") +
+  text += element("name", assetName(plugin), "    ") + element("description", plugin.explanation, "    ") +
           element("author", "zol", "    ");
   for (const Parameter &parameter : plugin.parameters)
     text += parameterText(plugin, parameter);
