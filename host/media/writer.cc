@@ -146,8 +146,8 @@ MediaWriter::MediaWriter(std::string file, WriterOptions options)
   if (options_.pictures)
     numbers = {options_.firstNumber, options_.firstNumber + *options_.pictures};
   if (!raw_)
-    output_ = isSequence() ? makeOutputSequence(file_, options_.overwrite, numbers)
-                           : makeOutputFile(file_, options_.overwrite);
+    output_ = isSequence(file_) ? makeOutputSequence(file_, options_.overwrite, numbers)
+                                : makeOutputFile(file_, options_.overwrite);
   check();
   pipe_ = pipeLayout();
 }
@@ -166,7 +166,9 @@ bool MediaWriter::writesInPlace(const std::string &file) {
   return file == "-" || (fs::exists(status) && !fs::is_regular_file(status));
 }
 
-bool MediaWriter::isSequence() const { return kindOf(file_) == FileKind::still && hasNumber(file_); }
+bool MediaWriter::isSequence(const std::string &file) {
+  return kindOf(file) == FileKind::still && hasNumber(file);
+}
 
 void MediaWriter::check() const {
   const auto refuse = [&](const std::string &why) { throw HostError("cannot write " + name() + ": " + why); };
@@ -258,7 +260,7 @@ void MediaWriter::addPictureWords(Words &args, const std::string &input) const {
   if (fields)
     add(args, {"-flags", "+ildct+ilme"});
   add(args, colourWords(encoding.colours));
-  if (isSequence())
+  if (isSequence(file_))
     add(args, {"-start_number", std::to_string(o.firstNumber)});
   else if (format.kind == FileKind::still)
     add(args, {"-frames:v", "1", "-update", "1"});

@@ -111,6 +111,8 @@ public:
 
   /// Whether a file of this name holds a single still picture.
   static bool isStill(const std::string &file);
+  /// Whether a file of this name is one of numbered pictures.
+  static bool isSequence(const std::string &file);
   /// Whether a file of this name holds sound alone.
   static bool isSound(const std::string &file);
   /// Whether it is raw bytes, a device or a pipe, that is: nothing can be added in the end.
@@ -129,7 +131,6 @@ private:
   [[nodiscard]] bool copiesPictures() const { return !options_.encoded.files.empty(); }
   [[nodiscard]] bool isPart() const { return !options_.tag.first.empty(); }
   [[nodiscard]] bool soundComesLate() const { return options_.companion.rawChannels > 0; }
-  [[nodiscard]] bool isSequence() const;
   [[nodiscard]] std::string name() const { return file_ == "-" ? "to standard output" : file_; }
   void check() const;
   [[nodiscard]] size_t pictureBytes() const;

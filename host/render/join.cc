@@ -93,7 +93,7 @@ std::vector<std::string> joinPictures(const JoinPlan &plan) {
 std::vector<std::string> join(const JoinPlan &plan, const Progress &progress) {
   if (plan.parts.empty())
     throw HostError("no parts were named");
-  if (std::any_of(plan.parts.begin(), plan.parts.end(), hasNumber))
+  if (std::any_of(plan.parts.begin(), plan.parts.end(), MediaWriter::isSequence))
     return joinPictures(plan);
   if (plan.output.empty())
     throw HostError("no output was named; give one with -o");

@@ -148,8 +148,8 @@ PartRecord recordOf(const RenderPlan &plan, const EffectLibrary &library) {
     throw HostError("--segment: parts are of pictures; sound is rendered as a whole");
   const EncodingChoice choice = encodingOf(plan);
   if (file == "-" || MediaWriter::isStill(file) || MediaWriter::isStill(plan.output) ||
-      (!hasNumber(file) && formatOf(file, choice).muxer != "matroska") ||
-      hasNumber(file) != hasNumber(plan.output))
+      (!MediaWriter::isSequence(file) && formatOf(file, choice).muxer != "matroska") ||
+      MediaWriter::isSequence(file) != MediaWriter::isSequence(plan.output))
     throw HostError("--segment: a part is a Matroska file, such as part-" + std::to_string(part.number) +
                     ".mkv, or has numbered pictures, such as frame-%06d.png, not \"" + file + '"');
   PartRecord record;
@@ -297,7 +297,7 @@ bool isDone(const RenderPlan &plan, const EffectLibrary &library) {
   const PartRecord wanted = recordOf(plan, library);
   const std::string &file = fileOfPart(plan);
   std::error_code error;
-  if (hasNumber(file)) {
+  if (MediaWriter::isSequence(file)) {
     const auto records = recordsBeside(file);
     return std::any_of(records.begin(), records.end(),
                        [&](const PartRecord &record) { return isSame(record, wanted); });

@@ -44,7 +44,7 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
   output_ = settleOutput(plan_, setup_, *chain_, inputs_, settled_);
   if (part_) {
     output_.writing.pictures = part_->frames;
-    if (!hasNumber(plan_.output))
+    if (!MediaWriter::isSequence(plan_.output))
       output_.writing.tag = {kPartTag, textOf(*part_)};
   }
   if (joined_)
@@ -107,8 +107,10 @@ void RenderJob::run(const Progress &progress) {
     runPictures(progress);
   }
   writer_->finish();
-  if (part_ && hasNumber(plan_.output))
+  if (part_ && MediaWriter::isSequence(plan_.output))
     keepRecord(plan_.output, *part_);
+  else if (MediaWriter::isSequence(plan_.output))
+    dropRecords(plan_.output);
   for (const Input &input : inputs_)
     note(input.damage());
   if (soundBeside_)
