@@ -86,9 +86,10 @@ void RenderJob::settle() {
 void RenderJob::beginPart() {
   Span &span = settled_.span;
   if (const Input *leading = settled_.leading) {
-    while (span.openEnd && leading->reaches(span.first + span.count))
+    const bool reached = span.count == 0 || leading->reaches(span.first + span.count - 1);
+    while (reached && span.openEnd && leading->reaches(span.first + span.count))
       ++span.count;
-    if (span.count > 0 && !leading->reaches(span.first + span.count - 1))
+    if (!reached)
       span.count = static_cast<size_t>(leading->length().value()) -
                    std::min<size_t>(span.first, leading->length().value());
   }
