@@ -90,8 +90,7 @@ void RenderJob::beginPart() {
     while (reached && span.openEnd && leading->reaches(span.first + span.count))
       ++span.count;
     if (!reached)
-      span.count = static_cast<size_t>(leading->length().value()) -
-                   std::min<size_t>(span.first, leading->length().value());
+      span.count = static_cast<size_t>(std::max<uint64_t>(*leading->length(), span.first)) - span.first;
   }
   cutPart(*part_, span.first, span.count);
   span = {static_cast<size_t>(part_->first), static_cast<size_t>(part_->frames), false};
