@@ -322,8 +322,9 @@ void MediaWriter::addEncodedPictures(Words &args, const std::string &input) cons
   const EncodedPictures &from = o.encoded;
   const std::string_view muxer = formatOf(file_, o.encoding).muxer;
   const Rational tick = clockOf(muxer, o.rate).value(), frame(o.rate.den, o.rate.num);
-  const auto ticks = [&](const std::string &frames) {
-    return "round(" + frames + "*(" + frame.text() + ")/(" + tick.text() + "))";
+  const auto ticks = [&](const std::string &frames) { // in whole numbers, which halves need
+    return "round(" + frames + '*' + std::to_string(frame.num * tick.den) + '/' +
+           std::to_string(frame.den * tick.num) + ')';
   };
   // Matroska counts milliseconds: they tell the picture, which tells the exact time. Whether the filter gets
   // them as such or in ticks already depends on ffmpeg: a picture's own length tells.

@@ -90,6 +90,7 @@ TEST_F(Segments, AreTheFilmOfOneRender) {
       {"f.webm", "blur -i a.mp4 --codec vp9,vorbis -- -c:v libvpx-vp9 -lossless 1 -cpu-used 8", "", 2, on64},
       {"f.mp4", "blur -i a.mp4 --frames 3-24", "", 1, onDemand},
       {"f.mp4", "blur -i a.mp4", "", 3, onDemand, true},
+      {"f.mkv", "blur -i a.mp4 --rate 480 --duration 0.1", "", 2, onDemand, true}, // ends half a tick off
       {"f.ts", "blur -i a.mp4 --codec h264", "", 2, onDemand, true},
       {"f.avi", "blur -i b.mkv", " --codec mpeg4", 2, onDemand, true},
       {"f.mkv", "blur -i a.mp4 --codec hevc", "", 2, onDemand, true},
