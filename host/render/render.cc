@@ -26,9 +26,9 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
 
 RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library,
                      std::optional<JoinedParts> parts)
-    : plan_(std::move(plan)), library_(std::move(library)),
-      part_(plan_.part ? std::optional(recordOf(plan_, *library_)) : std::nullopt), joined_(std::move(parts)),
-      setup_(plan_ = part_ ? planOfPart(plan_, *part_) : plan_, *library_) {
+    : library_(std::move(library)),
+      part_(plan.part ? std::optional(recordOf(plan, *library_)) : std::nullopt), joined_(std::move(parts)),
+      plan_(part_ ? planOfPart(plan, *part_) : std::move(plan)), setup_(plan_, *library_) {
   checkOutput(plan_, setup_);
   std::vector<std::future<Input>> opened; // all at once: each waits for a child that looks into its file
   for (const InputPlan &input : setup_.inputs)

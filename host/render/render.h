@@ -58,10 +58,10 @@ private:
   void runJoined(const Progress &progress);
   void note(const std::string &line);
 
-  RenderPlan plan_;
   std::shared_ptr<const EffectLibrary> library_;
   std::optional<PartRecord> part_;
   std::optional<JoinedParts> joined_;
+  RenderPlan plan_;
   ChainSetup setup_;
   std::vector<Input> inputs_;
   Settled settled_;
