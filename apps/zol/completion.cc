@@ -87,7 +87,8 @@ Words namesOf(const std::vector<const CLI::Option *> &options) {
   Words names;
   for (const CLI::Option *option : options)
     if (option->nonpositional())
-      names.push_back(spelled(*option));
+      for (const std::string_view name : host::split(spelledNames(*option), ','))
+        names.emplace_back(name);
   return names;
 }
 

@@ -4,9 +4,13 @@
 #include "host/model/names.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <concepts>
 #include <cstdint>
+#include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 
@@ -34,6 +38,12 @@ template <Is<InputPlan> Input, class Visit> void forEachMember(Input &input, Vis
   visit("file", input.file);
   visit("start", input.start);
   visit("end", input.end);
+}
+
+template <Is<PartPlan> Part, class Visit> void forEachMember(Part &part, Visit visit) {
+  visit("number", part.number);
+  visit("count", part.count);
+  visit("file", part.file);
 }
 
 template <Is<StagePlan> Stage, class Visit> void forEachMember(Stage &stage, Visit visit) {
@@ -67,6 +77,7 @@ template <Is<RenderPlan> Plan, class Visit> void forEachMember(Plan &plan, Visit
   visit("strict", plan.strict);
   visit("playlists", plan.playlists);
   visit("threads", plan.threads);
+  visit("part", plan.part);
   visit("faults", plan.faults);
   visit("programs", plan.programs);
 }
@@ -183,6 +194,23 @@ RenderPlan planFromJson(const Json &json) {
   if (!FromJson::to(plan, json))
     throw HostError("a plan is an object");
   return plan;
+}
+
+RenderPlan loadPlan(const std::string &file) {
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream)
+    throw HostError("cannot read " + file + ": " + std::generic_category().message(errno));
+  const std::string text{std::istreambuf_iterator<char>(stream), {}};
+  try {
+    RenderPlan plan = planFromJson(Json::parse(text));
+    if (plan.stages.empty())
+      throw HostError("no stages in it");
+    return plan;
+  } catch (const nlohmann::json::exception &) {
+    throw HostError("cannot read " + file + ": it is no JSON");
+  } catch (const HostError &error) {
+    throw HostError("cannot read " + file + ": " + error.what());
+  }
 }
 
 } // namespace zol::host

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include <unistd.h>
@@ -16,22 +15,7 @@ std::string reason() { return std::generic_category().message(errno); }
 
 } // namespace
 
-std::vector<StagePlan> loadPreset(const std::string &file) {
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream)
-    throw HostError("cannot read " + file + ": " + reason());
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
-  try {
-    std::vector<StagePlan> stages = planFromJson(nlohmann::json::parse(text)).stages;
-    if (stages.empty())
-      throw HostError("no stages in it");
-    return stages;
-  } catch (const nlohmann::json::exception &) {
-    throw HostError("cannot read " + file + ": it is no JSON");
-  } catch (const HostError &error) {
-    throw HostError("cannot read " + file + ": " + error.what());
-  }
-}
+std::vector<StagePlan> loadPreset(const std::string &file) { return loadPlan(file).stages; }
 
 void checkPreset(const std::string &file, bool overwrite) {
   if (!overwrite && std::filesystem::exists(file))

@@ -22,7 +22,13 @@ std::shared_ptr<const EffectLibrary> libraryOf(const RenderPlan &plan) {
 RenderJob::RenderJob(RenderPlan plan) : RenderJob(plan, libraryOf(plan)) {}
 
 RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library)
-    : plan_(std::move(plan)), library_(std::move(library)), setup_(plan_, *library_) {
+    : RenderJob(std::move(plan), std::move(library), {}) {}
+
+RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library,
+                     std::optional<JoinedParts> parts)
+    : library_(std::move(library)),
+      part_(plan.part ? std::optional(recordOf(plan, *library_)) : std::nullopt), joined_(std::move(parts)),
+      plan_(part_ ? planOfPart(plan, *part_) : std::move(plan)), setup_(plan_, *library_) {
   checkOutput(plan_, setup_);
   std::vector<std::future<Input>> opened; // all at once: each waits for a child that looks into its file
   for (const InputPlan &input : setup_.inputs)
@@ -32,8 +38,17 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
   settle();
   for (size_t i = 0; i < inputs_.size(); ++i)
     inputs_[i].bringTo(settled_.timeline, setup_.retimed[i]);
+  if (part_)
+    beginPart();
   chain_.emplace(setup_, plan_, settled_.timeline, inputs_);
   output_ = settleOutput(plan_, setup_, *chain_, inputs_, settled_);
+  if (part_) {
+    output_.writing.pictures = part_->frames;
+    if (!MediaWriter::isSequence(plan_.output))
+      output_.writing.tag = {kPartTag, textOf(*part_)};
+  }
+  if (joined_)
+    output_.writing.encoded = joined_->pictures;
   writer_.emplace(plan_.output, output_.writing);
   if (!output_.voices.empty())
     crossfade_.emplace(output_.voices, output_.voiceSources, output_.soundTimeline, plan_.programs);
@@ -67,8 +82,24 @@ void RenderJob::settle() {
   settled_ = settle(plan);
 }
 
+/// Counts the frames, and leaves those of the part.
+void RenderJob::beginPart() {
+  Span &span = settled_.span;
+  if (const Input *leading = settled_.leading) {
+    const bool reached = span.count == 0 || leading->reaches(span.first + span.count - 1);
+    while (reached && span.openEnd && leading->reaches(span.first + span.count))
+      ++span.count;
+    if (!reached)
+      span.count = static_cast<size_t>(std::max<uint64_t>(*leading->length(), span.first)) - span.first;
+  }
+  cutPart(*part_, span.first, span.count);
+  span = {static_cast<size_t>(part_->first), static_cast<size_t>(part_->frames), false};
+}
+
 void RenderJob::run(const Progress &progress) {
-  if (setup_.sound) {
+  if (joined_) {
+    runJoined(progress);
+  } else if (setup_.sound) {
     SoundLoop loop(*chain_, settled_.span, settled_.leading, plan_);
     while (loop.step(*writer_))
       progress(loop.done(), loop.all());
@@ -76,6 +107,10 @@ void RenderJob::run(const Progress &progress) {
     runPictures(progress);
   }
   writer_->finish();
+  if (part_ && MediaWriter::isSequence(plan_.output))
+    keepRecord(plan_.output, *part_);
+  else if (MediaWriter::isSequence(plan_.output))
+    dropRecords(plan_.output);
   for (const Input &input : inputs_)
     note(input.damage());
   if (soundBeside_)
@@ -101,7 +136,22 @@ void RenderJob::runPictures(const Progress &progress) {
       break;
     progress(loop.done(), loop.all());
   }
+  if (part_ && loop.done() != part_->frames)
+    throw HostError("only " + std::to_string(loop.done()) + " of the part's " +
+                    std::to_string(part_->frames) + " frames came");
   note(opacityNote(plan_, output_, opacity));
+}
+
+/// Writes the sound that rendering the pictures would: where more of them were expected, the end is found by
+/// one that does not come, and whose sound is written.
+void RenderJob::runJoined(const Progress &progress) {
+  writer_->prepare();
+  const Span &span = settled_.span;
+  const uint64_t frames = joined_->frames, end = span.first + frames + (span.count > frames ? 1 : 0);
+  for (uint64_t frame = span.first; frame < end; ++frame) {
+    writeSound(output_.soundTimeline.sampleOfFrame(frame), output_.soundTimeline.sampleOfFrame(frame + 1));
+    progress(std::min(frame + 1 - span.first, frames), frames);
+  }
 }
 
 void RenderJob::writeSound(uint64_t from, uint64_t to) {
