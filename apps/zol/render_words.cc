@@ -52,14 +52,6 @@ std::optional<host::PlannedFault> faultIn(const std::string &text) {
   return service && nth && *nth >= 1 ? std::optional(host::PlannedFault{*service, *nth}) : std::nullopt;
 }
 
-template <class Number> auto wholeNumber(int least, int most) {
-  return [=](const std::string &text) -> std::optional<Number> {
-    const auto number = integerIn(text);
-    return number && *number >= least && *number <= most ? std::optional(static_cast<Number>(*number))
-                                                         : std::nullopt;
-  };
-}
-
 auto oneOf(std::vector<std::string> words) {
   return [words = std::move(words)](const std::string &text) {
     return std::find(words.begin(), words.end(), text) != words.end() ? std::optional(text) : std::nullopt;
@@ -227,9 +219,7 @@ void addPlanOptions(CLI::App &app, RenderPlan &plan) {
 
   flag("--strict", plan.strict, "Damaged input is an error");
   flag("--playlists", plan.playlists, "Inputs may be playlists, which name other files");
-  addValue(app, "--threads", plan.threads, wholeNumber<unsigned>(1, 1024), "1 to 1024",
-           "Threads to work with")
-      ->type_name("N");
+  addThreads(app, plan.threads);
   app.add_option_function<std::vector<std::string>>(
          "--fault",
          [&plan](const std::vector<std::string> &texts) {

@@ -9,6 +9,7 @@
 #include "host/render/plan.h"
 #include "host/render/settle.h"
 #include "host/render/sound.h"
+#include "host/render/threads.h"
 #include "host/script/library.h"
 
 #include <cstdint>
@@ -43,6 +44,7 @@ public:
 
 private:
   void settle();
+  ChainThreads threads(size_t frames);
   void writeSound(uint64_t from, uint64_t to);
   void runPictures(const Progress &progress);
   void note(const std::string &line);
