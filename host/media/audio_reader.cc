@@ -106,6 +106,13 @@ std::optional<uint64_t> AudioReader::frameCount() const {
   return end - std::min(end, origin());
 }
 
+bool AudioReader::meetsEnd(uint64_t first, size_t count) const {
+  const std::lock_guard lock(mutex_);
+  const uint64_t last = std::min(first + origin() + count, limit());
+  const uint64_t taken = (last + kBlock - 1) / kBlock * kBlock;
+  return taken >= limit() || (end_ && taken > *end_);
+}
+
 void AudioReader::open() {
   process_.reset();
   window_.clear();

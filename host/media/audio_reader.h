@@ -62,6 +62,9 @@ public:
   /// input: HostError).
   size_t read(uint64_t first, size_t count, float *samples);
 
+  /// Whether whoever had read no further than this would know the end: whatever others have read.
+  [[nodiscard]] bool meetsEnd(uint64_t first, size_t count) const;
+
   /// Seconds from the start to the end, as far as the file tells; 0 where it does not.
   [[nodiscard]] double duration() const;
 

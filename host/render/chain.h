@@ -67,7 +67,7 @@ public:
   /// The values over time of a stage's field; null where it has no such field, or not of numbers.
   [[nodiscard]] const NumberCurve *numbers(size_t stage, std::string_view field) const;
 
-  /// Whether so far anything from behind the end of this input was asked for.
+  /// Whether what was asked for so far of this input tells where its end is.
   [[nodiscard]] bool metEnd(const Input *input) const;
 
   /// Has renders stop, and then fail, where this says so, as where the whole program is to stop.

@@ -50,10 +50,10 @@ t_ZoAudio *AudioClip::audio(double from, double to) {
   const double first = std::floor(from * rate + 0.5);
   const double before = std::clamp(-first, 0.0, static_cast<double>(block->record()->Frames));
   const auto silent = static_cast<size_t>(before);
+  const auto begin = static_cast<uint64_t>(std::max(0.0, first));
   const size_t wanted = block->record()->Frames - silent;
-  if (reader_.read(static_cast<uint64_t>(std::max(0.0, first)), wanted,
-                   block->record()->Samples + silent * block->record()->Channels) < wanted)
-    metEnd_ = true;
+  reader_.read(begin, wanted, block->record()->Samples + silent * block->record()->Channels);
+  metEnd_ = metEnd_ || reader_.meetsEnd(begin, wanted);
   held_.push_back(std::move(block));
   return held_.back()->record();
 }

@@ -14,7 +14,7 @@ namespace zol::host {
 
 class MediaClip : public Clip {
 public:
-  /// Whether anything from behind the end was asked for so far.
+  /// Whether what was asked for so far tells where the end is, whatever others have asked for.
   [[nodiscard]] bool metEnd() const { return metEnd_; }
 
 protected:

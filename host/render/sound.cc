@@ -19,14 +19,16 @@ SoundLoop::SoundLoop(Chain &chain, ChainThreads threads, const Span &span, const
 
 /// As far as can be told before it is rendered.
 std::optional<SoundLoop::Block> SoundLoop::nextBlock() {
-  if (begun_ >= end_ && !(openEnd_ && leading_->reaches(begun_)))
+  const bool behind = begun_ >= end_;
+  if (behind && !(openEnd_ && leading_->reaches(begun_)))
     return std::nullopt;
   uint64_t stop = begun_ + block_.value_or(0);
   while (stop <= begun_) // a frame may be shorter than a sample
     stop = chain_.timeline().sampleOfFrame(++frame_);
   if (!openEnd_)
     stop = std::min(stop, end_);
-  return Block{std::exchange(begun_, stop), stop};
+  const uint64_t from = std::exchange(begun_, stop);
+  return Block{from, stop, behind && leading_->samples()->meetsEnd(from, 1)};
 }
 
 std::optional<SoundLoop::Run> SoundLoop::nextRun() {
@@ -44,7 +46,7 @@ SoundLoop::Made SoundLoop::make(Chain &chain, const Block &block) const {
   const Timeline &timeline = chain.timeline();
   auto samples = chain.sound(timeline.timeOfSample(block.from), timeline.timeOfSample(block.to));
   chain.release();
-  return {block, std::move(samples), chain.metEnd(leading_)};
+  return {block, std::move(samples), block.metEnd || chain.metEnd(leading_)};
 }
 
 std::optional<SoundLoop::Made> SoundLoop::next() {

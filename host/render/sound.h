@@ -36,6 +36,7 @@ public:
 private:
   struct Block {
     uint64_t from, to; // sample frames
+    bool metEnd;       // of the leading input, in telling that there is one
   };
   struct Made {
     Block block;
