@@ -16,10 +16,10 @@
 
 namespace zol::host {
 
-/// Blocks are made and written as pictures are, those of a third of a second or so by one thread.
+/// Blocks are shared among threads as pictures are, several in a row.
 class SoundLoop {
 public:
-  /// Sample frames that threads may be apart, blocks aside that are longer.
+  /// Sample frames of what a thread does in one go, unless a block is longer.
   static constexpr size_t kRun = 16384;
 
   /// In blocks of the plan's size, or of a video frame's worth. Where the plan names no frames, sound ends
