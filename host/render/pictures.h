@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <utility>
 
 namespace zol::host {
 
@@ -37,7 +39,7 @@ private:
 
   [[nodiscard]] bool has(size_t place) const;
   Made make(Chain &chain, size_t place) const;
-  Made next();
+  std::optional<Made> next();
 
   Chain &chain_;
   ChainThreads threads_;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <future>
 #include <utility>
 
@@ -67,8 +68,22 @@ void RenderJob::settle() {
   settled_ = settle(plan);
 }
 
-/// Those that share the work, in jobs of so many frames. Where services fail at their nth call it is one that
-/// counts; and what comes through a pipe at other times than its own can only be followed in order.
+/// Whether the plan must be followed by one chain alone: where services fail at their nth call, where media
+/// come through a pipe at other times than their own, and where a shape does, which each chain reads.
+bool RenderJob::needsOneThread() const {
+  for (size_t i = 0; i < inputs_.size(); ++i)
+    if (setup_.retimed[i] && inputs_[i].isStream())
+      return true;
+  const auto isPipe = [](const auto &setting) {
+    return setting.second.starts_with('@') && !std::filesystem::is_regular_file(setting.second.substr(1));
+  };
+  return !plan_.faults.empty() ||
+         std::any_of(setup_.stages.begin(), setup_.stages.end(), [&](const StageSetup &stage) {
+           return std::any_of(stage.settings.begin(), stage.settings.end(), isPipe);
+         });
+}
+
+/// Those that share the work, in jobs of so many frames.
 ChainThreads RenderJob::threads(size_t frames) {
   ChainThreads threads;
   threads.chain = [this] { return std::make_unique<Chain>(setup_, plan_, settled_.timeline, inputs_); };
@@ -76,10 +91,7 @@ ChainThreads RenderJob::threads(size_t frames) {
     for (const Input &input : inputs_)
       input.giveUp();
   };
-  for (size_t i = 0; i < inputs_.size(); ++i)
-    if (setup_.retimed[i] && inputs_[i].isStream())
-      return threads;
-  if (!plan_.faults.empty())
+  if (needsOneThread())
     return threads;
   constexpr size_t kOwn = 3; // pictures that an effect works with
   const size_t pictures = setup_.sound ? 0 : inputs_.size() + 2 * setup_.stages.size() + kOwn;

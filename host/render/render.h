@@ -44,6 +44,7 @@ public:
 
 private:
   void settle();
+  [[nodiscard]] bool needsOneThread() const;
   ChainThreads threads(size_t frames);
   void writeSound(uint64_t from, uint64_t to);
   void runPictures(const Progress &progress);
