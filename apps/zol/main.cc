@@ -54,7 +54,6 @@ int main(int argc, char **argv) {
   // Pictures come and go: their memory is kept, not fetched from the system anew for each.
   mallopt(M_MMAP_THRESHOLD, kLargestKept);
   mallopt(M_TRIM_THRESHOLD, 4 * kLargestKept);
-  mallopt(M_ARENA_MAX, 1);       // also where one thread makes them and another lets them go
   std::signal(SIGPIPE, SIG_IGN); // a reader that goes away is a failed write
   zol::host::heedInterruptions();
   try {

@@ -87,18 +87,18 @@ public:
   SlowMotionLoop(VideoReader &reader, const SlowMotionPlan &plan) : reader_(reader), plan_(plan) {
     const size_t bytes =
         sizeof(_color_t) * static_cast<size_t>(reader.width()) * static_cast<size_t>(reader.height());
-    // An engine with its copies of a pair, work frames and tables; the pair; the run that waits to be
-    // written.
-    constexpr size_t kEngine = 10;
+    // Work frames, tables and copies of a pair; the run.
+    constexpr size_t kEngine = 12;
     constexpr size_t kRunBytes = size_t{64} << 20, kLongest = 32;
     longest_ = std::clamp<size_t>(kRunBytes / bytes, 2, kLongest);
     const auto pair = static_cast<size_t>(std::min(std::ceil(plan.factor), static_cast<double>(longest_)));
     const size_t threads = threadsFor(plan.threads, kEngine + pair, bytes);
-    reader.keepMore(leadOf(threads));
+    const size_t lead = threads + 1;
+    reader.keepMore(lead);
     reader.prepare(0); // whichever thread asks first
     work_ =
         std::make_unique<Work>(Work::Plan{.threads = threads,
-                                          .lead = leadOf(threads),
+                                          .lead = lead,
                                           .next = [this] { return nextRun(); },
                                           .worker = [this](const auto &unwanted) { return worker(unwanted); },
                                           .unblock = [this] { reader_.giveUp(); }});
