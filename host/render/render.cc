@@ -75,7 +75,9 @@ bool RenderJob::needsOneThread() const {
     if (setup_.retimed[i] && inputs_[i].isStream())
       return true;
   const auto isPipe = [](const auto &setting) {
-    return setting.second.starts_with('@') && !std::filesystem::is_regular_file(setting.second.substr(1));
+    std::error_code error;
+    return setting.second.starts_with('@') &&
+           !std::filesystem::is_regular_file(setting.second.substr(1), error);
   };
   return !plan_.faults.empty() ||
          std::any_of(setup_.stages.begin(), setup_.stages.end(), [&](const StageSetup &stage) {
