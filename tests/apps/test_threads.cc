@@ -81,11 +81,11 @@ TEST_F(Shared, WorkFailsWithTheSameLine) {
     fails("render blur -i a.mp4 --set Blurriness=0.1 -o no.mkv --fault PicCreate@9" + threads,
           "at 0.32 s: Filler: Memory allocation error");
     // Nobody takes the output any more while readers wait for a pipe that nobody fills any more.
-    const Outcome left =
-        shell("ffmpeg -v error -nostdin -i a.mp4 -frames:v 12 -f rawvideo -pix_fmt bgra - 2>/dev/null >pipe & "
-              "{ timeout 20 " +
-              std::string(kZol) + "render copy -i - --size 320x240 -o -" + threads +
-              " <>pipe; echo $? >&2; } | head -c 400000 > taken; wait");
+    const Outcome left = shell(
+        "ffmpeg -v error -nostdin -i a.mp4 -frames:v 12 -f rawvideo -pix_fmt bgra - 2>/dev/null >pipe & "
+        "{ timeout 20 " +
+        std::string(kZol) + "render copy -i - --size 320x240 -o -" + threads +
+        " <>pipe; echo $? >&2; } | head -c 400000 > taken; wait");
     EXPECT_EQ(left.err, "zol: cannot write to standard output: Broken pipe\n1\n");
   }
 }
