@@ -61,14 +61,6 @@ std::optional<host::PartPlan> partIn(const std::string &text) {
              : std::nullopt;
 }
 
-template <class Number> auto wholeNumber(int least, int most) {
-  return [=](const std::string &text) -> std::optional<Number> {
-    const auto number = integerIn(text);
-    return number && *number >= least && *number <= most ? std::optional(static_cast<Number>(*number))
-                                                         : std::nullopt;
-  };
-}
-
 auto oneOf(std::vector<std::string> words) {
   return [words = std::move(words)](const std::string &text) {
     return std::find(words.begin(), words.end(), text) != words.end() ? std::optional(text) : std::nullopt;
@@ -188,9 +180,7 @@ void addRunOptions(CLI::App &app, RenderPlan &plan) {
            "Render the K-th of N parts of the pictures into a Matroska file, or numbered pictures; zol join "
            "makes the film of them. A part that is there already, of the same render, is kept")
       ->type_name("K/N");
-  addValue(app, "--threads", plan.threads, wholeNumber<unsigned>(1, 1024), "1 to 1024",
-           "Threads to work with")
-      ->type_name("N");
+  addThreads(app, plan.threads);
 }
 
 void addPlanOptions(CLI::App &app, RenderPlan &plan) {

@@ -1,6 +1,7 @@
 // zol slowmo: a clip, slower, with the frames between made up.
 
 #include "apps/zol/commands.h"
+#include "apps/zol/words.h"
 
 #include "host/render/slowmo.h"
 
@@ -49,6 +50,7 @@ void addSlowmo(CLI::App &zol) {
       ->type_name("NAME");
   app->add_flag("--strict", plan->strict, "Fail where the clip is damaged");
   app->add_flag("--playlists", plan->playlists, "Read playlists and others that name files");
+  addThreads(*app, plan->threads);
   telling->addTo(*app);
   app->footer("Example:\n  zol slowmo clip.mp4 -o slow.mp4 --factor 4 --method vector");
   app->callback([=] {

@@ -102,4 +102,10 @@ std::string HelpFormatter::make_option_name(const CLI::Option *option, bool isPo
   return isPositional ? option->get_name(true, false) : spelledNames(*option);
 }
 
+void addThreads(CLI::App &app, std::optional<unsigned> &threads) {
+  addValue(app, "--threads", threads, wholeNumber<unsigned>(1, 1024), "1 to 1024",
+           "Threads that share the work, by default one for each core; they change no byte")
+      ->type_name("N");
+}
+
 } // namespace zol::command

@@ -1,6 +1,8 @@
 // Words of a command line: options as ffmpeg's users spell them, and one clear line for what is not known.
 #pragma once
 
+#include "host/model/text.h"
+
 #include <CLI/CLI.hpp>
 
 #include <functional>
@@ -48,5 +50,17 @@ CLI::Option *addValue(CLI::App &app, const std::string &name, Target &target, Re
       },
       help);
 }
+
+/// Reads a whole number within bounds, for addValue.
+template <class Number> auto wholeNumber(int least, int most) {
+  return [=](const std::string &text) -> std::optional<Number> {
+    const auto number = host::integerIn(text);
+    return number && *number >= least && *number <= most ? std::optional(static_cast<Number>(*number))
+                                                         : std::nullopt;
+  };
+}
+
+/// "--threads N", for all that makes pictures or sound.
+void addThreads(CLI::App &app, std::optional<unsigned> &threads);
 
 } // namespace zol::command

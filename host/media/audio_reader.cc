@@ -99,10 +99,18 @@ double AudioReader::duration() const {
 }
 
 std::optional<uint64_t> AudioReader::frameCount() const {
+  const std::lock_guard lock(mutex_);
   const uint64_t end = std::min(end_.value_or(next_), limit());
   if (!end_ && end < limit())
     return std::nullopt;
   return end - std::min(end, origin());
+}
+
+bool AudioReader::meetsEnd(uint64_t first, size_t count) const {
+  const std::lock_guard lock(mutex_);
+  const uint64_t last = std::min(first + origin() + count, limit());
+  const uint64_t taken = (last + kBlock - 1) / kBlock * kBlock;
+  return taken >= limit() || (end_ && taken > *end_);
 }
 
 void AudioReader::open() {
@@ -119,7 +127,11 @@ bool AudioReader::readBlock() {
     window_.erase(window_.begin(), window_.end() - static_cast<ptrdiff_t>(kept_ * channels));
   const size_t before = window_.size();
   window_.resize(before + kBlock * channels);
-  const size_t got = process_->read(window_.data() + before, kBlock * channels * sizeof(float));
+  size_t got = 0;
+  {
+    const Awaited<Process>::During during(awaited_, *process_);
+    got = process_->read(window_.data() + before, kBlock * channels * sizeof(float));
+  }
   const size_t frames = got / (channels * sizeof(float));
   window_.resize(before + frames * channels);
   next_ += frames;
@@ -154,6 +166,7 @@ bool AudioReader::reaches(uint64_t frame) {
 }
 
 size_t AudioReader::read(uint64_t first, size_t count, float *samples) {
+  const std::lock_guard lock(mutex_);
   const auto channels = static_cast<size_t>(options_.channels);
   uint64_t place = first + origin();
   size_t done = 0;

@@ -1,6 +1,7 @@
 // Samples of a media file, streamed through an ffmpeg child.
 #pragma once
 
+#include "host/media/awaited.h"
 #include "host/media/damage.h"
 #include "host/media/probe.h"
 #include "host/media/process.h"
@@ -9,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -29,6 +31,7 @@ struct AudioReaderOptions {
 };
 
 /// Interleaved 32-bit floats. Time 0 is the beginning of the file, also where its sound begins later.
+/// Several threads may call read(), frameCount() and reaches() at once, one giveUp(); the rest concerns one.
 class AudioReader {
 public:
   /// `-` is standard input: raw, or what ffmpeg can tell from a stream. Named pipes likewise. Only one
@@ -50,11 +53,17 @@ public:
   /// Has all samples converted to this rate and these channels; to be called before the first read().
   void convertTo(int sampleRate, int channels);
 
+  /// Has so many sample frames more kept for threads that are behind others; likewise.
+  void keepMore(size_t frames) { kept_ += frames; }
+
   /// Copies up to `count` sample frames from sample frame `first` on into `samples` (count * channels floats)
   /// and returns how many there were: fewer only behind the end. The same range gives the same samples in any
   /// order of calls. Recent samples are kept; a step behind them reads anew from the beginning (standard
   /// input: HostError).
   size_t read(uint64_t first, size_t count, float *samples);
+
+  /// Whether whoever had read no further than this would know the end: whatever others have read.
+  [[nodiscard]] bool meetsEnd(uint64_t first, size_t count) const;
 
   /// Seconds from the start to the end, as far as the file tells; 0 where it does not.
   [[nodiscard]] double duration() const;
@@ -64,6 +73,9 @@ public:
 
   /// Whether there is a sample frame of this number: reads on to it where that is not known yet.
   bool reaches(uint64_t frame);
+
+  /// Ends calls that wait for a child, and all that would: they throw HostError.
+  void giveUp() { awaited_.giveUp(); }
 
   /// What is wrong with the file as far as it was read, in one line; empty where nothing is.
   [[nodiscard]] const std::string &damage() const { return damage_.text(); }
@@ -91,6 +103,8 @@ private:
   std::vector<float> window_;        ///< The newest samples; the last sample frame is number next_ - 1.
   uint64_t next_ = 0; ///< Sample frames taken from the child so far, from the file's beginning.
   std::optional<uint64_t> end_;
+  mutable std::mutex mutex_; ///< Of all above, as long as samples are asked for.
+  Awaited<Process> awaited_;
 };
 
 } // namespace zol::host

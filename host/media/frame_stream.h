@@ -75,6 +75,8 @@ public:
   /// The next one; none at the end. Throws HostError where a picture cannot be converted or the child hangs,
   /// std::bad_alloc, Interrupted.
   std::optional<HeardFrame> next() { return ahead_.next(); }
+  /// Has next() come to an end soon; other threads may be in it.
+  void terminate() { child_->terminate(); }
 
   // Once next() has met the end:
 

@@ -43,6 +43,18 @@ std::string turningFilters(int orientation) {
   return kFilters.at(static_cast<size_t>(orientation - 1));
 }
 
+/// Gives a lock back for as long as the object lives.
+class Unlocked {
+public:
+  explicit Unlocked(std::mutex &mutex) : mutex_(mutex) { mutex_.unlock(); }
+  ~Unlocked() { mutex_.lock(); }
+  Unlocked(const Unlocked &) = delete;
+  Unlocked &operator=(const Unlocked &) = delete;
+
+private:
+  std::mutex &mutex_;
+};
+
 std::string sizeText(int width, int height) { return std::to_string(width) + "x" + std::to_string(height); }
 
 } // namespace
@@ -235,7 +247,12 @@ void VideoReader::open(Cursor &cursor, size_t first, bool stretch) {
 
 /// Takes the next frame from the stream; false at its end.
 bool VideoReader::readNext(Cursor &cursor) {
-  std::optional<HeardFrame> heard = cursor.stream->next();
+  std::optional<HeardFrame> heard;
+  {
+    const Unlocked unlocked(mutex_);
+    const Awaited<FrameStream>::During during(awaited_, *cursor.stream);
+    heard = cursor.stream->next();
+  }
   if (!heard) {
     Process &child = cursor.stream->child();
     if (child.wait() != 0)
@@ -387,29 +404,56 @@ std::shared_ptr<const Frame> VideoReader::read(size_t index) {
   return frame != nullptr ? frame : frameOf(cursor.recent.front()); // damage may leave nothing nearer
 }
 
-bool VideoReader::reaches(size_t index) {
-  if (!count_)
-    (void)at(index);
-  return !count_ || index < *count_;
+std::optional<size_t> VideoReader::frameCount() const {
+  const std::lock_guard lock(mutex_);
+  return count_;
 }
+
+bool VideoReader::reaches(size_t index) {
+  if (!frameCount())
+    (void)at(index);
+  return index < frameCount().value_or(SIZE_MAX);
+}
+
+void VideoReader::keepMore(size_t frames) {
+  options_.window += frames;
+  mostAsked_ += frames;
+}
+
+void VideoReader::giveUp() { awaited_.giveUp(); }
 
 void VideoReader::prepare(size_t index) {
   if (cursors_.empty())
     open(cursors_.emplace_back(), info_.still ? 0 : index);
 }
 
-std::shared_ptr<const Frame> VideoReader::at(size_t index) try {
-  if (count_ && index >= *count_)
-    return last_;
-  constexpr size_t kAsked = 4;
-  auto frame = known(index);
-  if (frame == nullptr)
-    frame = read(index);
+/// Keeps a frame that was asked for.
+std::shared_ptr<const Frame> VideoReader::asked(size_t index, std::shared_ptr<const Frame> frame) {
   std::erase_if(asked_, [&](const Known &one) { return one.index == index; });
   asked_.push_back({index, frame});
-  if (asked_.size() > kAsked)
+  if (asked_.size() > mostAsked_)
     asked_.pop_front();
   return frame;
+}
+
+/// A frame for which nothing need be read; null where that is needed.
+std::shared_ptr<const Frame> VideoReader::ready(size_t index) {
+  if (count_ && index >= *count_)
+    return last_;
+  auto frame = known(index);
+  return frame == nullptr ? nullptr : asked(index, std::move(frame));
+}
+
+std::shared_ptr<const Frame> VideoReader::at(size_t index) try {
+  {
+    const std::lock_guard lock(mutex_);
+    if (auto frame = ready(index))
+      return frame;
+  }
+  const std::lock_guard reading(reading_);
+  const std::lock_guard lock(mutex_);
+  auto frame = ready(index); // another thread may have read it
+  return frame != nullptr ? frame : asked(index, read(index));
 } catch (const std::bad_alloc &) {
   throw HostError("cannot read " + source_.name() + ": not enough memory for pictures of " +
                   sizeText(options_.width, options_.height));

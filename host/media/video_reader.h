@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/media/aligned_bytes.h"
+#include "host/media/awaited.h"
 #include "host/media/conversion.h"
 #include "host/media/damage.h"
 #include "host/media/fit.h"
@@ -14,6 +15,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -40,6 +42,7 @@ struct VideoReaderOptions {
 
 /// Frames at a constant rate. What the file holds is known at once; children run from the first at() on.
 /// Memory is bounded by the window, a few frames ahead of it, and the frames that callers still hold.
+/// Several threads may call at(), frameCount() and reaches() at once, one giveUp(); the rest concerns one.
 class VideoReader {
 public:
   /// `-` is standard input: raw, or what ffmpeg can tell from a stream. Named pipes likewise. Only one
@@ -69,6 +72,9 @@ public:
   /// at().
   void writeSoundTo(std::string file) { soundFile_ = std::move(file); }
 
+  /// Has so many frames more kept for threads that are behind others; likewise.
+  void keepMore(size_t frames);
+
   /// Begins to read at a frame, so that it is there sooner when at() asks for it.
   void prepare(size_t index);
 
@@ -83,10 +89,13 @@ public:
   [[nodiscard]] double duration() const;
 
   /// Number of frames from the start, known once the end was met; a still has one.
-  [[nodiscard]] std::optional<size_t> frameCount() const { return count_; }
+  [[nodiscard]] std::optional<size_t> frameCount() const;
 
   /// Whether there is a frame of this index: reads on to it where that is not known yet.
   bool reaches(size_t index);
+
+  /// Ends calls that wait for a child, and all that would: they throw HostError.
+  void giveUp();
 
   /// What is wrong with the file as far as it was read, in one line; empty where nothing is.
   [[nodiscard]] const std::string &damage() const { return damage_.text(); }
@@ -129,6 +138,8 @@ private:
   [[nodiscard]] double gridStart() const;
   [[nodiscard]] std::optional<size_t> limit() const;
   std::shared_ptr<const Frame> read(size_t index);
+  std::shared_ptr<const Frame> asked(size_t index, std::shared_ptr<const Frame> frame);
+  std::shared_ptr<const Frame> ready(size_t index);
 
   Source source_;
   VideoReaderOptions options_;
@@ -139,9 +150,15 @@ private:
   std::optional<Converter> unpacking_;
   std::vector<Cursor> cursors_;
   std::deque<Known> asked_; ///< What was asked for lately, the latest last.
+  size_t mostAsked_ = 4;
   uint64_t clock_ = 0;
   std::shared_ptr<const Frame> last_;
   std::optional<size_t> count_;
+  // Both are held where any of the above changes, as long as frames are asked for; the second is given back
+  // while the first waits for a child.
+  std::mutex reading_;
+  mutable std::mutex mutex_;
+  Awaited<FrameStream> awaited_;
 };
 
 } // namespace zol::host

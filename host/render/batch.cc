@@ -3,6 +3,7 @@
 #include "host/media/interrupt.h"
 #include "host/model/error.h"
 #include "host/render/render.h"
+#include "host/render/threads.h"
 
 #include <algorithm>
 #include <atomic>
@@ -89,12 +90,17 @@ void runBatch(const std::vector<RenderPlan> &plans, const std::shared_ptr<const 
   std::mutex telling;
   size_t done = 0;
   std::exception_ptr stopped;
+  // Files before frames: a thread for each of them, and more for each where there are few.
+  const size_t threads = threadsFor(plans.empty() ? std::nullopt : plans.front().threads, 0, 0);
+  const size_t files = std::min(threads, std::max<size_t>(plans.size(), 1));
   const auto work = [&] {
     try {
       for (size_t i; (i = next++) < plans.size();) {
         BatchResult result{plans[i].output, {}, {}};
         try {
-          RenderJob job(plans[i], library);
+          RenderPlan plan = plans[i];
+          plan.threads = static_cast<unsigned>(threads / files);
+          RenderJob job(std::move(plan), library);
           job.run([](uint64_t, uint64_t) { stopIfInterrupted(); });
           result.notes = job.notes();
         } catch (const HostError &error) {
@@ -113,8 +119,7 @@ void runBatch(const std::vector<RenderPlan> &plans, const std::shared_ptr<const 
   };
   {
     std::vector<std::jthread> workers;
-    const size_t most = std::max<size_t>(1, std::thread::hardware_concurrency());
-    for (size_t i = 1; i < std::min(most, plans.size()); ++i)
+    for (size_t i = 1; i < files; ++i)
       workers.emplace_back(work);
     work();
   }

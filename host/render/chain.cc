@@ -1,9 +1,9 @@
 #include "host/render/chain.h"
 
 #include "host/media/format.h"
+#include "host/media/interrupt.h"
 #include "host/model/error.h"
 #include "host/model/text.h"
-#include "host/render/media_clip.h"
 #include "host/render/output.h"
 
 #include <algorithm>
@@ -92,11 +92,23 @@ Chain::Chain(const ChainSetup &setup, const RenderPlan &plan, const Timeline &ti
 }
 
 Clip *Chain::clipOf(const Input &input) {
+  std::unique_ptr<MediaClip> clip;
   if (AudioReader *samples = input.samples())
-    clips_.push_back(std::make_unique<AudioClip>(*samples));
+    clip = std::make_unique<AudioClip>(*samples);
   else
-    clips_.push_back(std::make_unique<VideoClip>(*input.pictures()));
-  return clips_.back().get();
+    clip = std::make_unique<VideoClip>(*input.pictures());
+  media_.emplace_back(&input, clip.get());
+  return clips_.emplace_back(std::move(clip)).get();
+}
+
+bool Chain::metEnd(const Input *input) const {
+  return std::any_of(media_.begin(), media_.end(),
+                     [&](const auto &one) { return one.first == input && one.second->metEnd(); });
+}
+
+void Chain::stopWhen(const std::function<bool()> &unwanted) {
+  for (const auto &stage : stages_)
+    stage->instance().session().stop = [=] { return interrupted() || unwanted(); };
 }
 
 std::vector<std::string> Chain::notes() {

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "host/render/inputs.h"
+#include "host/render/media_clip.h"
 #include "host/render/plan.h"
 #include "host/render/stage.h"
 #include "host/script/library.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -68,6 +70,12 @@ public:
   /// The values over time of a stage's field; null where it has no such field, or not of numbers.
   [[nodiscard]] const NumberCurve *numbers(size_t stage, std::string_view field) const;
 
+  /// Whether what was asked for so far of this input tells where its end is.
+  [[nodiscard]] bool metEnd(const Input *input) const;
+
+  /// Has renders stop, and then fail, where this says so, as where the whole program is to stop.
+  void stopWhen(const std::function<bool()> &unwanted);
+
   /// Gives back all that inputs and stages have handed out.
   void release();
 
@@ -76,6 +84,8 @@ private:
 
   std::vector<std::unique_ptr<Stage>> stages_;
   std::vector<std::unique_ptr<Clip>> clips_;
+  std::vector<std::pair<const Input *, const MediaClip *>>
+      media_; ///< Those of the clips that are an input's.
 };
 
 } // namespace zol::host

@@ -37,6 +37,10 @@ public:
   [[nodiscard]] std::optional<uint64_t> length() const;
   /// Whether it has a frame or sample frame of that number: reads on to it where that is not known yet.
   [[nodiscard]] bool reaches(uint64_t index) const;
+  /// Has so many frames, or sample frames, more kept for threads that are behind others.
+  void keepMore(size_t frames) { sound_ ? samples_->keepMore(frames) : pictures_->keepMore(frames); }
+  /// Ends what waits for it, in any thread; nothing more can be had then.
+  void giveUp() const { sound_ ? samples_->giveUp() : pictures_->giveUp(); }
   /// What of it is not kept, however it is read; a line each.
   [[nodiscard]] const std::vector<std::string> &notes() const { return notes_; }
   /// What is wrong with it as far as it was read, in one line; empty where nothing is.

@@ -8,8 +8,9 @@ namespace zol::host {
 pic *VideoClip::frame(double time, int width, int height) {
   const size_t index = indexAt(time, reader_.rate());
   const auto frame = reader_.at(index);
-  if (frame == nullptr ||
-      (behindEnd_ == BehindEnd::nothing && index >= reader_.frameCount().value_or(SIZE_MAX)))
+  const bool behind = index >= reader_.frameCount().value_or(SIZE_MAX);
+  metEnd_ = metEnd_ || behind;
+  if (frame == nullptr || (behindEnd_ == BehindEnd::nothing && behind))
     return nullptr;
   for (Held &held : held_)
     if (held.frame == frame)
@@ -49,8 +50,10 @@ t_ZoAudio *AudioClip::audio(double from, double to) {
   const double first = std::floor(from * rate + 0.5);
   const double before = std::clamp(-first, 0.0, static_cast<double>(block->record()->Frames));
   const auto silent = static_cast<size_t>(before);
-  reader_.read(static_cast<uint64_t>(std::max(0.0, first)), block->record()->Frames - silent,
-               block->record()->Samples + silent * block->record()->Channels);
+  const auto begin = static_cast<uint64_t>(std::max(0.0, first));
+  const size_t wanted = block->record()->Frames - silent;
+  reader_.read(begin, wanted, block->record()->Samples + silent * block->record()->Channels);
+  metEnd_ = metEnd_ || reader_.meetsEnd(begin, wanted);
   held_.push_back(std::move(block));
   return held_.back()->record();
 }

@@ -12,8 +12,17 @@
 
 namespace zol::host {
 
+class MediaClip : public Clip {
+public:
+  /// Whether what was asked for so far tells where the end is, whatever others have asked for.
+  [[nodiscard]] bool metEnd() const { return metEnd_; }
+
+protected:
+  bool metEnd_ = false;
+};
+
 /// The pictures of a reader, which outlives it.
-class VideoClip : public Clip {
+class VideoClip : public MediaClip {
 public:
   /// Behind the end stands the last picture for ever, or nothing.
   enum class BehindEnd { last, nothing };
@@ -41,7 +50,7 @@ private:
 };
 
 /// The sound of a reader, which outlives it; silence before its beginning and behind its end.
-class AudioClip : public Clip {
+class AudioClip : public MediaClip {
 public:
   explicit AudioClip(AudioReader &reader) : reader_(reader) {}
 

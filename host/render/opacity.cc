@@ -45,12 +45,12 @@ void makeOpaque(_color_t *pixels, size_t count) {
   }
 }
 
-void Opacity::settle(_color_t *pixels, size_t count) {
+bool Opacity::settle(_color_t *pixels, size_t count) const {
   if (!watched_ || isOpaque(pixels, count))
-    return;
-  ++transparent_;
+    return false;
   if (forced_)
     makeOpaque(pixels, count);
+  return true;
 }
 
 } // namespace zol::host

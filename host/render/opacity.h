@@ -11,13 +11,16 @@ namespace zol::host {
 bool isOpaque(const _color_t *pixels, size_t count);
 void makeOpaque(_color_t *pixels, size_t count);
 
-/// Looks at every picture on its way into the output.
+/// Looks at every picture on its way into the output; several threads may at once.
 class Opacity {
 public:
-  /// `watched`: pictures with transparent pixels are counted; `forced`: and these made opaque.
+  /// `watched`: pictures with transparent pixels are told of; `forced`: and these made opaque.
   Opacity(bool watched, bool forced) : watched_(watched), forced_(forced) {}
 
-  void settle(_color_t *pixels, size_t count);
+  /// Whether the picture has, or had, transparent pixels.
+  bool settle(_color_t *pixels, size_t count) const;
+  /// Counts one that is written.
+  void tell(bool transparent) { transparent_ += transparent; }
 
   [[nodiscard]] bool forced() const { return forced_; }
   /// How many pictures had transparent pixels.

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <future>
 #include <utility>
 
@@ -96,11 +97,50 @@ void RenderJob::beginPart() {
   span = {static_cast<size_t>(part_->first), static_cast<size_t>(part_->frames), false};
 }
 
+/// Whether the plan must be followed by one chain alone: where services fail at their nth call, where media
+/// come through a pipe at other times than their own, and where a shape does, which each chain reads.
+bool RenderJob::needsOneThread() const {
+  for (size_t i = 0; i < inputs_.size(); ++i)
+    if (setup_.retimed[i] && inputs_[i].isStream())
+      return true;
+  const auto isPipe = [](const auto &setting) {
+    std::error_code error;
+    return setting.second.starts_with('@') &&
+           !std::filesystem::is_regular_file(setting.second.substr(1), error);
+  };
+  return !plan_.faults.empty() ||
+         std::any_of(setup_.stages.begin(), setup_.stages.end(), [&](const StageSetup &stage) {
+           return std::any_of(stage.settings.begin(), stage.settings.end(), isPipe);
+         });
+}
+
+/// Those that share the work, in jobs of so many frames.
+ChainThreads RenderJob::threads(size_t frames) {
+  ChainThreads threads;
+  threads.chain = [this] { return std::make_unique<Chain>(setup_, plan_, settled_.timeline, inputs_); };
+  threads.unblock = [this] {
+    for (const Input &input : inputs_)
+      input.giveUp();
+  };
+  if (needsOneThread())
+    return threads;
+  constexpr size_t kOwn = 3; // pictures that an effect works with
+  const size_t pictures = setup_.sound ? 0 : inputs_.size() + 2 * setup_.stages.size() + kOwn;
+  const Timeline &timeline = settled_.timeline;
+  threads.count = threadsFor(plan_.threads, pictures,
+                             sizeof(_color_t) * static_cast<size_t>(timeline.width) *
+                                 static_cast<size_t>(timeline.height));
+  if (threads.count > 1)
+    for (Input &input : inputs_)
+      input.keepMore((leadOf(threads.count) - 1) * frames);
+  return threads;
+}
+
 void RenderJob::run(const Progress &progress) {
   if (joined_) {
     runJoined(progress);
   } else if (setup_.sound) {
-    SoundLoop loop(*chain_, settled_.span, settled_.leading, plan_);
+    SoundLoop loop(*chain_, threads(SoundLoop::kRun), settled_.span, settled_.leading, plan_);
     while (loop.step(*writer_))
       progress(loop.done(), loop.all());
   } else {
@@ -120,13 +160,13 @@ void RenderJob::run(const Progress &progress) {
 
 void RenderJob::runPictures(const Progress &progress) {
   writer_->prepare();
+  Opacity opacity(output_.watchAlpha, output_.forceOpaque);
+  PictureLoop loop(*chain_, threads(1), settled_.span, settled_.leading, opacity);
   if (output_.soundStream)
     inputs_[*output_.soundStream].pictures()->writeSoundTo(writer_->soundBeside());
   for (size_t i = 0; i < inputs_.size(); ++i)
     if (!setup_.retimed[i])
       inputs_[i].pictures()->prepare(settled_.span.first);
-  Opacity opacity(output_.watchAlpha, output_.forceOpaque);
-  PictureLoop loop(*chain_, settled_.span, settled_.leading, opacity);
   uint64_t sample = output_.soundTimeline.sampleOfFrame(settled_.span.first);
   for (;;) {
     const uint64_t end = output_.soundTimeline.sampleOfFrame(settled_.span.first + loop.done() + 1);

@@ -10,6 +10,7 @@
 #include "host/render/plan.h"
 #include "host/render/settle.h"
 #include "host/render/sound.h"
+#include "host/render/threads.h"
 #include "host/script/library.h"
 
 #include <cstdint>
@@ -52,6 +53,8 @@ public:
 
 private:
   void settle();
+  [[nodiscard]] bool needsOneThread() const;
+  ChainThreads threads(size_t frames);
   void writeSound(uint64_t from, uint64_t to);
   void beginPart();
   void runPictures(const Progress &progress);

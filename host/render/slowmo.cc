@@ -1,10 +1,12 @@
 #include "host/render/slowmo.h"
 
+#include "host/media/interrupt.h"
 #include "host/media/source.h"
 #include "host/media/writer.h"
 #include "host/model/error.h"
 #include "host/model/text.h"
 #include "host/render/media_clip.h"
+#include "host/render/threads.h"
 
 #include <algorithm>
 #include <cmath>
@@ -33,19 +35,23 @@ void *SlowMotionClip::FrameProvider(void *, unsigned frame) {
   }
 }
 
-pic *SlowMotionClip::frame(double time, int, int) {
+std::unique_ptr<PictureBuffer> SlowMotionClip::made(double time) {
   const void *made = GetFrameToTime(time, static_cast<unsigned>(method_));
   if (error_)
     std::rethrow_exception(std::exchange(error_, nullptr));
   if (made == nullptr)
     return nullptr;
-  auto picture =
-      PictureBuffer::make(format_.width, format_.height); // the engine's own changes with the next call
+  auto picture = PictureBuffer::makeUnwritten(format_.width,
+                                              format_.height); // the engine's own changes with the next call
   if (picture == nullptr)
     return nullptr;
   std::memcpy(picture->record()->Pixels, made, picture->pixels() * sizeof(_color_t));
-  held_.push_back(std::move(picture));
-  return held_.back()->record();
+  return picture;
+}
+
+pic *SlowMotionClip::frame(double time, int, int) {
+  auto picture = made(time);
+  return picture == nullptr ? nullptr : held_.emplace_back(std::move(picture))->record();
 }
 
 void SlowMotionClip::release() {
@@ -73,6 +79,89 @@ std::string keepSound(const SlowMotionPlan &plan, const MediaInfo &info, bool st
   writing.companion.duration = info.duration;
   return {};
 }
+
+/// The frames of the slowed clip in their order. Threads share them by the pairs of source frames between
+/// which they lie, since the motion of a pair is searched once; an engine each makes them.
+class SlowMotionLoop {
+public:
+  SlowMotionLoop(VideoReader &reader, const SlowMotionPlan &plan) : reader_(reader), plan_(plan) {
+    const size_t bytes =
+        sizeof(_color_t) * static_cast<size_t>(reader.width()) * static_cast<size_t>(reader.height());
+    // Work frames, tables and copies of a pair; the run.
+    constexpr size_t kEngine = 12;
+    constexpr size_t kRunBytes = size_t{64} << 20, kLongest = 32;
+    longest_ = std::clamp<size_t>(kRunBytes / bytes, 2, kLongest);
+    const auto pair = static_cast<size_t>(std::min(std::ceil(plan.factor), static_cast<double>(longest_)));
+    const size_t threads = threadsFor(plan.threads, kEngine + pair, bytes);
+    const size_t lead = threads + 1;
+    reader.keepMore(lead);
+    reader.prepare(0); // whichever thread asks first
+    work_ =
+        std::make_unique<Work>(Work::Plan{.threads = threads,
+                                          .lead = lead,
+                                          .next = [this] { return nextRun(); },
+                                          .worker = [this](const auto &unwanted) { return worker(unwanted); },
+                                          .unblock = [this] { reader_.giveUp(); }});
+  }
+
+  /// The next frame; null behind the last.
+  std::shared_ptr<PictureBuffer> next() {
+    auto made = work_->take();
+    const auto frames = reader_.frameCount();
+    if (!made || (frames && done_ >= slowed(*frames)))
+      return nullptr;
+    if (*made == nullptr)
+      throw HostError("\"" + plan_.input + "\" has no frame at " + numberText(timeOfFrame(done_)) + " s");
+    ++done_;
+    return *std::move(made);
+  }
+  [[nodiscard]] size_t done() const { return done_; }
+
+private:
+  struct Run {
+    size_t first, count;
+  };
+  using Work = OrderedWork<Run, std::shared_ptr<PictureBuffer>>;
+
+  [[nodiscard]] double sourceFrame(size_t frame) const { return static_cast<double>(frame) / plan_.factor; }
+  [[nodiscard]] double timeOfFrame(size_t frame) const { return sourceFrame(frame) / reader_.rate().value(); }
+  [[nodiscard]] size_t slowed(size_t frames) const {
+    return static_cast<size_t>(std::round(static_cast<double>(frames) * plan_.factor));
+  }
+
+  /// Those that lie between the same two source frames, but not endlessly many.
+  std::optional<Run> nextRun() {
+    const auto frames = reader_.frameCount();
+    if (frames && begun_ >= slowed(*frames))
+      return std::nullopt;
+    const size_t first = begun_++;
+    while (begun_ - first < longest_ && std::floor(sourceFrame(begun_)) == std::floor(sourceFrame(first)))
+      ++begun_;
+    return Run{first, begun_ - first};
+  }
+
+  Work::Worker worker(const Work::Unwanted &unwanted) {
+    struct Engine {
+      Engine(VideoReader &reader, const SlowMotionPlan &plan)
+          : clip(reader, VideoClip::BehindEnd::nothing), // towards which there is nothing to move
+            slow(clip, {reader.width(), reader.height(), reader.rate(), plan.fields}, plan.method) {}
+      VideoClip clip;
+      SlowMotionClip slow;
+    };
+    const auto engine = std::make_shared<Engine>(reader_, plan_);
+    return [=, this](const Run &run, const auto &handOn) {
+      for (size_t i = run.first; i < run.first + run.count && !unwanted(); ++i) {
+        handOn(engine->slow.made(timeOfFrame(i)));
+        engine->slow.release();
+      }
+    };
+  }
+
+  VideoReader &reader_;
+  const SlowMotionPlan &plan_;
+  size_t longest_, begun_ = 0, done_ = 0;
+  std::unique_ptr<Work> work_; // last: its threads use all of the above
+};
 
 } // namespace
 
@@ -103,20 +192,11 @@ std::vector<std::string> slowMotion(const SlowMotionPlan &plan, const Progress &
     notes.push_back("the sound of \"" + plan.input + "\" is left out: " + why);
   MediaWriter writer(plan.output, writing);
 
-  // Behind the clip's end there is no frame to move towards.
-  VideoClip clip(reader, VideoClip::BehindEnd::nothing);
-  SlowMotionClip slow(clip, {reader.width(), reader.height(), rate, plan.fields}, plan.method);
-  for (size_t i = 0;; ++i) {
-    const double time = static_cast<double>(i) / plan.factor / rate.value();
-    const pic *picture = slow.frame(time, writing.width, writing.height);
-    const auto frames = reader.frameCount();
-    if (frames && i >= slowed(static_cast<double>(*frames)))
-      break;
-    if (picture == nullptr)
-      throw HostError("\"" + plan.input + "\" has no frame at " + numberText(time) + " s");
-    writer.writeFrame(picture->Pixels);
-    slow.release();
-    progress(i + 1, std::max(i + 1, slowed(expected)));
+  SlowMotionLoop loop(reader, plan);
+  while (const auto picture = loop.next()) {
+    writer.writeFrame({picture, picture->record()->Pixels});
+    progress(loop.done(), std::max(loop.done(), slowed(expected)));
+    stopIfInterrupted();
   }
   writer.finish();
   if (!reader.damage().empty())

@@ -11,6 +11,7 @@
 #include <deque>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,8 @@ public:
   pic *frame(double time, int width, int height) override;
   t_ZoAudio *audio(double, double) override { return nullptr; }
   void release() override;
+  /// The same, as the caller's own; null where frame() is.
+  std::unique_ptr<PictureBuffer> made(double time);
 
 private:
   void *FrameProvider(void *sequence, unsigned frame) override;
@@ -54,8 +57,9 @@ struct SlowMotionPlan {
   bool overwrite = false;
   bool noSound = false;
   EncodingChoice encoding;
-  bool strict = false;    ///< whether a damaged clip is an error
-  bool playlists = false; ///< whether the clip may name other files to be read in its place
+  bool strict = false;             ///< whether a damaged clip is an error
+  bool playlists = false;          ///< whether the clip may name other files to be read in its place
+  std::optional<unsigned> threads; ///< none: one for each core
   MediaPrograms programs;
 };
 

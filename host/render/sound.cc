@@ -2,40 +2,80 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace zol::host {
 
-SoundLoop::SoundLoop(Chain &chain, const Span &span, const Input *leading, const RenderPlan &plan)
-    : chain_(chain), leading_(leading), block_(plan.block), openEnd_(span.openEnd), frame_(span.first),
-      first_(chain.timeline().sampleOfFrame(span.first)), at_(first_) {
+SoundLoop::SoundLoop(Chain &chain, ChainThreads threads, const Span &span, const Input *leading,
+                     const RenderPlan &plan)
+    : chain_(chain), threads_(std::move(threads)), leading_(leading), block_(plan.block),
+      openEnd_(span.openEnd), frame_(span.first), first_(chain.timeline().sampleOfFrame(span.first)),
+      begun_(first_), at_(first_) {
   const Timeline &timeline = chain.timeline();
   end_ = span.count == 0 ? 0
          : plan.frames   ? timeline.sampleOfFrame(span.first + span.count)
                          : static_cast<uint64_t>(std::floor(timeline.duration * timeline.sampleRate + 0.5));
 }
 
-/// Where the block that begins now ends.
-uint64_t SoundLoop::nextStop() {
-  uint64_t stop = at_ + block_.value_or(0);
-  while (stop <= at_) // a frame may be shorter than a sample
+/// As far as can be told before it is rendered.
+std::optional<SoundLoop::Block> SoundLoop::nextBlock() {
+  const bool behind = begun_ >= end_;
+  if (behind && !(openEnd_ && leading_->reaches(begun_)))
+    return std::nullopt;
+  uint64_t stop = begun_ + block_.value_or(0);
+  while (stop <= begun_) // a frame may be shorter than a sample
     stop = chain_.timeline().sampleOfFrame(++frame_);
-  return openEnd_ ? stop : std::min(stop, end_);
+  if (!openEnd_)
+    stop = std::min(stop, end_);
+  const uint64_t from = std::exchange(begun_, stop);
+  return Block{from, stop, behind && leading_->samples()->meetsEnd(from, 1)};
+}
+
+std::optional<SoundLoop::Run> SoundLoop::nextRun() {
+  Run run;
+  while (run.empty() || run.back().to - run.front().from < kRun) {
+    const auto block = nextBlock();
+    if (!block)
+      break;
+    run.push_back(*block);
+  }
+  return run.empty() ? std::nullopt : std::optional(std::move(run));
+}
+
+SoundLoop::Made SoundLoop::make(Chain &chain, const Block &block) const {
+  const Timeline &timeline = chain.timeline();
+  auto samples = chain.sound(timeline.timeOfSample(block.from), timeline.timeOfSample(block.to));
+  chain.release();
+  return {block, std::move(samples), block.metEnd || chain.metEnd(leading_)};
+}
+
+std::optional<SoundLoop::Made> SoundLoop::next() {
+  if (threads_.count == 1 || at_ == first_) {
+    const auto block = nextBlock();
+    return block ? std::optional(make(chain_, *block)) : std::nullopt;
+  }
+  if (others_ == nullptr)
+    others_ = share<Run, Made>(
+        threads_, [this] { return nextRun(); },
+        [this](Chain &chain, const Run &run, const auto &handOn) {
+          for (const Block &block : run)
+            handOn(make(chain, block));
+        });
+  return others_->take();
 }
 
 bool SoundLoop::step(MediaWriter &writer) {
-  if (at_ >= end_ && !(openEnd_ && leading_->reaches(at_)))
+  const std::optional<Made> made = next();
+  if (!made)
     return false;
-  const uint64_t stop = nextStop();
-  const auto samples =
-      chain_.sound(chain_.timeline().timeOfSample(at_), chain_.timeline().timeOfSample(stop));
-  uint64_t frames = samples->record()->Frames;
-  if (leading_ != nullptr)
+  uint64_t frames = made->samples->record()->Frames;
+  metEnd_ = metEnd_ || made->metEnd;
+  if (metEnd_)
     if (const auto length = leading_->length())
       frames = std::min(frames, *length - std::min(*length, at_));
   if (frames > 0)
-    writer.writeSamples(samples->record()->Samples, static_cast<size_t>(frames));
-  chain_.release();
-  at_ = stop;
+    writer.writeSamples(made->samples->record()->Samples, static_cast<size_t>(frames));
+  at_ = made->block.to;
   return frames > 0;
 }
 

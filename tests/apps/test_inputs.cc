@@ -252,14 +252,24 @@ TEST_F(Inputs, AreReadOnceByEffectsThatLookBack) {
   save("ffmpeg",
        "#!/bin/sh\ncase $* in *' -i '*) echo >> started ;; esac\nPATH=${PATH#*:} exec ffmpeg \"$@\"\n");
   shell("chmod +x ffmpeg");
-  for (const char *between : {"As they are", "Motion vectors"}) {
+  const auto started = [&](const std::string &words) {
     shell("rm -f started");
-    const Outcome outcome =
-        shell("PATH=$PWD:$PATH " ZOL_BUILD_DIR "/zol render 'motion blur' -i clip.mkv -o - --set Shutter=4 "
-              "--set Phase=-1 --set Samples=16 --set 'Between=" +
-              std::string(between) + "'");
-    EXPECT_EQ(outcome.out.size(), 25 * kFrame) << between << outcome.err;
-    EXPECT_EQ(contents(path("started")), "\n") << between;
+    const Outcome outcome = shell("PATH=$PWD:$PATH " ZOL_BUILD_DIR "/zol " + words);
+    EXPECT_EQ(outcome.out.size() % (25 * kFrame), 0U) << words << outcome.err;
+    EXPECT_FALSE(outcome.out.empty()) << words << outcome.err;
+    return contents(path("started")).size();
+  };
+  for (const char *threads : {"1", "2", "8"}) {
+    const std::string words = " -o - --threads " + std::string(threads);
+    for (const char *between : {"As they are", "Motion vectors"})
+      EXPECT_EQ(started("render 'motion blur' -i clip.mkv --set Shutter=4 --set Phase=-1 --set Samples=16 "
+                        "--set 'Between=" +
+                        std::string(between) + "'" + words),
+                1U)
+          << between << threads;
+    EXPECT_EQ(started("render 'time warp' -i clip.mkv --set Speed=0.7 --set Method=Mixing" + words), 1U)
+        << threads;
+    EXPECT_EQ(started("slowmo clip.mkv --factor 3" + words), 1U) << threads;
   }
 }
 

@@ -23,7 +23,7 @@ protected:
   void stops(const std::string &arguments, const std::string &signal, const std::string &group = "") {
     const size_t before = entries();
     const Outcome outcome = shell("timeout " + group + " --preserve-status -s " + signal +
-                                  " -k 20 0.7 " ZOL_BUILD_DIR "/zol render " + arguments);
+                                  " -k 20 0.7 " ZOL_BUILD_DIR "/zol " + arguments);
     static const std::map<std::string, int> numbers = {
         {"INT", SIGINT}, {"TERM", SIGTERM}, {"HUP", SIGHUP}, {"QUIT", SIGQUIT}};
     EXPECT_EQ(outcome.status, 128 + numbers.at(signal)) << arguments;
@@ -37,16 +37,19 @@ TEST_F(Interrupt, UnwindsWhereverItWaits) {
   ASSERT_EQ(shell("mkfifo silent").status, 0);
   make("clip.mkv", "-f lavfi -i testsrc2=s=320x240:r=25:d=4 -c:v ffv1 -pix_fmt bgra");
   for (const char *signal : {"INT", "TERM"}) {
-    stops("'solid color' --size 640x480 --duration 10000 -o long.mkv", signal);
-    stops("copy -i clip.mkv --duration 10000 -o long.mp4", signal, "--foreground");
-    stops("'sine audio generator' --duration 1000000 -o long.wav", signal);
+    stops("render 'solid color' --size 640x480 --duration 10000 -o long.mkv", signal);
+    stops("render copy -i clip.mkv --duration 10000 -o long.mp4", signal, "--foreground");
+    stops("render 'sine audio generator' --duration 1000000 -o long.wav", signal);
   }
-  stops("'solid color' --size 640x480 --duration 10000 -o long-%d.png", "HUP");
-  stops("copy -i clip.mkv --duration 10000 -o long.mp4", "QUIT");
+  stops("render 'solid color' --size 640x480 --duration 10000 -o long-%d.png", "HUP");
+  stops("render copy -i clip.mkv --duration 10000 -o long.mp4", "QUIT");
+  stops("render 'motion blur' -i clip.mkv --threads 8 --duration 10000 -o long.mkv", "INT", "--foreground");
+  stops("slowmo clip.mkv --threads 3 --factor 5000 -o long.mkv", "INT");
   // A pipe that nobody fills or empties.
-  stops("copy --size 640x480 -i - -o long.mkv <>silent", "INT", "--foreground");
-  stops("copy -i silent --size 640x480 -o long.mkv", "TERM", "--foreground");
-  stops("'solid color' --size 640x480 --duration 10 -o - 1<>silent", "TERM", "--foreground");
+  stops("render copy --size 640x480 -i - -o long.mkv <>silent", "INT", "--foreground");
+  stops("render copy -i silent --size 640x480 -o long.mkv", "TERM", "--foreground");
+  stops("slowmo silent --threads 2 -o long.mkv", "INT");
+  stops("render 'solid color' --size 640x480 --duration 10 -o - 1<>silent", "TERM", "--foreground");
 }
 
 } // namespace
