@@ -90,6 +90,11 @@ const NumberCurve *Chain::numbers(size_t stage, std::string_view field) const {
   return id < 0 ? nullptr : instance.session().parameters.numbers.find(id, 0);
 }
 
+void Chain::stopWhen(const std::function<bool()> &stop) {
+  for (const auto &stage : stages_)
+    stage->instance().session().stop = stop;
+}
+
 void Chain::release() {
   for (const auto &clip : clips_)
     clip->release();

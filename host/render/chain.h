@@ -7,6 +7,7 @@
 #include "host/script/library.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -54,6 +55,9 @@ public:
 
   /// The values over time of a stage's field; null where it has no such field, or not of numbers.
   [[nodiscard]] const NumberCurve *numbers(size_t stage, std::string_view field) const;
+
+  /// What the effects are answered when they ask whether to stop; by itself it is whether a signal has come.
+  void stopWhen(const std::function<bool()> &stop);
 
   /// Gives back all that inputs and stages have handed out.
   void release();

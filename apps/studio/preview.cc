@@ -1,0 +1,230 @@
+#include "apps/studio/preview.h"
+
+#include "apps/studio/reply.h"
+#include "host/model/error.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <optional>
+
+namespace zol::studio {
+namespace {
+
+using host::HostError;
+
+std::string rgbaOf(const _color_t *pixels, size_t count) {
+  std::string rgba(count * 4, '\0');
+  for (size_t i = 0; i < count; ++i) {
+    const _color_t color = pixels[i];
+    const unsigned char bytes[] = {color.r, color.g, color.b, color.a};
+    std::memcpy(&rgba[i * 4], bytes, sizeof bytes);
+  }
+  return rgba;
+}
+
+/// Whole pixels that the box holds, in the picture's proportions; never more than there are.
+std::pair<int, int> sizeWithin(const host::Timeline &whole, std::pair<int, int> box) {
+  const double scale = std::min(
+      {1.0, box.first / (whole.width * whole.pixelAspect), box.second / static_cast<double>(whole.height)});
+  const auto side = [&](int length) { return std::max(1, static_cast<int>(std::lround(length * scale))); };
+  return {side(whole.width), side(whole.height)};
+}
+
+template <class Number> void append(std::string &bytes, Number number) {
+  for (size_t i = 0; i < sizeof number; ++i)
+    bytes += static_cast<char>(number >> (8 * i));
+}
+
+std::string wavHeader(uint32_t dataBytes, const host::Timeline &timeline) {
+  constexpr uint16_t kFloats = 3, kBits = 32;
+  const auto channels = static_cast<uint16_t>(timeline.channels);
+  const auto frameBytes = static_cast<uint16_t>(channels * kBits / 8);
+  std::string header = "RIFF";
+  append<uint32_t>(header, 36 + dataBytes);
+  header += "WAVEfmt ";
+  append<uint32_t>(header, 16);
+  append<uint16_t>(header, kFloats);
+  append<uint16_t>(header, channels);
+  append<uint32_t>(header, timeline.sampleRate);
+  append<uint32_t>(header, timeline.sampleRate * frameBytes);
+  append<uint16_t>(header, frameBytes);
+  append<uint16_t>(header, kBits);
+  header += "data";
+  append<uint32_t>(header, dataBytes);
+  return header;
+}
+
+} // namespace
+
+/// Inputs that stay open while nothing changes but values.
+struct Preview::Opened {
+  std::vector<host::InputPlan> files;
+  bool sound;
+  std::optional<std::pair<int, int>> size;
+  std::optional<host::Time> duration;
+  std::pair<int, int> box;
+
+  std::vector<host::Input> inputs;
+  host::Settled settled; ///< of what is rendered
+  host::Timeline whole;
+  bool lasts = false;
+
+  [[nodiscard]] bool isFor(const Opened &other) const {
+    return files == other.files && sound == other.sound && size == other.size && duration == other.duration &&
+           box == other.box;
+  }
+};
+
+/// The client's one render at a time. Throws where a newer request has come before this one's turn.
+class Preview::Turn {
+public:
+  Turn(const Preview &preview, Client &client, uint64_t number)
+      : preview_(preview), client_(client), number_(number) {
+    uint64_t newest = client.newest;
+    while (newest < number && !client.newest.compare_exchange_weak(newest, number)) {
+    }
+    lock_ = std::unique_lock(client.work);
+    check();
+  }
+
+  [[nodiscard]] bool overtaken() const { return preview_.stopping_ || client_.newest != number_; }
+  void check() const {
+    if (overtaken())
+      throw Refusal(kConflict, "a newer request has come");
+  }
+
+private:
+  const Preview &preview_;
+  Client &client_;
+  uint64_t number_;
+  std::unique_lock<std::mutex> lock_;
+};
+
+std::shared_ptr<Preview::Client> Preview::clientOf(const std::string &name) {
+  const std::lock_guard lock(mutex_);
+  const auto found = std::find_if(clients_.begin(), clients_.end(),
+                                  [&](const auto &client) { return client->name == name; });
+  if (found != clients_.end()) {
+    clients_.splice(clients_.begin(), clients_, found);
+  } else {
+    clients_.push_front(std::make_shared<Client>());
+    clients_.front()->name = name;
+    if (clients_.size() > kMostClients)
+      clients_.pop_back(); // ends with its last request
+  }
+  return clients_.front();
+}
+
+Preview::Opened &Preview::open(Client &client, const host::RenderPlan &plan, const std::string &source,
+                               const host::ChainSetup *setup, std::pair<int, int> box) {
+  Opened wanted{};
+  if (setup != nullptr)
+    wanted.files = setup->inputs;
+  else
+    wanted.files = {{source, {}, {}}};
+  wanted.sound = setup != nullptr && setup->sound;
+  wanted.size = plan.size;
+  wanted.duration = plan.duration;
+  wanted.box = box;
+  auto &opened = client.opened;
+  const auto found =
+      std::find_if(opened.begin(), opened.end(), [&](const Opened &o) { return o.isFor(wanted); });
+  if (found != opened.end()) {
+    opened.splice(opened.begin(), opened, found);
+    return opened.front();
+  }
+  if (opened.size() >= kMostOpened) // before others are opened
+    opened.pop_back();
+  for (const host::InputPlan &file : wanted.files)
+    wanted.inputs.emplace_back(file, wanted.sound, plan);
+  wanted.settled = wanted.sound ? settleSound(plan, wanted.inputs) : settlePictures(plan, wanted.inputs);
+  wanted.whole = wanted.settled.timeline;
+  wanted.lasts = std::any_of(wanted.inputs.begin(), wanted.inputs.end(),
+                             [](const host::Input &input) { return input.duration() > 0; });
+  if (!wanted.sound) {
+    host::RenderPlan shown = plan;
+    shown.size = sizeWithin(wanted.whole, box);
+    wanted.settled = settlePictures(shown, wanted.inputs);
+    host::Timeline &timeline = wanted.settled.timeline;
+    timeline.drawingScaleX = static_cast<double>(timeline.width) / wanted.whole.width;
+    timeline.drawingScaleY = static_cast<double>(timeline.height) / wanted.whole.height;
+  }
+  for (host::Input &input : wanted.inputs)
+    input.bringTo(wanted.settled.timeline);
+  return opened.emplace_front(std::move(wanted));
+}
+
+Shown Preview::picture(const host::RenderPlan &plan, const std::string &source, const Asking &asking,
+                       std::pair<int, int> box, uint64_t frame) {
+  const auto client = clientOf(asking.client);
+  const Turn turn(*this, *client, asking.number);
+  try {
+    std::optional<host::ChainSetup> setup;
+    if (!plan.stages.empty())
+      setup.emplace(plan, library_);
+    if (setup && setup->sound)
+      throw Refusal(kNotRenderable, "this makes sound");
+    Opened &opened = open(*client, plan, source, setup ? &*setup : nullptr, box);
+    turn.check();
+    Shown shown{{}, 0, 0, opened.whole, opened.settled.span.count, opened.lasts};
+    if (!setup) {
+      const auto picture = opened.inputs.front().pictures()->at(frame);
+      shown.width = picture->width;
+      shown.height = picture->height;
+      shown.rgba =
+          rgbaOf(reinterpret_cast<const _color_t *>(picture->pixels.data()), picture->pixels.size() / 4);
+      return shown;
+    }
+    host::Chain chain(*setup, plan, opened.settled.timeline, opened.inputs);
+    chain.stopWhen([&turn] { return turn.overtaken(); });
+    const auto picture = chain.picture(chain.timeline().timeOfFrame(frame));
+    turn.check(); // what was given up half-way is no picture
+    shown.width = picture->record()->Width;
+    shown.height = picture->record()->Height;
+    shown.rgba = rgbaOf(picture->record()->Pixels, picture->pixels());
+    return shown;
+  } catch (const HostError &error) {
+    turn.check();
+    throw Refusal(kNotRenderable, error.what());
+  }
+}
+
+Heard Preview::sound(const host::RenderPlan &plan, const Asking &asking) {
+  const auto client = clientOf(asking.client);
+  const Turn turn(*this, *client, asking.number);
+  try {
+    const host::ChainSetup setup(plan, library_);
+    if (!setup.sound)
+      throw Refusal(kNotRenderable, "this makes pictures");
+    Opened &opened = open(*client, plan, "", &setup, {});
+    const host::Timeline &timeline = opened.settled.timeline;
+    host::Chain chain(setup, plan, timeline, opened.inputs);
+    chain.stopWhen([&turn] { return turn.overtaken(); });
+    const double duration = std::min(timeline.duration, kLongestSound);
+    const auto frames = std::min(static_cast<uint64_t>(std::floor(duration * timeline.sampleRate + 0.5)),
+                                 uint64_t{kMostSamples} / std::max(timeline.channels, 1U));
+    Heard heard{wavHeader(static_cast<uint32_t>(frames * timeline.channels * sizeof(float)), timeline),
+                duration};
+    uint64_t at = 0;
+    for (uint64_t frame = 1; at < frames; ++frame) { // a video frame's worth at once, as renders have it
+      const uint64_t end = std::min(timeline.sampleOfFrame(frame), frames);
+      if (end <= at)
+        continue;
+      const auto block = chain.sound(timeline.timeOfSample(at), timeline.timeOfSample(end));
+      turn.check();
+      const size_t made =
+          std::min<size_t>(block->record()->Frames, end - at) * timeline.channels * sizeof(float);
+      heard.wav.append(reinterpret_cast<const char *>(block->record()->Samples), made);
+      heard.wav.append(static_cast<size_t>(end - at) * timeline.channels * sizeof(float) - made, '\0');
+      chain.release();
+      at = end;
+    }
+    return heard;
+  } catch (const HostError &error) {
+    turn.check();
+    throw Refusal(kNotRenderable, error.what());
+  }
+}
+
+} // namespace zol::studio
