@@ -175,8 +175,7 @@ host::RenderPlan planOf(const Document &document, const FileStore &files, NameFi
           slots.erase(slots.begin());
       }
       if (field.type == FieldType::inputs && std::find(slots.begin(), slots.end(), "") != slots.end())
-        throw Refusal(kNotRenderable,
-                      "Choose a file for each of \"" + field.name + "\", or delete what is empty");
+        throw NothingShown("Choose a file for each of \"" + field.name + "\", or delete what is empty");
       for (const std::string &file : slots) {
         inOrder = inOrder && !file.empty();
         if (inOrder)

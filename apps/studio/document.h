@@ -38,7 +38,7 @@ Document documentIn(const nlohmann::json &json, const host::EffectLibrary &libra
 /// A file of the document as a plan is to name it.
 using NameFile = std::string (FileStore::*)(const std::string &id) const;
 
-/// What renders it; without an output. Throws Refusal for slots of a list that are empty.
+/// What renders it; without an output. Throws NothingShown for slots of a list that are empty.
 host::RenderPlan planOf(const Document &document, const FileStore &files, NameFile name,
                         const std::string &identity);
 

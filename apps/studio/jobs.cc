@@ -69,6 +69,11 @@ std::string Jobs::fileNamed(const std::string &name, bool overwrite) const {
   return file.string();
 }
 
+bool Jobs::exists(const std::string &name) const {
+  std::error_code error;
+  return fs::exists(fs::symlink_status(fileNamed(name, true), error));
+}
+
 unsigned Jobs::start(host::RenderPlan plan, const std::string &name) {
   plan.output = fileNamed(name, plan.overwrite);
   const std::lock_guard lock(mutex_);

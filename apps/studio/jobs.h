@@ -35,6 +35,9 @@ public:
 
   [[nodiscard]] std::string folder() const { return folder_.string(); }
 
+  /// Whether a render of that name would be refused for what is there already.
+  [[nodiscard]] bool exists(const std::string &name) const;
+
   /// The file of that name where renders may write it. Throws Refusal for others.
   [[nodiscard]] std::string fileNamed(const std::string &name, bool overwrite) const;
 

@@ -91,7 +91,7 @@ public:
   [[nodiscard]] bool overtaken() const { return preview_.stopping_ || client_.newest != number_; }
   void check() const {
     if (overtaken())
-      throw Refusal(kConflict, "a newer request has come");
+      throw Overtaken();
   }
 
 private:
@@ -100,6 +100,18 @@ private:
   uint64_t number_;
   std::unique_lock<std::mutex> lock_;
 };
+
+/// What `render` gives. What was given up half-way is nothing to show.
+template <class Render> auto Preview::rendered(const Turn &turn, Render render) {
+  try {
+    auto result = render();
+    turn.check();
+    return result;
+  } catch (const HostError &error) {
+    turn.check();
+    throw NothingShown(error.what());
+  }
+}
 
 std::shared_ptr<Preview::Client> Preview::clientOf(const std::string &name) {
   const std::lock_guard lock(mutex_);
@@ -164,7 +176,7 @@ Shown Preview::picture(const host::RenderPlan &plan, const std::string &source, 
     if (!plan.stages.empty())
       setup.emplace(plan, library_);
     if (setup && setup->sound)
-      throw Refusal(kNotRenderable, "this makes sound");
+      throw NothingShown("This makes sound.");
     Opened &opened = open(*client, plan, source, setup ? &*setup : nullptr, box);
     turn.check();
     Shown shown{{}, 0, 0, opened.whole, opened.settled.span.count, opened.lasts};
@@ -178,8 +190,7 @@ Shown Preview::picture(const host::RenderPlan &plan, const std::string &source, 
     }
     host::Chain chain(*setup, plan, opened.settled.timeline, opened.inputs);
     chain.stopWhen([&turn] { return turn.overtaken(); });
-    const auto picture = chain.picture(chain.timeline().timeOfFrame(frame));
-    turn.check(); // what was given up half-way is no picture
+    const auto picture = rendered(turn, [&] { return chain.picture(chain.timeline().timeOfFrame(frame)); });
     shown.width = picture->record()->Width;
     shown.height = picture->record()->Height;
     shown.rgba = rgbaOf(picture->record()->Pixels, picture->pixels());
@@ -196,7 +207,7 @@ Heard Preview::sound(const host::RenderPlan &plan, const Asking &asking) {
   try {
     const host::ChainSetup setup(plan, library_);
     if (!setup.sound)
-      throw Refusal(kNotRenderable, "this makes pictures");
+      throw NothingShown("This makes pictures.");
     Opened &opened = open(*client, plan, "", &setup, {});
     const host::Timeline &timeline = opened.settled.timeline;
     host::Chain chain(setup, plan, timeline, opened.inputs);
@@ -211,8 +222,8 @@ Heard Preview::sound(const host::RenderPlan &plan, const Asking &asking) {
       const uint64_t end = std::min(timeline.sampleOfFrame(frame), frames);
       if (end <= at)
         continue;
-      const auto block = chain.sound(timeline.timeOfSample(at), timeline.timeOfSample(end));
-      turn.check();
+      const auto block =
+          rendered(turn, [&] { return chain.sound(timeline.timeOfSample(at), timeline.timeOfSample(end)); });
       const size_t made =
           std::min<size_t>(block->record()->Frames, end - at) * timeline.channels * sizeof(float);
       heard.wav.append(reinterpret_cast<const char *>(block->record()->Samples), made);

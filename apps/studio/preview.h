@@ -40,8 +40,8 @@ class Preview {
 public:
   explicit Preview(const host::EffectLibrary &library) : library_(library) {}
 
-  /// The frame of that number, as large as it is rendered or to be held by the box. Throws Refusal: a
-  /// conflict where a newer request of the client has come.
+  /// The frame of that number, as large as it is rendered or to be held by the box. Throws Refusal
+  /// for a plan that makes no sense, NothingShown for what does not render, Overtaken.
   Shown picture(const host::RenderPlan &plan, const std::string &source, const Asking &asking,
                 std::pair<int, int> box, uint64_t frame);
 
@@ -60,6 +60,7 @@ private:
     std::list<Opened> opened; ///< the last used first
   };
   class Turn;
+  template <class Render> static auto rendered(const Turn &turn, Render render);
 
   std::shared_ptr<Client> clientOf(const std::string &name);
   Opened &open(Client &client, const host::RenderPlan &plan, const std::string &source,

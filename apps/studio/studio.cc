@@ -169,6 +169,10 @@ private:
         (this->*handler)(request, response);
       } catch (const Refusal &refusal) {
         refuse(response, refusal.status, refusal.what());
+      } catch (const NothingShown &nothing) {
+        answer(response, {{"message", nothing.what()}});
+      } catch (const Overtaken &) {
+        response.status = kNoContent;
       } catch (const host::HostError &error) {
         refuse(response, kNotRenderable, error.what());
       } catch (const std::exception &error) {
@@ -290,7 +294,7 @@ private:
     const Document document = documentIn(body, *library_);
     const Asking asking = askingIn(body);
     if (document.stages.empty() && document.source.empty())
-      throw Refusal(kNotRenderable, "Drop a picture or a clip here");
+      throw NothingShown("Drop a picture or a clip here.");
     const auto box = sizeIn(body, "box", kLongestSide).value_or(std::pair(kLongestSide, kLongestSide));
     const auto began = std::chrono::steady_clock::now();
     Shown shown = preview_.picture(planOf(document, files_, &FileStore::path, options_.host),
@@ -336,7 +340,10 @@ private:
   void command(const Request &request, Response &response) {
     const Json body = bodyOf(request);
     const host::RenderPlan plan = renderIn(body, &FileStore::nameForCommands);
-    answer(response, {{"command", commandOf(plan)}, {"preset", {{"stages", host::toJson(plan)["stages"]}}}});
+    const bool exists = !plan.overwrite && jobs_.exists(plan.output);
+    answer(response, {{"command", commandOf(plan)},
+                      {"preset", {{"stages", host::toJson(plan)["stages"]}}},
+                      {"exists", exists}});
   }
 
   void preset(const Request &request, Response &response) {

@@ -58,6 +58,22 @@ function lose(message) {
   }, 700);
 }
 
+/** Where the browser lets the page write the clipboard; false where it does not. */
+export async function copyText(text) {
+  try {
+    await navigator.clipboard.writeText(text);
+    return true;
+  } catch {
+    const box = document.createElement("textarea");
+    box.value = text;
+    (document.querySelector("dialog[open]") ?? document.body).append(box);
+    box.select();
+    const done = document.execCommand("copy");
+    box.remove();
+    return done;
+  }
+}
+
 let noteTimer;
 /** A line that goes by itself. */
 export function note(text) {

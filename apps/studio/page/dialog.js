@@ -46,7 +46,14 @@ class EffectDialog extends HTMLElement {
   connectedCallback() {
     this.chain = make("ol", { className: "chain", "aria-label": "Chain of effects" });
     this.body = make("div", { className: "dialog" });
-    this.append(this.chain, this.body);
+    this.help = make("p", { className: "help-line", "aria-live": "polite" });
+    this.append(this.chain, this.body, this.help);
+    const tell = (event) => {
+      const help = event.target.closest?.(".field")?.querySelector(".help");
+      if (help) this.help.textContent = help.textContent;
+    };
+    this.body.addEventListener("pointerover", tell);
+    this.body.addEventListener("focusin", tell);
     store.onChange(() => this.update());
     this.update();
   }
@@ -107,6 +114,8 @@ class EffectDialog extends HTMLElement {
   build() {
     this.rows = [];
     const effect = currentEffect();
+    this.help.textContent = "";
+    this.help.hidden = !effect;
     if (!effect) {
       this.body.replaceChildren(make("div", { className: "hint" }, make("h2", {}, "Start here"),
         make("p", {}, "Drop a picture, a clip or a sound anywhere on this page, then choose an effect on the left. Its settings appear here, and the picture follows them."),

@@ -5,7 +5,7 @@ import * as curves from "./curves.js";
 import { refreshDialog } from "./dialog.js";
 import { fileSelect, onFiles } from "./files.js";
 import { geometryRow, shapeAt } from "./geometry.js";
-import { label, make, marked, plain } from "./markup.js";
+import { label, make, plain } from "./markup.js";
 import { currentStage, share, store } from "./state.js";
 import { pickColor } from "./viewer.js";
 
@@ -46,7 +46,7 @@ function frame(field, value, ...controls) {
   const shown = label(field.label || field.name);
   const help = [field.help && plain(field.help), field.unit && `In ${field.unit}.`, ...(field.remarks ?? [])].filter(Boolean).join(" ");
   const id = `field-${field.name.replaceAll(/\W/g, "-")}-${field.id ?? ""}`;
-  const name = make("label", { className: "name", title: [help, value && "Double-click: the default."].filter(Boolean).join("\n") }, shown.node);
+  const name = make("label", { className: "name", title: value ? "Double-click: the default" : "" }, shown.node);
   controls[0].id ||= id;
   name.htmlFor = controls[0].id;
   if (shown.key) controls[0].accessKey = shown.key.toLowerCase();
@@ -54,7 +54,7 @@ function frame(field, value, ...controls) {
   if (value) name.addEventListener("dblclick", () => value.reset());
   const element = make("div", { className: `field ${field.type}` }, field.hideName ? null : name, ...controls);
   element.dataset.field = field.name;
-  if (help) element.append(make("p", { className: "help" }, marked(field.help ?? ""), field.unit ? ` In ${field.unit}.` : ""));
+  if (help) element.append(make("p", { className: "help" }, help));
   return element;
 }
 
@@ -176,7 +176,6 @@ function colorRow(field, value) {
     onclick: () => pickColor((rgba) => put([...rgba.slice(0, 3), now()[3] || 255])) }, "Pick");
   const key = keyButton(value, field.name);
   const element = frame(field, value, swatch, text, picker);
-  element.querySelector(".help")?.remove();
   picker.after(key.button, make("div", { className: "alpha" }, alpha));
   function update() {
     const rgba = now();

@@ -42,12 +42,10 @@ export function geometryRow(declared, value, frame, keyButton) {
     const path = /\sd\s*=\s*"([^"]+)"/.exec(text.value)?.[1] ?? text.value; // a whole path element may be pasted
     path.trim() ? value.setNow(path.trim().replaceAll(/\s+/g, " ")) : value.reset();
   });
-  const tools = [["pen", "Pen"], ["rectangle", "Rectangle"], ["ellipse", "Ellipse"], ["edit", "Edit"]]
-    .map(([name, title]) => make("button", { className: "small", onclick: () => choose(declared.name, name) }, title));
   const key = keyButton(value, label(declared.label || declared.name).text);
   const element = frame(declared, value, text);
-  text.before(make("div", { className: "draw", role: "toolbar", "aria-label": "Drawing" }, ...tools,
-    make("button", { className: "small", onclick: () => value.reset() }, "Clear"), key.button));
+  text.before(make("div", { className: "draw" },
+    make("button", { className: "small", title: "Draw it on the picture", onclick: () => choose(declared.name, "pen") }, "Draw"), make("button", { className: "small", onclick: () => value.reset() }, "Clear"), key.button));
   return { element, update: () => {
     if (document.activeElement !== text) text.value = value.now;
     key.update();

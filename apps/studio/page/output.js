@@ -1,6 +1,6 @@
 // What leaves the page: the command, presets, files.
 
-import { call, get, note, post } from "./api.js";
+import { call, copyText, get, note, post } from "./api.js";
 import { infoOf } from "./files.js";
 import { make } from "./markup.js";
 import { refreshDialog } from "./dialog.js";
@@ -20,8 +20,7 @@ const wanted = (output, more = {}) => ({ ...wire(), duration: store.doc.duration
 export async function copyCommand() {
   try {
     const { command } = await post("/api/command", wanted(await usualName()));
-    await navigator.clipboard.writeText(command);
-    note(`Copied: ${command}`);
+    note(`${(await copyText(command)) ? "Copied" : "To be copied"}: ${command}`);
   } catch (error) {
     note(error.message);
   }
@@ -70,12 +69,14 @@ export async function showOutput() {
   const told = make("p", { role: "status" });
   const start = make("button", { className: "primary", id: "output-start", onclick: () => begin() }, "Render");
   const close = make("button", { onclick: () => (job ? cancel() : dialog.close()) }, "Close");
-  let job = null;
+  let job = null, exists = false;
   const body = () => wanted(name.value, { overwrite: over.checked, ...(quality.value === "good" ? {} : { quality: quality.value }) });
   const tellCommand = async () => {
     try {
-      command.value = (await post("/api/command", body())).command;
-      told.textContent = "";
+      const reply = await post("/api/command", body());
+      command.value = reply.command;
+      exists = reply.exists;
+      told.textContent = exists ? `“${name.value}” exists. Choose another name, or replace it.` : "";
     } catch (error) {
       told.textContent = error.message;
     }
@@ -83,12 +84,13 @@ export async function showOutput() {
   const cancel = () => call(`/api/render/${job}`, { method: "DELETE" }).catch(() => {});
   const over_ = (text) => { job = null; start.disabled = false; close.textContent = "Close"; bar.hidden = true; told.textContent = text; };
   async function begin() {
+    await tellCommand();
+    if (exists) return;
     start.disabled = true;
-    told.textContent = "";
     try {
       job = (await post("/api/render", body())).number;
     } catch (error) {
-      return over_(error.status === 409 ? `${error.message}. Choose another name, or replace it.` : error.message);
+      return over_(error.message);
     }
     bar.hidden = false;
     close.textContent = "Cancel";
@@ -111,7 +113,7 @@ export async function showOutput() {
     make("div", { className: "field" }, make("label", { htmlFor: "output-quality", className: "name" }, "Quality"), quality),
     make("div", { className: "field toggle" }, make("label", { htmlFor: "output-over", className: "name" }, "Replace an existing file"), over),
     make("div", { className: "field" }, make("label", { htmlFor: "output-command", className: "name" }, "The same in a terminal"), command),
-    bar, told, make("div", { className: "row" }, make("button", { onclick: async () => { await navigator.clipboard.writeText(command.value); note("Copied."); } }, "Copy command"), close, start));
+    bar, told, make("div", { className: "row" }, make("button", { onclick: async () => { if (await copyText(command.value)) note("Copied."); } }, "Copy command"), close, start));
   dialog.onclose = () => job && cancel();
   await tellCommand();
   dialog.showModal();

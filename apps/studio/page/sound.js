@@ -54,6 +54,8 @@ class SoundView extends HTMLElement {
     const asked = this.asked;
     try {
       const response = await send("/api/sound", { ...wire(), client: `${client}:sound`, number: ++requests });
+      if (response.status === 204) return;
+      if (response.headers.get("Content-Type").includes("json")) throw new Error((await response.json()).message);
       const sound = readWav(await response.arrayBuffer());
       if (asked !== this.asked) return;
       this.sound = sound;
@@ -65,7 +67,7 @@ class SoundView extends HTMLElement {
       this.draw();
       if (this.source) this.start(this.position);
     } catch (error) {
-      if (error.status === 409 || !error.status) return void (this.asked = null);
+      if (error.status === 0) return void (this.asked = null);
       this.message.textContent = error.message.replace(/^"[^"]*" at [\d.e-]+ s: /, "");
       this.message.hidden = false;
     }

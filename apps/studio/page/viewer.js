@@ -44,6 +44,8 @@ class Pictures {
     this.#under = began;
     try {
       const response = await send("/api/frame", { ...body, client: this.name, number: ++requests });
+      if (response.status === 204) return; // a newer one is on its way
+      if (response.headers.get("Content-Type").includes("json")) return this.told((await response.json()).message, null, body);
       const facts = JSON.parse(response.headers.get("X-Frame"));
       const bytes = await response.arrayBuffer();
       const image = new ImageData(new Uint8ClampedArray(bytes), facts.width, facts.height);
@@ -52,10 +54,11 @@ class Pictures {
       if (!body.draft) this.last = facts.milliseconds;
       this.told(null, facts, body);
     } catch (error) {
-      if (error.status !== 409) this.told(error, null, body); // 409: a newer one is on its way
+      if (error.status) this.told(error.message, null, body);
+    } finally {
+      if (this.#under === began) this.#under = null;
+      if (this.#next && !this.#under) this.#go();
     }
-    if (this.#under === began) this.#under = null;
-    if (this.#next && !this.#under) this.#go();
   }
 
   get idle() { return !this.#under && !this.#next; }
@@ -83,7 +86,8 @@ class PictureView extends HTMLElement {
       this.overlay.tools, this.facts);
     this.append(this.tools, this.desk, this.message);
     this.pictures = new Pictures("after", this.after, (...told) => this.show(...told));
-    this.originals = new Pictures("before", this.before, (error) => { this.before.hidden = Boolean(error) || this.split === null; this.layout(); });
+    this.fallback = new Pictures("fallback", this.after, (error, facts) => facts && this.know(facts));
+    this.originals = new Pictures("before", this.before, () => this.layout());
     new ResizeObserver(() => { this.layout(); this.refresh(); }).observe(this.desk);
     store.addEventListener("change", () => this.refresh(true));
     store.addEventListener("look", () => this.refresh(true));
@@ -120,7 +124,7 @@ class PictureView extends HTMLElement {
     this.hidden = sound;
     if (sound) return;
     const { doc } = store;
-    if (!doc.source && !doc.stages.some((stage) => stage.on)) return this.tell("Drop a picture or a clip here, or choose a source on the left.");
+    if (!doc.source && !doc.stages.some((stage) => stage.on)) return this.tell("Drop a picture, a clip or a sound here, or choose one of the sources on the left.");
     const body = { ...wire(), frame: doc.frame, box: this.box };
     clearTimeout(this.rest);
     if (dragging && this.pictures.last > kSmooth) { // a smaller one at once, the whole when the hand rests
@@ -137,22 +141,34 @@ class PictureView extends HTMLElement {
     }
   }
 
-  show(error, facts, body) {
-    this.classList.toggle("stale", Boolean(error));
-    if (error) return error.status && this.tell(error.message.replace(/^"[^"]*" at [\d.e-]+ s: /, ""));
+  show(message, facts, body) {
+    if (message) {
+      this.tell(message.replace(/^"[^"]*" at [\d.e-]+ s: /, ""));
+      if (body.source) return this.fallback.ask({ ...body, stages: [], draft: true });
+      this.after.getContext("2d", { willReadFrequently: true }).clearRect(0, 0, this.after.width, this.after.height);
+      return this.layout();
+    }
     this.message.hidden = true;
     this.sheet.hidden = false;
-    const { width, height, milliseconds, ...whole } = facts;
-    store.setFacts({ ...whole, known: true });
+    const { milliseconds } = facts;
+    this.know(facts);
     this.facts.textContent = `${facts.wholeWidth} × ${facts.wholeHeight}${body.draft ? "" : ` · ${milliseconds.toFixed(0)} ms`}`;
     this.dataset.shown = body.draft ? "" : JSON.stringify([body.stages, body.frame]);
     this.layout();
   }
 
+  know({ width, height, milliseconds, ...whole }) {
+    store.setFacts({ ...whole, known: true });
+    this.layout();
+  }
+
   tell(text) {
+    const nothing = !store.doc.source && !store.doc.stages.length;
     this.message.textContent = text;
     this.message.hidden = false;
-    if (!store.facts.known || !store.doc.source && !store.doc.stages.length) this.sheet.hidden = true;
+    this.message.classList.toggle("whole", nothing);
+    this.sheet.hidden = nothing;
+    this.dataset.shown = "";
   }
 
   layout() {
