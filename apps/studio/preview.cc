@@ -101,10 +101,10 @@ private:
   std::unique_lock<std::mutex> lock_;
 };
 
-/// What `render` gives. What was given up half-way is nothing to show.
-template <class Render> auto Preview::rendered(const Turn &turn, Render render) {
+/// What opening files or rendering gives. What was given up half-way is nothing to show.
+template <class Render> decltype(auto) Preview::rendered(const Turn &turn, Render render) {
   try {
-    auto result = render();
+    decltype(auto) result = render();
     turn.check();
     return result;
   } catch (const HostError &error) {
@@ -177,8 +177,8 @@ Shown Preview::picture(const host::RenderPlan &plan, const std::string &source, 
       setup.emplace(plan, library_);
     if (setup && setup->sound)
       throw NothingShown("This makes sound.");
-    Opened &opened = open(*client, plan, source, setup ? &*setup : nullptr, box);
-    turn.check();
+    Opened &opened = rendered(
+        turn, [&]() -> Opened & { return open(*client, plan, source, setup ? &*setup : nullptr, box); });
     Shown shown{{}, 0, 0, opened.whole, opened.settled.span.count, opened.lasts};
     if (!setup) {
       const auto picture = opened.inputs.front().pictures()->at(frame);
@@ -208,7 +208,7 @@ Heard Preview::sound(const host::RenderPlan &plan, const Asking &asking) {
     const host::ChainSetup setup(plan, library_);
     if (!setup.sound)
       throw NothingShown("This makes pictures.");
-    Opened &opened = open(*client, plan, "", &setup, {});
+    Opened &opened = rendered(turn, [&]() -> Opened & { return open(*client, plan, "", &setup, {}); });
     const host::Timeline &timeline = opened.settled.timeline;
     host::Chain chain(setup, plan, timeline, opened.inputs);
     chain.stopWhen([&turn] { return turn.overtaken(); });

@@ -60,7 +60,7 @@ private:
     std::list<Opened> opened; ///< the last used first
   };
   class Turn;
-  template <class Render> static auto rendered(const Turn &turn, Render render);
+  template <class Render> static decltype(auto) rendered(const Turn &turn, Render render);
 
   std::shared_ptr<Client> clientOf(const std::string &name);
   Opened &open(Client &client, const host::RenderPlan &plan, const std::string &source,

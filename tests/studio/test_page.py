@@ -39,7 +39,7 @@ import("/state.js").then(({ store, wire, isSound }) => {
 
 PIXELS = """
 const canvas = document.querySelector(arguments[0]);
-const data = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height).data;
+const data = canvas.getContext("2d", { willReadFrequently: true }).getImageData(0, 0, canvas.width, canvas.height).data;
 let text = "";
 for (let i = 0; i < data.length; i += 32768) text += String.fromCharCode(...data.subarray(i, i + 32768));
 return [canvas.width, canvas.height, btoa(text)];"""
@@ -222,7 +222,7 @@ class Pictures(Page):
         for name in ["blur", "recolor", "spread"]:
             self.add(name)
         self.settle()
-        names = lambda: [button.text.split()[-1] for button in self.all(".chain .stage")]
+        names = lambda: [button.text.strip("0123456789 \n") for button in self.all(".chain .stage")]
         first = names()
         self.assertEqual(first[0], "Blur")
         stages = self.all(".chain .stage")
@@ -241,13 +241,13 @@ class Pictures(Page):
         self.frame(0)
         self.set("Blurriness", "0")
         self.field("Blurriness", ".key").click()
-        self.frame(124)
+        self.frame(100)
         self.settle()
         self.set("Blurriness", "0.4")
         self.frame(62)
         self.settle()
         text = self.values()["Blurriness"]
-        self.assertRegex(text, r"^0=0;0\.992=0\.4;1=0$|^0=0;0\.992=0\.4.*$")
+        self.assertRegex(text, r"^0=0;0\.8=0\.4;1=0$")
         self.assertEqual(self.pixels()[1], self.rendered("blur", "-i", "photo.jpg", "--set", f"Blurriness={text}", frame=62))
         marks = self.all(".key-mark")
         self.assertGreaterEqual(len(marks), 2)
@@ -260,7 +260,7 @@ class Pictures(Page):
         self.assertEqual(self.pixels()[1], self.rendered("blur", "-i", "photo.jpg", "--set", f"Blurriness={self.values()['Blurriness']}", frame=62))
         mark = self.all(".key-mark")[1]
         ActionChains(self.driver, duration=50).drag_and_drop_by_offset(mark, -200, 0).perform()
-        self.assertNotIn("0.992", self.values()["Blurriness"])
+        self.assertNotIn("0.8=", self.values()["Blurriness"])
         self.shot("keyframes")
 
     def test_shapes_are_drawn_on_the_picture(self):
@@ -311,6 +311,7 @@ class Pictures(Page):
 
     def test_a_keyer_takes_a_colour_from_the_picture_over_a_chequerboard(self):
         self.add("color keyer")
+        self.choose(self.field("Background", "select"), "clip.mp4")
         self.settle()
         name = self.find(".field.color").get_attribute("data-field")
         self.field(name, "button[aria-label^=Pick]").click()
@@ -399,6 +400,7 @@ class Outputs(Page):
         self.add("blur")
         self.settle()
         self.find("#render").click()
+        self.until(lambda: self.all("#output-name"))
         name = self.find("#output-name")
         self.assertEqual(name.get_attribute("value"), "clip-blur.mp4")
         self.until(lambda: "zol render" in self.find("#output-command").get_attribute("value"))

@@ -3,7 +3,7 @@
 import { note } from "./api.js";
 import { make, plain } from "./markup.js";
 import { effectNamed, effects, newStage, store } from "./state.js";
-import { refreshDialog } from "./dialog.js";
+import { refreshDialog } from "./callbacks.js";
 
 const folded = (text) => text.toLowerCase();
 

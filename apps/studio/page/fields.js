@@ -2,7 +2,7 @@
 
 import { note } from "./api.js";
 import * as curves from "./curves.js";
-import { refreshDialog } from "./dialog.js";
+import { refreshDialog } from "./callbacks.js";
 import { fileSelect, onFiles } from "./files.js";
 import { geometryRow, shapeAt } from "./geometry.js";
 import { label, make, plain } from "./markup.js";

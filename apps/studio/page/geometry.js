@@ -149,6 +149,7 @@ export class GeometryOverlay {
     if (tool === "edit" && !node) return;
     event.stopPropagation();
     event.preventDefault();
+    this.svg.closest(".desk").focus(); // keys mean the shape from now on
     this.svg.setPointerCapture(event.pointerId);
     if (tool === "edit") this.#drawing = side ? this.#dragHandle(node, side) : this.#dragNode(node, from);
     else if (tool === "pen") this.#drawing = this.#pen(from, node);

@@ -3,7 +3,7 @@
 import { call, copyText, get, note, post } from "./api.js";
 import { infoOf } from "./files.js";
 import { make } from "./markup.js";
-import { refreshDialog } from "./dialog.js";
+import { refreshDialog } from "./callbacks.js";
 import { effectNamed, isSound, newStage, store, wire } from "./state.js";
 
 async function usualName() {
@@ -72,6 +72,9 @@ export async function showOutput() {
   let job = null, exists = false;
   const body = () => wanted(name.value, { overwrite: over.checked, ...(quality.value === "good" ? {} : { quality: quality.value }) });
   const tellCommand = async () => {
+    const usable = /^[^.\-/\\%][^/\\%]*\.\w+$/.test(name.value);
+    start.disabled = !usable;
+    if (!usable) return void (told.textContent = "A file has a name with an ending such as .mp4, and no folder.");
     try {
       const reply = await post("/api/command", body());
       command.value = reply.command;
@@ -85,7 +88,7 @@ export async function showOutput() {
   const over_ = (text) => { job = null; start.disabled = false; close.textContent = "Close"; bar.hidden = true; told.textContent = text; };
   async function begin() {
     await tellCommand();
-    if (exists) return;
+    if (exists || start.disabled) return;
     start.disabled = true;
     try {
       job = (await post("/api/render", body())).number;

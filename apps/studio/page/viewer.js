@@ -108,7 +108,7 @@ class PictureView extends HTMLElement {
   get scale() {
     if (this.zoom !== "fit") return this.zoom;
     const { width, height } = this.whole;
-    return Math.min(1, (this.desk.clientWidth - 24) / width, (this.desk.clientHeight - 24) / height);
+    return Math.min(4, (this.desk.clientWidth - 24) / width, (this.desk.clientHeight - 24) / height);
   }
   get box() {
     const known = store.facts.known;

@@ -1,0 +1,40 @@
+// What effects do in their dialogs by themselves.
+
+import { note, post } from "./api.js";
+import { format } from "./curves.js";
+import { effectNamed, store, wire } from "./state.js";
+
+/** Has the effect's own callbacks say what the dialog holds, after what the user did in it. */
+export async function refreshDialog(number, event = {}) {
+  const stage = store.doc.stages[number];
+  const effect = effectNamed(stage.effect);
+  const doc = { ...store.doc, stages: [{ ...stage, on: true }] };
+  let reply;
+  try {
+    reply = await post("/api/dialog", { ...wire(doc), duration: store.facts.duration, stage: 0, ...event });
+  } catch (error) {
+    return note(error.message);
+  }
+  store.change((now) => {
+    const place = now.stages[number];
+    if (place?.effect !== effect.name) return;
+    reply.fields.forEach((field, id) => {
+      const { name, type, default: normal } = effect.fields[id];
+      if (type === "inputs") place.inputs[name] = field.slots;
+      else if (type === "dataset") setItems(place, name, field.items);
+      else if (field.value !== undefined && field.value !== (place.values[name] ?? normal)) place.values[name] = field.value;
+    });
+  }, "dialog");
+  reply.messages.forEach(note);
+}
+
+function setItems(stage, name, items) {
+  const old = stage.items[name] ?? [];
+  old.forEach((item) => delete stage.values[item.name]);
+  stage.items[name] = items.map((item) => {
+    const text = format(item.keys.map(([t, v, course]) => ({ t, v: String(v), course })));
+    const normal = old.find((other) => other.name === item.name)?.default ?? text;
+    if (text !== normal) stage.values[item.name] = text;
+    return { name: item.name, color: item.color, default: normal };
+  });
+}
