@@ -38,26 +38,29 @@ constexpr double kStillDuration = 5; // seconds that values can change over wher
 class Connections : public httplib::TaskQueue {
 public:
   void enqueue(std::function<void()> serve) override {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return open_ < kMostConnections; });
-    ++open_;
-    std::thread([this, serve = std::move(serve)] {
+    std::unique_lock lock(shared_->mutex);
+    shared_->changed.wait(lock, [&] { return shared_->open < kMostConnections; });
+    ++shared_->open;
+    std::thread([shared = shared_, serve = std::move(serve)] {
       serve();
-      const std::lock_guard done(mutex_);
-      --open_;
-      changed_.notify_all();
+      const std::lock_guard done(shared->mutex);
+      --shared->open;
+      shared->changed.notify_all();
     }).detach();
   }
 
   void shutdown() override {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return open_ == 0; });
+    std::unique_lock lock(shared_->mutex);
+    shared_->changed.wait(lock, [&] { return shared_->open == 0; });
   }
 
 private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  int open_ = 0;
+  struct Shared { // outlives the last thread's unlocking
+    std::mutex mutex;
+    std::condition_variable changed;
+    int open = 0;
+  };
+  std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
 };
 
 std::string text(const Json &json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
@@ -226,7 +229,6 @@ private:
   }
 
   void drop(const Request &request, Response &response, const httplib::ContentReader &content) {
-    guarded (&Studio::none)(request, response);
     try {
       FileStore::Drop drop(files_, request.get_param_value("name"));
       if (!content([&](const char *data, size_t size) { return drop.write(data, size); })) {
@@ -239,7 +241,6 @@ private:
       refuse(response, refusal.status, refusal.what());
     }
   }
-  void none(const Request &, Response &) {}
 
   void page(const Request &request, Response &response) {
     std::string name = request.matches[1];

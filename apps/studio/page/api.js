@@ -20,7 +20,7 @@ export async function call(path, options = {}) {
     response = await fetch(path, options);
   } catch (error) {
     if (error.name === "AbortError") throw error;
-    lose("zol studio has ended. Start it again on the same port: this page goes on by itself, and nothing is lost.");
+    lose(`zol studio has ended. Start it again with --port ${location.port}: this page goes on, and nothing is lost.`);
     throw new Refused(0, "the server is not there");
   }
   if (response.ok) return response;

@@ -25,7 +25,7 @@ class EffectDialog extends HTMLElement {
   update() {
     const stage = currentStage();
     const made = JSON.stringify([store.doc.stages.map((s) => [s.effect, s.on]), store.doc.current,
-      stage && Object.entries(stage.inputs).map(([name, slots]) => [name, Array.isArray(slots) && slots.length]), stage?.items]);
+      stage && Object.values(stage.inputs).filter(Array.isArray).map((slots) => slots.length), stage?.items]);
     if (made !== this.made) {
       this.made = made;
       this.buildChain();

@@ -75,7 +75,7 @@ class EffectBrowser extends HTMLElement {
     const icon = effect.icon ? make("img", { src: `/api/icon/${effect.number}`, alt: "", width: 50, height: 38, loading: "lazy" })
       : make("span", { className: "no-icon", "aria-hidden": "true" }, effect.title[0]);
     return make("li", {}, make("button", { title: text, onclick: () => addEffect(effect) }, icon,
-      make("span", {}, make("b", {}, effect.title), make("small", {}, withFamily ? `${effect.family} · ${text}` : text))));
+      make("span", {}, make("b", {}, effect.title), make("small", {}, withFamily && text !== effect.family ? `${effect.family} · ${text}` : text))));
   }
 
   focusSearch() { this.search.focus(); this.search.select(); }

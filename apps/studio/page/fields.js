@@ -104,8 +104,8 @@ function numberRow(field, value) {
   slider.addEventListener("dblclick", () => value.reset());
   entry.addEventListener("keydown", onKey);
   entry.addEventListener("change", () => {
-    const wanted = Number(entry.value.replace(",", "."));
-    if (!Number.isFinite(wanted) || entry.value.trim() === "") note(`“${entry.value}” is no number.`);
+    const wanted = entry.value.trim() === "" ? now() : Number(entry.value.replace(",", "."));
+    if (!Number.isFinite(wanted)) note(`“${entry.value}” is no number.`);
     else if (limited(wanted) !== wanted) note(`${plain(field.label || field.name)} goes from ${below ? min : "any"} to ${above ? max : "any"}.`);
     put(wanted);
     update();
@@ -126,7 +126,7 @@ function numberRow(field, value) {
     slider.value = x;
     slider.setAttribute("aria-valuetext", curves.numberText(x));
     slider.style.setProperty("--filled", `${(100 * (x - slider.min)) / (slider.max - slider.min || 1)}%`);
-    if (document.activeElement !== entry || !entry.matches(":focus-visible") || entry.dataset.shown !== entry.value) entry.value = curves.numberText(x);
+    if (document.activeElement !== entry || !entry.matches(":focus-visible") || entry.dataset.shown !== entry.value) entry.value = String(Number(x.toPrecision(5)));
     entry.dataset.shown = entry.value;
     element.classList.toggle("changed", value.changed);
     key?.update();

@@ -90,14 +90,6 @@ class SourceBar extends HTMLElement {
     store.onChange(update);
     onFiles(update);
     if (!store.doc.source && !store.doc.stages.length && files.length) useSource(files[0].id);
-    addEventListener("dragover", (event) => { event.preventDefault(); document.body.classList.add("dropping"); });
-    addEventListener("dragleave", (event) => { if (!event.relatedTarget) document.body.classList.remove("dropping"); });
-    addEventListener("drop", async (event) => {
-      event.preventDefault();
-      document.body.classList.remove("dropping");
-      const [id] = await upload(event.dataTransfer.files);
-      if (id) useSource(id);
-    });
   }
 }
 customElements.define("source-bar", SourceBar);

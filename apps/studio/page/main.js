@@ -1,12 +1,12 @@
 // The page's beginning.
 
-import "./files.js";
 import "./viewer.js";
 import "./sound.js";
 import "./time.js";
 import "./effects.js";
 import "./dialog.js";
-import { copyCommand, loadPreset, savePreset, showOutput } from "./output.js";
+import { upload, useSource } from "./files.js";
+import { choosePreset, copyCommand, loadPreset, savePreset, showOutput } from "./output.js";
 import { store } from "./state.js";
 
 history.replaceState(null, "", "/" + location.hash); // the secret does not stay in sight
@@ -18,7 +18,7 @@ const button = (id, press) => {
 };
 const undo = button("undo", () => store.undo()), redo = button("redo", () => store.redo());
 const needStages = [button("copy", copyCommand), button("save-preset", savePreset), button("render", showOutput)];
-button("load-preset", loadPreset);
+button("load-preset", choosePreset);
 
 const update = () => {
   undo.disabled = !store.canUndo;
@@ -40,5 +40,20 @@ addEventListener("keydown", (event) => {
     document.querySelector("effect-browser").focusSearch();
     event.preventDefault();
   }
+});
+
+addEventListener("dragover", (event) => {
+  event.preventDefault();
+  if (event.dataTransfer.types.includes("Files")) document.body.classList.add("dropping");
+});
+addEventListener("dragleave", (event) => event.relatedTarget || document.body.classList.remove("dropping"));
+addEventListener("drop", async (event) => {
+  event.preventDefault();
+  document.body.classList.remove("dropping");
+  const dropped = [...event.dataTransfer.files];
+  const presets = dropped.filter((file) => file.name.endsWith(".json"));
+  const [id] = await upload(dropped.filter((file) => !presets.includes(file)));
+  if (id) await useSource(id);
+  for (const preset of presets) await loadPreset(preset);
 });
 document.body.dataset.ready = "";

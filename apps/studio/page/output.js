@@ -38,21 +38,24 @@ export async function savePreset() {
   }
 }
 
-export function loadPreset() {
+/** The clip that is looked at stays; one of the preset's own comes where there is none. */
+export async function loadPreset(file) {
+  try {
+    const loaded = await post("/api/preset", JSON.parse(await file.text()));
+    store.change((doc) => {
+      doc.source = doc.source ?? (loaded.source || null);
+      doc.stages = loaded.stages.map((stage) => ({ ...newStage(effectNamed(stage.effect)), inputs: stage.inputs, values: Object.fromEntries(stage.settings) }));
+      doc.current = 0;
+    });
+    for (let i = 0; i < store.doc.stages.length; ++i) await refreshDialog(i); // values as the page writes them
+  } catch (error) {
+    note(error instanceof SyntaxError ? "That is no preset: it is no JSON." : error.message);
+  }
+}
+
+export function choosePreset() {
   const input = make("input", { type: "file", accept: ".json,application/json" });
-  input.addEventListener("change", async () => {
-    try {
-      const loaded = await post("/api/preset", JSON.parse(await input.files[0].text()));
-      store.change((doc) => {
-        doc.source = doc.source ?? (loaded.source || null);
-        doc.stages = loaded.stages.map((stage) => ({ ...newStage(effectNamed(stage.effect)), inputs: stage.inputs, values: Object.fromEntries(stage.settings) }));
-        doc.current = 0;
-      });
-      for (let i = 0; i < store.doc.stages.length; ++i) await refreshDialog(i); // values as the page writes them
-    } catch (error) {
-      note(error instanceof SyntaxError ? "That is no preset: it is no JSON." : error.message);
-    }
-  });
+  input.addEventListener("change", () => loadPreset(input.files[0]));
   input.click();
 }
 
