@@ -303,6 +303,11 @@ class Pictures(Page):
             self.find(".view-in").click()
         self.settle()
         self.assertEqual(self.pixels()[0], (640, 427))
+        middle = "const box = document.querySelector(arguments[0]).getBoundingClientRect(); return [box.x + box.width / 2, box.y + box.height / 2].map(Math.round)"
+        self.assertEqual(self.driver.execute_script(middle, ".sheet"), self.driver.execute_script(middle, ".desk"))
+        ActionChains(self.driver, duration=50).move_to_element_with_offset(self.find(".desk"), 100, 100).click_and_hold().move_by_offset(30, -20).release().perform()
+        moved = self.driver.execute_script(middle, ".sheet")
+        self.assertEqual([a - b for a, b in zip(moved, self.driver.execute_script(middle, ".desk"))], [30, -20])
         self.shot("zoom")
         self.find(".view-fit").click()
 

@@ -77,6 +77,9 @@ export class GeometryOverlay {
   /** Whether the pointer means a shape rather than the picture. */
   busy(event) { return Boolean(field()) && (tool !== "edit" || event.target.closest?.(".node, .handle")); }
 
+  /** Whether there is a shape to draw, and nothing drawn yet. */
+  get empty() { return Boolean(field()) && !this.#text; }
+
   get #text() { return shapeAt(curves.parse(currentStage()?.values[field()?.name] ?? ""), share()); }
 
   #write() {

@@ -143,7 +143,7 @@ class PictureView extends HTMLElement {
 
   show(message, facts, body) {
     if (message) {
-      this.tell(message.replace(/^"[^"]*" at [\d.e-]+ s: /, ""));
+      this.tell(message.replace(/^"[^"]*" at [\d.e-]+ s: /, "") + (this.overlay.empty ? ". Draw it on the picture: Pen, Rectangle and Ellipse are above." : ""));
       if (body.source) return this.fallback.ask({ ...body, stages: [], draft: true });
       this.after.getContext("2d", { willReadFrequently: true }).clearRect(0, 0, this.after.width, this.after.height);
       return this.layout();
@@ -180,7 +180,7 @@ class PictureView extends HTMLElement {
     if (this.zoom === "fit") this.pan = { x: 0, y: 0 };
     this.pan.x = limit(this.pan.x, width * scale, this.desk.clientWidth);
     this.pan.y = limit(this.pan.y, height * scale, this.desk.clientHeight);
-    style.transform = `translate(${this.pan.x}px, ${this.pan.y}px)`;
+    style.transform = `translate(-50%, -50%) translate(${this.pan.x}px, ${this.pan.y}px)`;
     this.sheet.classList.toggle("pixels", scale * devicePixelRatio > 2);
     this.divider.hidden = this.split === null;
     this.before.hidden = this.split === null || !store.doc.source;
