@@ -21,7 +21,8 @@ export function pickColor(take) {
 class Pictures {
   #under = null;
   #next = null;
-  last = 0;
+  #area = 1;
+  cost = 0; // milliseconds of a picture in the size that is shown, as the last ones tell
 
   constructor(name, canvas, told) {
     this.name = `${client}:${name}`;
@@ -51,7 +52,9 @@ class Pictures {
       const image = new ImageData(new Uint8ClampedArray(bytes), facts.width, facts.height);
       if (this.canvas.width !== facts.width || this.canvas.height !== facts.height) Object.assign(this.canvas, { width: facts.width, height: facts.height });
       this.canvas.getContext("2d", { willReadFrequently: true }).putImageData(image, 0, 0);
-      if (!body.draft) this.last = facts.milliseconds;
+      if (!body.draft) this.#area = facts.width * facts.height;
+      const cost = ((performance.now() - began) * this.#area) / (facts.width * facts.height);
+      this.cost = this.cost ? (this.cost + cost) / 2 : cost;
       this.told(null, facts, body);
     } catch (error) {
       if (error.status) this.told(error.message, null, body);
@@ -127,8 +130,8 @@ class PictureView extends HTMLElement {
     if (!doc.source && !doc.stages.some((stage) => stage.on)) return this.tell("Drop a picture, a clip or a sound here, or choose one of the sources on the left.");
     const body = { ...wire(), frame: doc.frame, box: this.box };
     clearTimeout(this.rest);
-    if (dragging && this.pictures.last > kSmooth) { // a smaller one at once, the whole when the hand rests
-      const part = this.pictures.last > 4 * kSmooth ? 0.25 : 0.5;
+    if (dragging && this.pictures.cost > kSmooth) { // a smaller one at once, the whole when the hand rests
+      const part = this.pictures.cost > 4 * kSmooth ? 0.25 : 0.5;
       this.pictures.ask({ ...body, box: body.box.map((side) => Math.max(16, Math.round(side * part))), draft: true });
       this.rest = setTimeout(() => this.pictures.ask(body), kRest);
     } else {
