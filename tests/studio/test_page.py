@@ -253,7 +253,7 @@ class Pictures(Page):
         self.assertIn("0~=0", self.values()["Blurriness"])
         self.settle()
         self.assertEqual(self.field("Blurriness").get_attribute("value"), self.driver.execute_async_script(
-            "import('/curves.js').then((c) => arguments[1](c.textAt(c.parse(arguments[0]), 62 / 125)))", self.values()["Blurriness"]))
+            "import('/curves.js').then((c) => arguments[1](String(Number(Number(c.textAt(c.parse(arguments[0]), 62 / 125)).toPrecision(5)))))", self.values()["Blurriness"]))
         self.assertEqual(self.pixels()[1], self.rendered("blur", "-i", "photo.jpg", "--set", f"Blurriness={self.values()['Blurriness']}", frame=62))
         mark = self.all(".key-mark")[1]
         ActionChains(self.driver, duration=50).drag_and_drop_by_offset(mark, -200, 0).perform()
