@@ -4,6 +4,7 @@
 #include "kernels/warp/warp_row.h"
 #include "plain/warp.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -43,23 +44,45 @@ void warp(benchmark::State &state, const Projection &toSource, WarpFilter filter
   capSimdLevel(kWidestLevel);
 }
 
-#define ZOL_BENCH(...)                                                                                       \
-  BENCHMARK_CAPTURE(__VA_ARGS__)                                                                             \
-      ->Unit(benchmark::kMillisecond)                                                                        \
-      ->MinTime(0.05)                                                                                        \
-      ->Repetitions(7)                                                                                       \
-      ->ReportAggregatesOnly()
+void plainWarp(benchmark::State &state, const Projection &toSource, WarpFilter filter, bool opaque) {
+  const auto in = picture(opaque), out = host::PictureBuffer::make(kWidth, kHeight);
+  plain::Warp form{.source = in->record()->Pixels,
+                   .width = kWidth,
+                   .height = kHeight,
+                   .opaque = opaque,
+                   .beyond = plain::Warp::extend,
+                   .filter = static_cast<int>(filter),
+                   .a = {},
+                   .b = {},
+                   .g = {}};
+  const WarpMap map(toSource, kWidth, kHeight);
+  const auto &[a, b, g] = map.toSource().rows;
+  std::copy_n(a, 3, form.a);
+  std::copy_n(b, 3, form.b);
+  std::copy_n(g, 3, form.g);
+  for (auto _ : state)
+    for (int y = 0; y < kHeight; ++y)
+      for (int x = 0; x < kWidth; ++x)
+        out->record()->Pixels[y * kWidth + x] = form.at(x, y);
+}
+
+#define ZOL_BENCH(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)
 #define ZOL_BENCH_LEVELS(function, name, ...)                                                                \
   ZOL_BENCH(function, name##_sse2, __VA_ARGS__, SimdLevel::sse2);                                            \
   ZOL_BENCH(function, name##_avx2, __VA_ARGS__, SimdLevel::avx2);                                            \
   ZOL_BENCH(function, name##_avx512, __VA_ARGS__, SimdLevel::avx512)
 
+ZOL_BENCH(plainWarp, turned_smooth, turned(0.9, 10), WarpFilter::smooth, true);
 ZOL_BENCH_LEVELS(warp, turned_smooth, turned(0.9, 10), WarpFilter::smooth, true);
+ZOL_BENCH(plainWarp, turned_sharp, turned(0.9, 10), WarpFilter::sharp, true);
 ZOL_BENCH_LEVELS(warp, turned_sharp, turned(0.9, 10), WarpFilter::sharp, true);
+ZOL_BENCH(plainWarp, turned_alpha, turned(0.9, 10), WarpFilter::smooth, false);
 ZOL_BENCH_LEVELS(warp, turned_alpha, turned(0.9, 10), WarpFilter::smooth, false);
 ZOL_BENCH_LEVELS(warp, enlarged, turned(1.5, 0), WarpFilter::smooth, true);
 ZOL_BENCH_LEVELS(warp, half, turned(0.5, 0), WarpFilter::smooth, true);
+ZOL_BENCH(plainWarp, quarter, turned(0.25, 0), WarpFilter::smooth, true);
 ZOL_BENCH_LEVELS(warp, quarter, turned(0.25, 0), WarpFilter::smooth, true);
+ZOL_BENCH(plainWarp, tilted_smooth, tilted(), WarpFilter::smooth, true);
 ZOL_BENCH_LEVELS(warp, tilted_smooth, tilted(), WarpFilter::smooth, true);
 ZOL_BENCH_LEVELS(warp, tilted_sharp, tilted(), WarpFilter::sharp, true);
 ZOL_BENCH_LEVELS(warp, quarter_turn, turned(1, 90), WarpFilter::smooth, true);

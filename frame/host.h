@@ -2,9 +2,11 @@
 // exactly once and in the order given.
 #pragma once
 
+#include "frame/address.h"
 #include "frame/texts.h"
 #include "frame/zol.h"
 
+#include <cmath>
 #include <strings.h>
 
 namespace zol {
@@ -48,6 +50,23 @@ inline float paramFloat(t_ZoHostInfo *host, int field, double time) {
 inline int paramInt(t_ZoHostInfo *host, int field) { return host->Services->ParamGetInt(host, field, 0); }
 
 inline void *input(t_ZoHostInfo *host, int field) { return host->Services->InputGetPic(host, field, 0); }
+
+/// What the host knows of an input as a whole; false, and all of it 0, where it does not tell.
+inline bool mediaGetInfo(t_ZoHostInfo *host, void *input, t_ZoMediaInfo &info) {
+  info = {};
+  if (input != nullptr && ZoScriptExecuteHi(host, "ZoMediaInfo( " ZOL_ADDRESS ", " ZOL_ADDRESS " );",
+                                            address(input), address(&info)) == 1)
+    return true;
+  info = {};
+  return false;
+}
+
+/// Its length in seconds; 0 where it is not known.
+inline double mediaDuration(t_ZoHostInfo *host, void *input) {
+  t_ZoMediaInfo info;
+  return mediaGetInfo(host, input, info) && std::isfinite(info.Duration) && info.Duration > 0 ? info.Duration
+                                                                                              : 0;
+}
 
 /// The input's frame at the context's frame time; null when it cannot be had. It stays the host's.
 inline pic *frameOf(t_ZoHostInfo *host, void *input) {

@@ -57,6 +57,21 @@ typedef struct t_ZoDatasetDisplay {
 typedef int (*t_ZoSegmentFn)(void *user, const double P0[2], const double P1[2], const double H0[2],
                              const double H1[2]);
 
+/* ---- Media ---- */
+
+/* What is known of an input as a whole; what is not known is 0. A host fills it on the statement
+ * "ZoMediaInfo( 0x%X, 0x%X );" with the input's handle and the record's address, and answers 1. */
+typedef struct t_ZoMediaInfo {
+  double Rate;     /* frames a second */
+  double Duration; /* seconds */
+  int32_t Width;   /* of its frames */
+  int32_t Height;
+  int32_t HasVideo; /* the rest: 0 or 1 */
+  int32_t HasAudio;
+  int32_t Interlaced;
+  int32_t TopFieldFirst;
+} t_ZoMediaInfo;
+
 /* ---- Callbacks that an effect hands over in its declaration ---- */
 
 typedef int (*t_ZoInitFn)(t_ZoHostInfo *);
@@ -171,6 +186,8 @@ ZOL_ASSERT_OFFSET(t_ZoAudio, Rate, 12);
 ZOL_ASSERT_OFFSET(t_ZoAudio, Channels, 16);
 ZOL_ASSERT_OFFSET(t_ZoAudio, Samples, 20);
 ZOL_ASSERT_OFFSET(t_ZoDatasetDisplay, Scale, 4);
+ZOL_ASSERT_SIZE(t_ZoMediaInfo, 40);
+ZOL_ASSERT_OFFSET(t_ZoMediaInfo, Width, 16);
 ZOL_ASSERT_SIZE(t_ZoServices, 84 * 4);
 ZOL_ASSERT_OFFSET(t_ZoServices, AudioCreate, 16 * 4);
 ZOL_ASSERT_OFFSET(t_ZoServices, ScriptExecute, 24 * 4);

@@ -1,8 +1,7 @@
 // Fragments of a picture in their plain form, one pixel at a time.
 #pragma once
 
-#include "frame/picture.h"
-#include "kernels/compositing/fragments.h"
+#include "frame/zol.h"
 #include "plain/warp.h"
 
 #include <utility>
@@ -11,9 +10,12 @@
 namespace zol::plain {
 
 struct Outline {
-  std::vector<Point> corners;
+  struct Corner {
+    double x, y;
+  };
+  std::vector<Corner> corners;
 
-  [[nodiscard]] Point next(size_t i) const { return corners[(i + 1) % corners.size()]; }
+  [[nodiscard]] Corner next(size_t i) const { return corners[(i + 1) % corners.size()]; }
   [[nodiscard]] double doubleArea() const {
     double sum = 0;
     for (size_t i = 0; i < corners.size(); ++i)
@@ -34,7 +36,7 @@ struct Outline {
       right |= std::floor(corners[i].x) >= x;
       above |= std::floor(corners[i].y) <= y;
       below |= std::floor(corners[i].y) >= y;
-      Point p = corners[i], q = next(i);
+      Corner p = corners[i], q = next(i);
       double side = doubleArea() < 0 ? -1 : 1;
       if (std::pair(q.y, q.x) < std::pair(p.y, p.x)) {
         std::swap(p, q);
@@ -59,12 +61,12 @@ struct Outline {
 
   static int outside(Outline pixel, const auto &a, const auto &b) {
     for (const auto &edge : {a, b}) {
-      const auto inside = [&](const Point &p) {
+      const auto inside = [&](const Corner &p) {
         return edge.across * p.x + (edge.down * p.y + edge.distance);
       };
       Outline rest;
       for (size_t i = 0; i < pixel.corners.size(); ++i) {
-        const Point p = pixel.corners[i], q = pixel.next(i);
+        const Corner p = pixel.corners[i], q = pixel.next(i);
         const double from = inside(p), to = inside(q), share = from / (from - to);
         if (from < 0)
           rest.corners.push_back(p);
@@ -80,50 +82,31 @@ struct Outline {
 
 struct Fragments {
   struct Piece {
-    Outline home, moved;
-    WarpMap map;
+    Outline home, moved; // clockwise
     Warp warp;
-    int opacity;
+    bool isSeen;
+    int opacity; // 4096 = 1.0
   };
 
-  Fragments(const pic &picture, const FragmentGrid &grid, const std::vector<FragmentMove> &moves)
-      : picture_(picture), allMoved_(static_cast<int>(moves.size()) == grid.count()) {
-    bool opaque = true;
-    for (int i = 0; i < picture.Width * picture.Height; ++i)
-      opaque = opaque && picture.Pixels[i].a == 255;
-    for (const FragmentMove &move : moves) {
-      const Fragment fragment = grid[move.fragment];
-      Outline home, moved;
-      for (int k = 0; k < fragment.count; ++k) {
-        home.corners.push_back(fragment.corner(k));
-        moved.corners.push_back(move.forward.of(fragment.corner(k)));
-      }
-      const WarpMap map(move.forward.inverse(), picture.Width, picture.Height);
-      Warp warp{picture.Pixels, picture.Width, picture.Height, opaque, Warp::extend, Warp::sharp, {}, {}, {}};
-      for (int i = 0; i < 3; ++i) {
-        warp.a[i] = map.toSource().rows[0][i];
-        warp.b[i] = map.toSource().rows[1][i];
-        warp.g[i] = map.toSource().rows[2][i];
-      }
-      pieces_.push_back({home, moved, map, warp, move.opacity});
-    }
-  }
+  const pic &picture;
+  std::vector<Piece> pieces; // that have moved, later ones upon earlier ones
+  bool allMoved;
 
   /// Pixel (x, y) of the picture's own.
   [[nodiscard]] _color_t at(int x, int y) const {
     _color_t layer{};
-    if (!allMoved_ && x >= 0 && x < picture_.Width && y >= 0 && y < picture_.Height) {
+    if (!allMoved && x >= 0 && x < picture.Width && y >= 0 && y < picture.Height) {
       int gone = 0;
-      for (const Piece &piece : pieces_)
+      for (const Piece &piece : pieces)
         gone += piece.home.coverage(x, y);
-      layer = picture_.Pixels[y * picture_.Width + x];
+      layer = picture.Pixels[y * picture.Width + x];
       if (gone > 0) {
         layer.a = static_cast<uint8_t>((layer.a * (256 - std::min(256, gone)) + 128) >> 8);
         layer = layer.a != 0 ? layer : _color_t{};
       }
     }
-    for (const Piece &piece : pieces_)
-      if (const int covered = piece.map.drawsNothing() ? 0 : piece.moved.coverage(x, y); covered > 0) {
+    for (const Piece &piece : pieces)
+      if (const int covered = piece.isSeen ? piece.moved.coverage(x, y) : 0; covered > 0) {
         _color_t pixel = piece.warp.sample(x, y);
         pixel.a = static_cast<uint8_t>((pixel.a * covered * piece.opacity + (1 << 19)) >> 20);
         layer = gathered(layer, pixel);
@@ -138,11 +121,6 @@ struct Fragments {
     };
     return m == 0 ? l : _color_t{color(u.b, l.b), color(u.g, l.g), color(u.r, l.r), uint8_t(m + k)};
   }
-
-private:
-  const pic &picture_;
-  bool allMoved_;
-  std::vector<Piece> pieces_;
 };
 
 } // namespace zol::plain

@@ -1,7 +1,8 @@
 // Pixels moved by the values of a map in their plain form, one pixel at a time.
 #pragma once
 
-#include "frame/picture.h"
+#include "frame/zol.h"
+#include "plain/moved.h"
 #include "plain/soften.h"
 #include "plain/warp.h"
 
@@ -22,11 +23,10 @@ struct Mapper {
   [[nodiscard]] int neutral() const { return std::min(65025, 255 * static_cast<int>(256 * level)); }
 
   [[nodiscard]] std::vector<uint16_t> plane(int channel) const {
-    const Area area = Area::of(picture), lies = Area::of(map);
     std::vector<uint16_t> values;
-    for (int y = area.top; y < area.bottom; ++y)
-      for (int x = area.left; x < area.right; ++x) {
-        const _color_t p = lies.hasColumn(x) && lies.hasRow(y) ? *pixelAt(map, x, y) : _color_t{};
+    for (int y = 0; y < picture.Height; ++y)
+      for (int x = 0; x < picture.Width; ++x) {
+        const _color_t p = pixelOf(map, picture.X + x, picture.Y + y);
         const int luma = (54 * p.r + 183 * p.g + 19 * p.b) >> 8, channels[] = {p.r, p.g, p.b, p.a, luma};
         values.push_back(static_cast<uint16_t>(p.a == 0 ? neutral() : 255 * channels[channel]));
       }

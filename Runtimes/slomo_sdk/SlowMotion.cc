@@ -92,7 +92,8 @@ int CSlowMotion::SetSequence(void *pSeqID, unsigned width, unsigned height, doub
   FreeWork();
   if (m_pOutFrame == nullptr)
     return -1;
-  std::memset(m_pOutFrame, 0, static_cast<size_t>(area)); // the last row of an odd interlaced frame stays
+  if (m_bInterlaced != 0) // the last row of an odd frame stays
+    std::memset(m_pOutFrame, 0, static_cast<size_t>(area));
   if ((m_pMask = allocate(area)) == nullptr || (m_pObjectList = allocate(area)) == nullptr ||
       (m_pFillStack = allocate(2 * area)) == nullptr)
     return -1;

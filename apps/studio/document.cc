@@ -45,7 +45,7 @@ bool takesFiles(const host::Field &field) {
 std::vector<int> inputFields(const host::Effect &effect) {
   std::vector<int> ids;
   for (size_t i = 0; i < effect.fields.size(); ++i)
-    if (effect.fields[i].type == FieldType::input || effect.fields[i].type == FieldType::inputs)
+    if (takesFiles(effect.fields[i]))
       ids.push_back(static_cast<int>(i));
   return ids;
 }
@@ -184,9 +184,6 @@ host::RenderPlan planOf(const Document &document, const FileStore &files, NameFi
           planned.settings.emplace_back(field.name, named(file));
       }
     }
-    for (const auto &[id, slots] : stage.inputs)
-      if (fieldOf(stage, id).type == FieldType::media && !slots.empty() && !slots.front().empty())
-        planned.settings.emplace_back(fieldOf(stage, id).name, named(slots.front()));
     planned.settings.insert(planned.settings.end(), stage.settings.begin(), stage.settings.end());
   }
   return plan;

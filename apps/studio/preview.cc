@@ -31,6 +31,16 @@ std::pair<int, int> sizeWithin(const host::Timeline &whole, std::pair<int, int> 
   return {side(whole.width), side(whole.height)};
 }
 
+/// The same in a size that the box holds.
+host::Timeline shownTimeline(host::Timeline timeline, std::pair<int, int> box) {
+  const auto [width, height] = sizeWithin(timeline, box);
+  timeline.drawingScaleX = static_cast<double>(width) / timeline.width;
+  timeline.drawingScaleY = static_cast<double>(height) / timeline.height;
+  timeline.width = width;
+  timeline.height = height;
+  return timeline;
+}
+
 template <class Number> void append(std::string &bytes, Number number) {
   for (size_t i = 0; i < sizeof number; ++i)
     bytes += static_cast<char>(number >> (8 * i));
@@ -60,18 +70,16 @@ std::string wavHeader(uint32_t dataBytes, const host::Timeline &timeline) {
 /// Inputs that stay open while nothing changes but values.
 struct Preview::Opened {
   std::vector<host::InputPlan> files;
-  bool sound;
-  std::optional<std::pair<int, int>> size;
-  std::optional<host::Time> duration;
-  std::pair<int, int> box;
+  std::vector<bool> retimed;
+  bool sound = false;
+  std::optional<std::pair<int, int>> size = {};
+  std::pair<int, int> box = {};
 
-  std::vector<host::Input> inputs;
-  host::Settled settled; ///< of what is rendered
-  host::Timeline whole;
+  std::vector<host::Input> inputs = {};
   bool lasts = false;
 
   [[nodiscard]] bool isFor(const Opened &other) const {
-    return files == other.files && sound == other.sound && size == other.size && duration == other.duration &&
+    return files == other.files && retimed == other.retimed && sound == other.sound && size == other.size &&
            box == other.box;
   }
 };
@@ -128,17 +136,7 @@ std::shared_ptr<Preview::Client> Preview::clientOf(const std::string &name) {
   return clients_.front();
 }
 
-Preview::Opened &Preview::open(Client &client, const host::RenderPlan &plan, const std::string &source,
-                               const host::ChainSetup *setup, std::pair<int, int> box) {
-  Opened wanted{};
-  if (setup != nullptr)
-    wanted.files = setup->inputs;
-  else
-    wanted.files = {{source, {}, {}}};
-  wanted.sound = setup != nullptr && setup->sound;
-  wanted.size = plan.size;
-  wanted.duration = plan.duration;
-  wanted.box = box;
+Preview::Opened &Preview::open(Client &client, Opened wanted, const host::RenderPlan &plan) {
   auto &opened = client.opened;
   const auto found =
       std::find_if(opened.begin(), opened.end(), [&](const Opened &o) { return o.isFor(wanted); });
@@ -150,20 +148,13 @@ Preview::Opened &Preview::open(Client &client, const host::RenderPlan &plan, con
     opened.pop_back();
   for (const host::InputPlan &file : wanted.files)
     wanted.inputs.emplace_back(file, wanted.sound, plan);
-  wanted.settled = wanted.sound ? settleSound(plan, wanted.inputs) : settlePictures(plan, wanted.inputs);
-  wanted.whole = wanted.settled.timeline;
   wanted.lasts = std::any_of(wanted.inputs.begin(), wanted.inputs.end(),
                              [](const host::Input &input) { return input.duration() > 0; });
-  if (!wanted.sound) {
-    host::RenderPlan shown = plan;
-    shown.size = sizeWithin(wanted.whole, box);
-    wanted.settled = settlePictures(shown, wanted.inputs);
-    host::Timeline &timeline = wanted.settled.timeline;
-    timeline.drawingScaleX = static_cast<double>(timeline.width) / wanted.whole.width;
-    timeline.drawingScaleY = static_cast<double>(timeline.height) / wanted.whole.height;
-  }
-  for (host::Input &input : wanted.inputs)
-    input.bringTo(wanted.settled.timeline);
+  const host::Timeline timeline =
+      wanted.sound ? settleSound(plan, wanted.inputs).timeline
+                   : shownTimeline(settlePictures(plan, wanted.inputs).timeline, wanted.box);
+  for (size_t i = 0; i < wanted.inputs.size(); ++i)
+    wanted.inputs[i].bringTo(timeline, wanted.retimed[i]);
   return opened.emplace_front(std::move(wanted));
 }
 
@@ -177,9 +168,15 @@ Shown Preview::picture(const host::RenderPlan &plan, const std::string &source, 
       setup.emplace(plan, library_);
     if (setup && setup->sound)
       throw NothingShown("This makes sound.");
-    Opened &opened = rendered(
-        turn, [&]() -> Opened & { return open(*client, plan, source, setup ? &*setup : nullptr, box); });
-    Shown shown{{}, 0, 0, opened.whole, opened.settled.span.count, opened.lasts};
+    Opened wanted{.files = {{source, {}, {}}}, .retimed = {false}, .size = plan.size, .box = box};
+    if (setup) {
+      wanted.files = setup->inputs;
+      wanted.retimed = setup->retimed;
+    }
+    Opened &opened = rendered(turn, [&]() -> Opened & { return open(*client, std::move(wanted), plan); });
+    const host::Settled settled =
+        setup ? settle(*setup, plan, opened.inputs) : settlePictures(plan, opened.inputs);
+    Shown shown{{}, 0, 0, settled.timeline, settled.span.count, opened.lasts};
     if (!setup) {
       const auto picture = opened.inputs.front().pictures()->at(frame);
       shown.width = picture->width;
@@ -188,7 +185,7 @@ Shown Preview::picture(const host::RenderPlan &plan, const std::string &source, 
           rgbaOf(reinterpret_cast<const _color_t *>(picture->pixels.data()), picture->pixels.size() / 4);
       return shown;
     }
-    host::Chain chain(*setup, plan, opened.settled.timeline, opened.inputs);
+    host::Chain chain(*setup, plan, shownTimeline(settled.timeline, box), opened.inputs);
     chain.stopWhen([&turn] { return turn.overtaken(); });
     const auto picture = rendered(turn, [&] { return chain.picture(chain.timeline().timeOfFrame(frame)); });
     shown.width = picture->record()->Width;
@@ -208,8 +205,10 @@ Heard Preview::sound(const host::RenderPlan &plan, const Asking &asking) {
     const host::ChainSetup setup(plan, library_);
     if (!setup.sound)
       throw NothingShown("This makes pictures.");
-    Opened &opened = rendered(turn, [&]() -> Opened & { return open(*client, plan, "", &setup, {}); });
-    const host::Timeline &timeline = opened.settled.timeline;
+    Opened &opened = rendered(turn, [&]() -> Opened & {
+      return open(*client, {.files = setup.inputs, .retimed = setup.retimed, .sound = true}, plan);
+    });
+    const host::Timeline timeline = settle(setup, plan, opened.inputs).timeline;
     host::Chain chain(setup, plan, timeline, opened.inputs);
     chain.stopWhen([&turn] { return turn.overtaken(); });
     const double duration = std::min(timeline.duration, kLongestSound);

@@ -63,8 +63,7 @@ private:
   template <class Render> static decltype(auto) rendered(const Turn &turn, Render render);
 
   std::shared_ptr<Client> clientOf(const std::string &name);
-  Opened &open(Client &client, const host::RenderPlan &plan, const std::string &source,
-               const host::ChainSetup *setup, std::pair<int, int> box);
+  Opened &open(Client &client, Opened wanted, const host::RenderPlan &plan);
 
   const host::EffectLibrary &library_;
   std::mutex mutex_;

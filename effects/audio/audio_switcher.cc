@@ -61,6 +61,8 @@ int onDialogItemEdit(t_ZoHostInfo *host, int item) {
   return 0;
 }
 
+constexpr size_t kFewInputs = 16;
+
 /// An input that has sound, and its level's item.
 struct Voice {
   zol::AudioSource sound;
@@ -124,7 +126,7 @@ t_ZoAudio *render(t_ZoHostInfo *host) {
     zol::showMessage(host, zol::kSwitcherTexts[zol::kSwitcherNoInputs]);
     return nullptr;
   }
-  const zol::Scratch<Voice> voices(static_cast<size_t>(inputs));
+  zol::ShortScratch<Voice, kFewInputs> voices(static_cast<size_t>(inputs));
   if (!voices) {
     zol::showMemoryError(host);
     return nullptr;

@@ -2,6 +2,7 @@
 // or around it. At Shutter 0 and at Amount 0 it is a copy.
 
 #include "effects/filters/motion_blur.xpm"
+#include "effects/filters/exposing.h"
 #include "frame/canvas.h"
 #include "frame/declaration.h"
 #include "frame/effects.h"
@@ -172,40 +173,13 @@ private:
   bool stopped_ = false;
 };
 
-/// The average over the smallest area that holds all of the pictures; null as renders answer it.
-pic *average(t_ZoHostInfo *host, const zol::Exposures &exposures) {
-  if (exposures.count == 1)
-    return zol::copyOf(host, exposures.pictures[0]);
-  zol::Area area = zol::Area::of(*exposures.pictures[0]);
-  for (int i = 1; i < exposures.count; ++i)
-    area = zol::unionOf(area, zol::Area::of(*exposures.pictures[i]));
-  zol::OwnedPic out(host, zol::createAt(host, area));
-  if (!out)
-    return nullptr;
-  const int width = area.width();
-  const zol::Scratch<_color_t> padded(static_cast<size_t>(width) * static_cast<size_t>(exposures.count));
-  if (!padded) {
-    zol::showMemoryError(host);
-    return nullptr;
-  }
-  const auto averageRow = ZOL_SELECT(averageRows);
-  const bool done = zol::forEachRow(host, area.height(), [&](int y) {
-    const _color_t *rows[zol::kMostExposures];
-    for (int i = 0; i < exposures.count; ++i)
-      rows[i] =
-          zol::canvasRow(area, exposures.pictures[i], area.top + y, padded.data() + ptrdiff_t{i} * width);
-    averageRow(rows, exposures.weights, exposures.count, out->Pixels + ptrdiff_t{y} * width, width);
-  });
-  return done ? out.release() : nullptr;
-}
-
 pic *exposeInput(t_ZoHostInfo *host, Fetcher &fetcher, const Shutter &shutter) {
   const pic *pictures[zol::kMostExposures];
   int count = 0;
   for (int i = 0; i < shutter.samples; ++i)
     if (const pic *picture = fetcher.at(shutter.time(host, i)); picture != nullptr)
       pictures[count++] = picture;
-  return count != 0 ? average(host, zol::Exposures::of(pictures, count)) : nullptr;
+  return count != 0 ? zol::averageOf(host, zol::Exposures::of(pictures, count)) : nullptr;
 }
 
 /// The average of moments; null as renders answer it.

@@ -10,8 +10,8 @@
 namespace zol::host {
 namespace {
 
-constexpr size_t kBlock = 16384;      // sample frames taken from the child at once
-constexpr size_t kKept = 16 * kBlock; // sample frames kept at least for going back
+constexpr size_t kBlock = 16384;                     // sample frames taken from the child at once
+constexpr size_t kMostKept = (size_t{64} << 20) / 4; // samples
 constexpr int kHighestRate = 768000;
 constexpr int kMostChannels = 64;
 
@@ -91,6 +91,13 @@ uint64_t AudioReader::limit() const {
                                                         : frameAt(info_.soundDuration + kMostBehindEnd);
 }
 
+double AudioReader::duration() const {
+  if (info_.soundGuessed)
+    return 0;
+  return std::max(0.0,
+                  std::min(options_.end.value_or(info_.soundDuration), info_.soundDuration) - options_.start);
+}
+
 std::optional<uint64_t> AudioReader::frameCount() const {
   const uint64_t end = std::min(end_.value_or(next_), limit());
   if (!end_ && end < limit())
@@ -108,8 +115,8 @@ void AudioReader::open() {
 
 bool AudioReader::readBlock() {
   const auto channels = static_cast<size_t>(options_.channels);
-  if (window_.size() >= 2 * kKept * channels)
-    window_.erase(window_.begin(), window_.end() - static_cast<ptrdiff_t>(kKept * channels));
+  if (window_.size() >= 2 * kept_ * channels)
+    window_.erase(window_.begin(), window_.end() - static_cast<ptrdiff_t>(kept_ * channels));
   const size_t before = window_.size();
   window_.resize(before + kBlock * channels);
   const size_t got = process_->read(window_.data() + before, kBlock * channels * sizeof(float));
@@ -154,6 +161,8 @@ size_t AudioReader::read(uint64_t first, size_t count, float *samples) {
   while (done < count && !(end_ && place >= *end_)) {
     const uint64_t oldest = next_ - window_.size() / channels;
     if (place < oldest || (!process_ && next_ == 0)) {
+      if (place < oldest) // more of it next time: all before it is read again
+        kept_ = std::max(kept_, std::min(4 * kept_, kMostKept / 2 / channels));
       open();
     } else if (place < next_) {
       const size_t n = static_cast<size_t>(std::min<uint64_t>(next_ - place, count - done));

@@ -56,6 +56,9 @@ public:
   /// input: HostError).
   size_t read(uint64_t first, size_t count, float *samples);
 
+  /// Seconds from the start to the end, as far as the file tells; 0 where it does not.
+  [[nodiscard]] double duration() const;
+
   /// Number of sample frames, known once the end was met.
   [[nodiscard]] std::optional<uint64_t> frameCount() const;
 
@@ -84,8 +87,9 @@ private:
   Damage damage_;
   std::unique_ptr<Process> process_;
   Listener listener_{false};
-  std::vector<float> window_; ///< The newest samples; the last sample frame is number next_ - 1.
-  uint64_t next_ = 0;         ///< Sample frames taken from the child so far, from the file's beginning.
+  size_t kept_ = size_t{16} * 16384; ///< Sample frames kept at least for going back.
+  std::vector<float> window_;        ///< The newest samples; the last sample frame is number next_ - 1.
+  uint64_t next_ = 0; ///< Sample frames taken from the child so far, from the file's beginning.
   std::optional<uint64_t> end_;
 };
 

@@ -43,28 +43,34 @@ void FramePool::giveBack(Frame *frame) {
 }
 
 FrameStream::FrameStream(std::unique_ptr<Process> child, bool amid, const FrameFormat &format,
-                         std::shared_ptr<FramePool> pool)
+                         std::shared_ptr<FramePool> pool, bool packed)
     : child_(std::move(child)), listener_(amid), format_(format), pool_(std::move(pool)),
+      packed_(packed && !format.isDirect()),
       ahead_(
           framesAhead(format.frames), [this] { return read(); }, [this] { child_->terminate(); }) {}
 
 std::optional<HeardFrame> FrameStream::read() {
-  std::shared_ptr<Frame> frame = pool_->take();
+  HeardFrame heard;
   const PictureLayout &pipe = format_.pipe;
-  const bool direct = pipe.format == kBgra && pipe.width == frame->width && pipe.height == frame->height;
-  if (!direct && !converter_) {
-    converter_.emplace(pipe, format_.frames, format_.fit, format_.bars);
+  const bool direct = format_.isDirect();
+  if (!packed_)
+    heard.frame = pool_->take();
+  if (!direct && received_ == nullptr)
     received_ = alignedBytes(pipe.bytes());
-  }
-  uint8_t *target = direct ? frame->pixels.data() : received_.get();
+  uint8_t *target = direct ? heard.frame->pixels.data() : received_.get();
   const size_t got = child_->read(target, pipe.bytes());
   if (got < pipe.bytes()) {
     brokeOff_ = got > 0;
     return std::nullopt;
   }
-  if (!direct)
-    converter_->convert(target, frame->pixels.data());
-  HeardFrame heard{std::move(frame), listener_.news(*child_), 0};
+  if (packed_) {
+    heard.packed = std::move(received_);
+  } else if (!direct) {
+    if (!converter_)
+      converter_.emplace(pipe, format_.frames, format_.fit, format_.bars);
+    converter_->convert(target, heard.frame->pixels.data());
+  }
+  heard.said = listener_.news(*child_);
   if (!heard.said.empty())
     heard.ahead = child_->waiting() / pipe.bytes();
   return heard;

@@ -47,11 +47,18 @@ struct FrameFormat {
   PictureLayout pipe, frames;
   Fit fit = Fit::stretch;
   uint32_t bars = 0xFF000000; ///< the pixel of bars
+
+  /// Whether the pipe carries frames as they are.
+  [[nodiscard]] bool isDirect() const {
+    return pipe.format == kBgra && pipe.width == frames.width && pipe.height == frames.height;
+  }
 };
 
-/// A frame with what the child said while it came, which concerns one that is so many behind it.
+/// A frame, or the bytes of the pipe that it is made of, with what the child said while it came, which
+/// concerns one that is so many behind it.
 struct HeardFrame {
   std::shared_ptr<Frame> frame;
+  AlignedBytes packed;
   std::string said;
   size_t ahead = 0;
 };
@@ -60,9 +67,10 @@ struct HeardFrame {
 class FrameStream {
 public:
   /// The child's output is pictures of `format.pipe`; `amid`: not from the beginning of the file. The pool's
-  /// frames have the size of `format.frames`.
+  /// frames have the size of `format.frames`. `packed`: frames that are to be converted are handed out
+  /// before, as bytes.
   FrameStream(std::unique_ptr<Process> child, bool amid, const FrameFormat &format,
-              std::shared_ptr<FramePool> pool);
+              std::shared_ptr<FramePool> pool, bool packed);
 
   /// The next one; none at the end. Throws HostError where a picture cannot be converted or the child hangs,
   /// std::bad_alloc, Interrupted.
@@ -83,6 +91,7 @@ private:
   Listener listener_;
   FrameFormat format_;
   std::shared_ptr<FramePool> pool_;
+  bool packed_;
   std::optional<Converter> converter_;
   AlignedBytes received_;
   bool brokeOff_ = false;

@@ -232,6 +232,8 @@ MediaInfo infoFrom(const Json &answer) {
   if (video != nullptr) {
     readVideo(*video, info);
     info.duration = info.still ? 0 : lengthOf(*video); // sound may go on for longer
+    if (info.format == "nut" && info.duration > 0)     // it says when the last picture begins
+      info.duration += timeOf(1, info.frameRate);
   }
   info.soundGuessed = info.soundDuration <= 0 || guessesLength(info.format);
   info.guessed = !info.still && (info.duration <= 0 || guessesLength(info.format));

@@ -156,6 +156,12 @@ double VideoReader::gridStart() const {
          (options_.rate == info_.frameRate ? (frames - std::round(frames)) / options_.rate.value() : 0);
 }
 
+double VideoReader::duration() const {
+  if (info_.guessed || info_.still)
+    return 0;
+  return std::max(0.0, std::min(options_.end.value_or(info_.duration), info_.duration) - options_.start);
+}
+
 /// The frames that there are at most.
 std::optional<size_t> VideoReader::limit() const {
   const bool told = !info_.guessed && info_.duration > 0;
@@ -211,15 +217,19 @@ std::vector<std::string> VideoReader::arguments(size_t first) const {
 
 std::string VideoReader::commandLine() const { return shellQuoted(arguments(0)); }
 
-void VideoReader::open(Cursor &cursor, size_t first) {
+FrameFormat VideoReader::format() const {
+  return {pipeLayout(), frameLayout(), options_.fit, info_.alpha ? 0 : 0xFF000000};
+}
+
+/// `stretch`: all that will be kept of it is read before any of it is shown.
+void VideoReader::open(Cursor &cursor, size_t first, bool stretch) {
   cursor.stream.reset();
   cursor.recent.clear();
   if (!pool_)
     pool_ = std::make_shared<FramePool>(options_.width, options_.height);
-  const uint32_t bars = info_.alpha ? 0 : 0xFF000000;
-  cursor.stream =
-      std::make_unique<FrameStream>(source_.start(arguments(first)), first > 0 || options_.start > 0,
-                                    FrameFormat{pipeLayout(), frameLayout(), options_.fit, bars}, pool_);
+  cursor.stream = std::make_unique<FrameStream>(source_.start(arguments(first)),
+                                                first > 0 || options_.start > 0, format(), pool_, stretch);
+  cursor.window = stretch ? widestWindow(pipeLayout().bytes()) : options_.window;
   cursor.next = first;
 }
 
@@ -236,9 +246,9 @@ bool VideoReader::readNext(Cursor &cursor) {
     cursor.stream.reset();
     return false;
   }
-  cursor.recent.push_back({cursor.next++, std::move(heard->frame)});
+  cursor.recent.push_back({cursor.next++, std::move(heard->frame), std::move(heard->packed)});
   tellDamage(heard->said, cursor.next + heard->ahead);
-  while (cursor.recent.size() > options_.window)
+  while (cursor.recent.size() > cursor.window)
     cursor.recent.pop_front();
   return true;
 }
@@ -284,11 +294,23 @@ void VideoReader::findEnd(Cursor &cursor, size_t behind) {
     throw nothing;
 }
 
-std::shared_ptr<const Frame> VideoReader::known(size_t index) const {
+std::shared_ptr<const Frame> VideoReader::frameOf(const Known &known) {
+  if (known.packed == nullptr)
+    return known.frame;
+  if (!unpacking_) {
+    const FrameFormat made = format();
+    unpacking_.emplace(made.pipe, made.frames, made.fit, made.bars);
+  }
+  std::shared_ptr<Frame> frame = pool_->take();
+  unpacking_->convert(known.packed.get(), frame->pixels.data());
+  return frame;
+}
+
+std::shared_ptr<const Frame> VideoReader::known(size_t index) {
   const auto in = [&](const std::deque<Known> &frames) -> std::shared_ptr<const Frame> {
     const auto found =
         std::find_if(frames.begin(), frames.end(), [&](const Known &one) { return one.index == index; });
-    return found == frames.end() ? nullptr : found->frame;
+    return found == frames.end() ? nullptr : frameOf(*found);
   };
   if (auto frame = in(asked_))
     return frame;
@@ -299,9 +321,20 @@ std::shared_ptr<const Frame> VideoReader::known(size_t index) const {
 }
 
 /// Frames beyond which keeping them costs more than reading them again.
-size_t VideoReader::widestWindow() const {
-  constexpr size_t kBytes = size_t{256} << 20, kMost = 64;
-  return std::clamp(kBytes / frameLayout().bytes(), options_.window, std::max(options_.window, kMost));
+size_t VideoReader::widestWindow(size_t frameBytes) const {
+  constexpr size_t kBytes = size_t{256} << 20, kMost = 512;
+  return std::clamp(kBytes / frameBytes, options_.window, std::max(options_.window, kMost));
+}
+
+/// Begins anew before a frame that lies behind what the cursor keeps. The first time it is a step that a
+/// wider window could have spared: next time it does. From the second one on it goes backwards.
+void VideoReader::stepBack(Cursor &cursor, size_t index) {
+  const bool backwards = ++cursor.stepsBack > 1;
+  if (!backwards)
+    options_.window = std::clamp(std::max(2 * options_.window, cursor.next - index), options_.window,
+                                 widestWindow(frameLayout().bytes()));
+  const size_t length = backwards ? widestWindow(pipeLayout().bytes()) : options_.window;
+  open(cursor, index - std::min(index, length - 1), backwards);
 }
 
 /// One that will yield the frame: on its way there, or begun anew.
@@ -314,24 +347,25 @@ VideoReader::Cursor &VideoReader::cursorFor(size_t index) {
   for (Cursor &cursor : cursors_)
     if (willYield(cursor) && (best == nullptr || cursor.next > best->next))
       best = &cursor;
-  if (best != nullptr)
+  if (best != nullptr) {
+    best->stepsBack = 0;
     return *best;
-
-  // A step back that the window could have spared: next time it does.
-  size_t first = index;
-  for (Cursor &cursor : cursors_)
-    if (cursor.next > index && cursor.next - index <= widestWindow()) {
-      options_.window = std::clamp(2 * options_.window, cursor.next - index, widestWindow());
-      first = index - std::min(index, options_.window - 1);
-      best = &cursor;
+  }
+  for (Cursor &cursor : cursors_) {
+    const size_t kept = cursor.recent.empty() ? 0 : cursor.recent.front().index;
+    if (kept > index && kept - index <= widestWindow(frameLayout().bytes())) {
+      stepBack(cursor, index);
+      return cursor;
     }
+  }
   constexpr size_t kMostCursors = 3;
   if (best == nullptr && cursors_.size() < kMostCursors)
     best = &cursors_.emplace_back();
   if (best == nullptr)
     best = &*std::min_element(cursors_.begin(), cursors_.end(),
                               [](const Cursor &a, const Cursor &b) { return a.used < b.used; });
-  open(*best, first);
+  best->stepsBack = 0;
+  open(*best, index);
   return *best;
 }
 
@@ -344,13 +378,13 @@ std::shared_ptr<const Frame> VideoReader::read(size_t index) {
     if (cursor.recent.empty())
       findEnd(cursor, index);
     count_ = cursor.next;
-    last_ = cursor.recent.back().frame;
+    last_ = frameOf(cursor.recent.back());
     cursor.stream.reset();
     if (index >= *count_)
       return last_;
   }
   const auto frame = known(index);
-  return frame != nullptr ? frame : cursor.recent.front().frame; // damage may leave nothing nearer
+  return frame != nullptr ? frame : frameOf(cursor.recent.front()); // damage may leave nothing nearer
 }
 
 bool VideoReader::reaches(size_t index) {

@@ -1,6 +1,8 @@
 // Frames of a video or still file, streamed through an ffmpeg child.
 #pragma once
 
+#include "host/media/aligned_bytes.h"
+#include "host/media/conversion.h"
 #include "host/media/damage.h"
 #include "host/media/fit.h"
 #include "host/media/frame_stream.h"
@@ -73,9 +75,12 @@ public:
   /// The frame shown at `start + index / rate`; the last one for every index behind the end; a still always.
   /// The same index gives the same bytes in any order of calls. Next frames, those of the window and those
   /// that were asked for lately are cheap, also at a few places of a file in turn; others start a child anew
-  /// with a seek. Throws HostError when the file cannot be decoded, and for a step behind the window on
-  /// standard input.
+  /// with a seek. Going backwards reads a stretch at once, as long as it fits into memory. Throws HostError
+  /// when the file cannot be decoded, and for a step behind the window on standard input.
   std::shared_ptr<const Frame> at(size_t index);
+
+  /// Seconds from the start to the end, as far as the file tells; 0 where it does not, and of a still.
+  [[nodiscard]] double duration() const;
 
   /// Number of frames from the start, known once the end was met; a still has one.
   [[nodiscard]] std::optional<size_t> frameCount() const { return count_; }
@@ -93,12 +98,15 @@ private:
   struct Known {
     size_t index;
     std::shared_ptr<const Frame> frame;
+    AlignedBytes packed = nullptr; ///< in the frame's place, as the pipe carried it
   };
   /// A place where the file is being read.
   struct Cursor {
     std::unique_ptr<FrameStream> stream; ///< Null behind the end.
     size_t next = 0;                     ///< The frame that the stream yields next.
     std::deque<Known> recent;            ///< Those before it.
+    size_t window = 1;                   ///< How many of these are kept.
+    int stepsBack = 0;                   ///< One after another, each behind what it kept.
     uint64_t used = 0;
   };
 
@@ -107,12 +115,15 @@ private:
   [[nodiscard]] PictureLayout frameLayout() const;
   [[nodiscard]] std::string scaling() const;
   [[nodiscard]] std::vector<std::string> arguments(size_t first) const;
-  void open(Cursor &cursor, size_t first);
+  [[nodiscard]] FrameFormat format() const;
+  void open(Cursor &cursor, size_t first, bool stretch = false);
   bool readNext(Cursor &cursor);
   void findEnd(Cursor &cursor, size_t behind);
-  [[nodiscard]] std::shared_ptr<const Frame> known(size_t index) const;
+  std::shared_ptr<const Frame> frameOf(const Known &known);
+  std::shared_ptr<const Frame> known(size_t index);
   Cursor &cursorFor(size_t index);
-  [[nodiscard]] size_t widestWindow() const;
+  [[nodiscard]] size_t widestWindow(size_t frameBytes) const;
+  void stepBack(Cursor &cursor, size_t index);
   void tellDamage(const std::string &said, size_t index);
   void checkEnd(Cursor &cursor);
   [[nodiscard]] double gridStart() const;
@@ -125,6 +136,7 @@ private:
   Damage damage_;
   std::string soundFile_;
   std::shared_ptr<FramePool> pool_;
+  std::optional<Converter> unpacking_;
   std::vector<Cursor> cursors_;
   std::deque<Known> asked_; ///< What was asked for lately, the latest last.
   uint64_t clock_ = 0;

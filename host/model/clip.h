@@ -17,6 +17,8 @@ public:
   virtual pic *frame(double time, int width, int height) = 0;
   /// The sound of a stretch of time in seconds; null on failure.
   virtual t_ZoAudio *audio(double from, double to) = 0;
+  /// Fills in what is known of the clip as a whole; false where nothing is.
+  virtual bool describe(t_ZoMediaInfo &) const { return false; }
   /// Takes back everything that was handed out.
   virtual void release() {}
 };

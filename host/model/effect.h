@@ -83,7 +83,10 @@ struct Effect {
   t_ZoRenderAudioFn renderAudio = nullptr;
   t_ZoDialogOpenFn onDialogOpen = nullptr;
   t_ZoDialogItemEditFn onDialogItemEdit = nullptr;
-  void *probe = nullptr, *initByMedia = nullptr, *deleteUserData = nullptr, *trim = nullptr;
+  t_ZoProbeFn probe = nullptr;
+  t_ZoInitByMediaFn initByMedia = nullptr;
+  t_ZoDeleteUserDataFn deleteUserData = nullptr;
+  t_ZoTrimFn trim = nullptr;
 
   std::vector<Field> fields;
   std::vector<std::string> statements; ///< the texts that declared it, as they were sent

@@ -1,19 +1,29 @@
 #include "host/render/chain.h"
 
+#include "host/media/format.h"
 #include "host/model/error.h"
+#include "host/model/text.h"
 #include "host/render/media_clip.h"
+#include "host/render/output.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace zol::host {
 namespace {
 
-/// The field of exactly this name that takes one input; -1 where there is none.
+/// The field of this name that takes one file; -1 where there is none.
 int inputFieldNamed(const Effect &effect, const std::string &name) {
   const auto found = std::find_if(effect.fields.begin(), effect.fields.end(), [&](const Field &field) {
-    return field.type == FieldType::input && field.name == name;
+    return (field.type == FieldType::input || field.type == FieldType::media) &&
+           sameWithoutCase(field.name, name);
   });
   return found == effect.fields.end() ? -1 : static_cast<int>(found - effect.fields.begin());
+}
+
+bool holdsPictures(const RenderPlan &plan) {
+  const bool raw = plan.output.empty() || plan.output == "-";
+  return !plan.noPictures && (raw || !formatOf(plan.output, encodingOf(plan)).pictures.empty());
 }
 
 } // namespace
@@ -24,10 +34,10 @@ ChainSetup::ChainSetup(const RenderPlan &plan, const EffectLibrary &library) {
   for (const StagePlan &stage : plan.stages)
     stages.emplace_back().effect = &library.effect(stage.effect);
   const Effect &first = *stages.front().effect;
-  sound = Stage::isSound(first);
+  sound = Stage::makesSound(first) && !(Stage::makesPictures(first) && holdsPictures(plan));
   for (const StageSetup &stage : stages) {
     Stage::checkRenders(*stage.effect);
-    if (Stage::isSound(*stage.effect) != sound)
+    if (!(sound ? Stage::makesSound(*stage.effect) : Stage::makesPictures(*stage.effect)))
       throw HostError("\"" + stage.effect->name + "\" and \"" + first.name +
                       "\" cannot be chained: one makes pictures, the other sound");
   }
@@ -44,6 +54,17 @@ ChainSetup::ChainSetup(const RenderPlan &plan, const EffectLibrary &library) {
       } else {
         stages[i].settings.push_back(setting);
       }
+  retimed.resize(inputs.size());
+  for (const StageSetup &stage : stages) {
+    if (!Stage::movesTime(*stage.effect))
+      continue;
+    for (const size_t input : stage.inputs)
+      retimed[input] = true;
+    for (const StageSetup::Assignment &assignment : stage.assignments)
+      retimed[assignment.input] = true;
+  }
+  while (!sound && sounding < stages.size() && Stage::makesSound(*stages[sounding].effect))
+    ++sounding;
 }
 
 Chain::Chain(const ChainSetup &setup, const RenderPlan &plan, const Timeline &timeline,
@@ -98,6 +119,21 @@ void Chain::stopWhen(const std::function<bool()> &stop) {
 void Chain::release() {
   for (const auto &clip : clips_)
     clip->release();
+}
+
+Settled settle(const ChainSetup &setup, const RenderPlan &plan, const std::vector<Input> &inputs) {
+  const auto settleFor = setup.sound ? settleSound : settlePictures;
+  Settled settled = settleFor(plan, inputs);
+  const bool looked =
+      std::all_of(inputs.begin(), inputs.end(), [](const Input &input) { return input.info() != nullptr; });
+  if (plan.duration || settled.leading == nullptr || !looked || setup.stages.front().effect->trim == nullptr)
+    return settled;
+  const auto duration = Chain(setup, plan, settled.timeline, inputs).mediaDuration();
+  if (!duration || std::abs(*duration - settled.leading->duration()) * settled.timeline.rate.value() < 1)
+    return settled;
+  RenderPlan lasting = plan;
+  lasting.duration = Time(*duration);
+  return settleFor(lasting, inputs);
 }
 
 } // namespace zol::host

@@ -3,12 +3,14 @@
 
 #include "host/render/inputs.h"
 #include "host/render/plan.h"
+#include "host/render/settle.h"
 #include "host/render/stage.h"
 #include "host/script/library.h"
 
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,13 +32,19 @@ struct StageSetup {
 
 /// What to render with which files; a chain is made of it, or several.
 struct ChainSetup {
-  /// Finds the plan's effects. Throws HostError where one is not there, does not render, or cannot be
+  /// Finds the plan's effects, and settles what they render: those that make pictures and sound what the
+  /// output holds, pictures first. Throws HostError where one is not there, does not render, or cannot be
   /// chained.
   ChainSetup(const RenderPlan &plan, const EffectLibrary &library);
 
-  bool sound = false; ///< whether the effects make sound rather than pictures
+  bool sound = false; ///< whether sound is rendered rather than pictures
   std::vector<StageSetup> stages;
   std::vector<InputPlan> inputs; ///< in the order in which they are opened
+  /// One an input: whether its effect takes frames at times of its own, which it best does at the file's own
+  /// rate.
+  std::vector<bool> retimed;
+  /// Of pictures: how many effects, from the first on, make sound too.
+  size_t sounding = 0;
 };
 
 /// Renders any time in any order. Has instances of its own and borrows the inputs, which outlive it.
@@ -49,6 +57,9 @@ public:
   std::unique_ptr<PictureBuffer> picture(double time) { return stages_.back()->video(time); }
   std::unique_ptr<AudioBuffer> sound(double from, double to) { return stages_.back()->audio(from, to); }
   [[nodiscard]] const Timeline &timeline() const { return stages_.back()->timeline(); }
+
+  /// How long the first effect would go on with its media; nothing where it does not tell.
+  [[nodiscard]] std::optional<double> mediaDuration() { return stages_.front()->instance().mediaDuration(); }
 
   /// What settings left out of the files that they name, a line each.
   [[nodiscard]] std::vector<std::string> notes();
@@ -68,5 +79,9 @@ private:
   std::vector<std::unique_ptr<Stage>> stages_;
   std::vector<std::unique_ptr<Clip>> clips_;
 };
+
+/// What the plan comes to over these inputs: an effect that plays media at a speed of its own goes on for as
+/// long as these last then. Throws HostError for what cannot be rendered.
+Settled settle(const ChainSetup &setup, const RenderPlan &plan, const std::vector<Input> &inputs);
 
 } // namespace zol::host

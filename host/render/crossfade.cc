@@ -22,6 +22,10 @@ std::vector<Voice> voicesOf(const ChainSetup &setup, const Chain &chain, const s
   Voices voices;
   for (size_t i = 0; i < setup.stages.size(); ++i) {
     const StageSetup &stage = setup.stages[i];
+    if (Stage::movesTime(*stage.effect)) { // what is heard would not be what is seen
+      voices.clear();
+      continue;
+    }
     std::vector<Voices> inputs;
     if (i > 0)
       inputs.push_back(std::exchange(voices, {}));

@@ -71,7 +71,8 @@ double Input::duration() const {
   return (all > 0 ? std::min(*input_.end, all) : *input_.end) - start();
 }
 
-void Input::bringTo(const Timeline &timeline) {
+void Input::bringTo(const Timeline &timeline, bool retimed) {
+  rate_ = timeline.rate;
   const int sampleRate = static_cast<int>(timeline.sampleRate),
             channels = static_cast<int>(timeline.channels);
   if (raw_ && sound_)
@@ -95,7 +96,8 @@ void Input::bringTo(const Timeline &timeline) {
     samples_->convertTo(sampleRate, channels);
   else {
     pictures_->scaleTo(timeline.width, timeline.height, timeline.pixelAspect, fit_);
-    pictures_->setRate(timeline.rate);
+    if (!retimed || info()->still)
+      pictures_->setRate(timeline.rate);
   }
 }
 
@@ -108,11 +110,17 @@ bool Input::isStream() const { return raw_ || (sound_ ? samples_->isStream() : p
 std::optional<uint64_t> Input::length() const {
   if (sound_)
     return samples_->frameCount();
-  return pictures_->frameCount();
+  const auto frames = pictures_->frameCount();
+  if (!frames || pictures_->rate() == rate_)
+    return frames;
+  return indexAt(timeOf(*frames, pictures_->rate()) + timeOf(1, rate_) / 2, rate_);
 }
 
 bool Input::reaches(uint64_t index) const {
-  return sound_ ? samples_->reaches(index) : pictures_->reaches(static_cast<size_t>(index));
+  if (sound_)
+    return samples_->reaches(index);
+  return pictures_->reaches(pictures_->rate() == rate_ ? static_cast<size_t>(index)
+                                                       : indexAt(timeOf(index, rate_), pictures_->rate()));
 }
 
 std::string Input::commandLine() const { return sound_ ? samples_->commandLine() : pictures_->commandLine(); }

@@ -20,8 +20,9 @@ public:
   /// ffmpeg can tell of it. Throws HostError where it holds nothing of the wanted.
   Input(const InputPlan &input, bool sound, const RenderPlan &plan);
 
-  /// Brings what it delivers to the render's format, in which raw input already is.
-  void bringTo(const Timeline &timeline);
+  /// Brings what it delivers to the render's format, in which raw input already is; `retimed`: frames stay at
+  /// the file's own rate.
+  void bringTo(const Timeline &timeline, bool retimed);
 
   [[nodiscard]] const std::string &file() const { return input_.file; }
   /// The time within the file at which it begins, in seconds.
@@ -32,7 +33,7 @@ public:
   /// Nothing of raw input.
   [[nodiscard]] const MediaInfo *info() const;
   [[nodiscard]] bool isStream() const;
-  /// Number of frames or sample frames, once the end was met.
+  /// Number of frames, at the render's rate, or sample frames, once the end was met.
   [[nodiscard]] std::optional<uint64_t> length() const;
   /// Whether it has a frame or sample frame of that number: reads on to it where that is not known yet.
   [[nodiscard]] bool reaches(uint64_t index) const;
@@ -53,6 +54,7 @@ private:
   InputPlan input_;
   bool sound_, raw_, strict_;
   Fit fit_;
+  Rational rate_ = 0; ///< the render's
   MediaPrograms programs_;
   std::vector<std::string> notes_;
   std::unique_ptr<VideoReader> pictures_;

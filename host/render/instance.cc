@@ -7,6 +7,7 @@
 #include "host/model/names.h"
 #include "host/model/text.h"
 #include "host/model/values.h"
+#include "host/script/queries.h"
 
 #include <algorithm>
 
@@ -14,12 +15,15 @@ namespace zol::host {
 
 Instance::Instance(const Effect &effect, const std::string &identity, const Timeline &timeline,
                    Clip *defaultClip)
-    : effect_(effect),
-      session_(identity), span_{timeline.duration, timeline.rate}, drawingScale_{.a = timeline.drawingScaleX,
-                                                                                 .d =
-                                                                                     timeline.drawingScaleY} {
+    : effect_(effect), session_(identity),
+      script_(effect, session_.parameters), span_{timeline.duration, timeline.rate},
+      drawingScale_{.a = timeline.drawingScaleX, .d = timeline.drawingScaleY} {
   session_.defaultClip = defaultClip;
   session_.stop = interrupted;
+  session_.onStatement = [this](const char *text) {
+    const long long answer = answerQuery(text);
+    return answer != 0 ? answer : script_.execute(text);
+  };
   timeline.describe(*session_.info());
   const Session::Use use(session_);
   if (effect.init != nullptr)
@@ -122,7 +126,8 @@ bool Instance::setDatasetItem(std::string_view name, std::string_view value) {
 std::vector<int> Instance::inputFields() const {
   std::vector<int> result;
   for (size_t i = 0; i < effect_.fields.size(); ++i)
-    if (effect_.fields[i].type == FieldType::input || effect_.fields[i].type == FieldType::inputs)
+    if (const FieldType type = effect_.fields[i].type;
+        type == FieldType::input || type == FieldType::inputs || type == FieldType::media)
       result.push_back(static_cast<int>(i));
   return result;
 }
@@ -193,11 +198,35 @@ void Instance::assignInputs(const std::vector<Clip *> &clips, const std::vector<
   }
 }
 
+/// Whether the effect assigned it by itself.
+bool Instance::takeMedia(int field, Clip *clip) {
+  const Session::Use use(session_);
+  t_ZoHostInfo *info = session_.info();
+  if (effect_.probe != nullptr && effect_.probe(info, clip) == 0)
+    throw HostError("\"" + effect_.name + "\" can use nothing of the file of its \"" +
+                    effect_.fields[static_cast<size_t>(field)].name + '"');
+  return effect_.initByMedia != nullptr && effect_.initByMedia(info, clip) != 0;
+}
+
 void Instance::assignInput(int field, int item, Clip *clip) {
+  if (clip != nullptr && effect_.fields[static_cast<size_t>(field)].type == FieldType::media &&
+      takeMedia(field, clip))
+    return;
   auto *slots = session_.parameters.inputs.get(field, 0);
   if (slots->size() <= static_cast<size_t>(item))
     slots->resize(static_cast<size_t>(item) + 1);
   (*slots)[static_cast<size_t>(item)] = clip;
+}
+
+std::optional<double> Instance::mediaDuration() {
+  if (effect_.trim == nullptr)
+    return std::nullopt;
+  constexpr double kEndless = 1e7;
+  const Session::Use use(session_);
+  double edges[2] = {session_.info()->VideoClipStart, kEndless};
+  effect_.trim(session_.info(), edges);
+  const double duration = edges[1] - edges[0];
+  return duration > 0 && edges[1] < kEndless ? std::optional(duration) : std::nullopt;
 }
 
 std::vector<std::string> Instance::datasetItems(int field) const {

@@ -5,9 +5,11 @@
 #include "host/model/effect.h"
 #include "host/model/times.h"
 #include "host/render/timeline.h"
+#include "host/script/instance_script.h"
 #include "host/services/session.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,8 +18,8 @@ namespace zol::host {
 
 class Instance {
 public:
-  /// Runs the effect's init callback, which sees the timeline, with `defaultClip` as the clip that the effect
-  /// is applied to. The effect outlives the instance.
+  /// Runs the effect's init callback, which sees the timeline and may send statements, with `defaultClip` as
+  /// the clip that the effect is applied to. The effect outlives the instance.
   Instance(const Effect &effect, const std::string &identity, const Timeline &timeline,
            Clip *defaultClip = nullptr);
 
@@ -35,7 +37,7 @@ public:
   /// The field of that name or label; -1 where there is none.
   [[nodiscard]] int fieldNamed(std::string_view name) const;
 
-  /// Input fields in the order of declaration.
+  /// Input fields, those of media among them, in the order of declaration.
   [[nodiscard]] std::vector<int> inputFields() const;
 
   /// The same, but the first is the one for the result of another effect: what init assigned the default clip
@@ -48,7 +50,12 @@ public:
   /// Assigns clips to these input fields one by one; a variable list grows, through the effect's own dialog,
   /// until it has a slot for each of the rest. Throws HostError where there are too few inputs.
   void assignInputs(const std::vector<Clip *> &clips, const std::vector<int> &fields);
+  /// A medium is taken by the effect's own callbacks where it has them. Throws HostError for one that it
+  /// cannot use.
   void assignInput(int field, int item, Clip *clip);
+
+  /// How many seconds the effect's media last as it plays them; nothing where it does not end, or not tell.
+  std::optional<double> mediaDuration();
 
   /// The field's values now, as the user would write them; empty where the kind has none.
   [[nodiscard]] std::string valueText(int field) const;
@@ -60,6 +67,7 @@ public:
   void openDialog();
 
 private:
+  bool takeMedia(int field, Clip *clip);
   void noteStrayKey(const Field &field, std::string_view value);
   std::unique_ptr<Shape> readShape(const Field &field, std::string_view value);
   bool setDatasetItem(std::string_view name, std::string_view value);
@@ -67,6 +75,7 @@ private:
 
   const Effect &effect_;
   Session session_;
+  InstanceScript script_;
   KeySpan span_;
   Matrix drawingScale_;
   bool dialogOpened_ = false;

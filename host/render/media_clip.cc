@@ -5,7 +5,7 @@
 
 namespace zol::host {
 
-pic *VideoClip::frame(double time, int, int) {
+pic *VideoClip::frame(double time, int width, int height) {
   const size_t index = indexAt(time, reader_.rate());
   const auto frame = reader_.at(index);
   if (frame == nullptr ||
@@ -13,13 +13,30 @@ pic *VideoClip::frame(double time, int, int) {
     return nullptr;
   for (Held &held : held_)
     if (held.frame == frame)
-      return &held.record;
+      return scaled_.at(&held.record, width, height);
   // Effects only read what an input hands out.
   auto *pixels = const_cast<uint8_t *>(frame->pixels.data());
   held_.push_back({frame,
                    {0, 0, static_cast<int16_t>(frame->width), static_cast<int16_t>(frame->height),
                     reinterpret_cast<_color_t *>(pixels)}});
-  return &held_.back().record;
+  return scaled_.at(&held_.back().record, width, height);
+}
+
+bool VideoClip::describe(t_ZoMediaInfo &info) const {
+  const MediaInfo &media = reader_.info();
+  const double rate = reader_.rate().value();
+  info = {};
+  info.HasVideo = 1;
+  info.HasAudio = media.hasAudio;
+  info.Width = reader_.width();
+  info.Height = reader_.height();
+  info.Interlaced = media.interlaced;
+  info.TopFieldFirst = media.topFieldFirst;
+  if (!media.still) {
+    info.Rate = rate;
+    info.Duration = std::round(reader_.duration() * rate) / rate; // every frame is shown to its end
+  }
+  return true;
 }
 
 t_ZoAudio *AudioClip::audio(double from, double to) {
@@ -29,10 +46,24 @@ t_ZoAudio *AudioClip::audio(double from, double to) {
                         static_cast<unsigned>(reader_.channels()));
   if (block == nullptr)
     return nullptr;
-  const double first = std::max(0.0, std::floor(from * rate + 0.5));
-  reader_.read(static_cast<uint64_t>(first), block->record()->Frames, block->record()->Samples);
+  const double first = std::floor(from * rate + 0.5);
+  const double before = std::clamp(-first, 0.0, static_cast<double>(block->record()->Frames));
+  const auto silent = static_cast<size_t>(before);
+  reader_.read(static_cast<uint64_t>(std::max(0.0, first)), block->record()->Frames - silent,
+               block->record()->Samples + silent * block->record()->Channels);
   held_.push_back(std::move(block));
   return held_.back()->record();
+}
+
+bool AudioClip::describe(t_ZoMediaInfo &info) const {
+  const MediaInfo &media = reader_.info();
+  info = {};
+  info.HasAudio = 1;
+  info.HasVideo = media.hasVideo;
+  if (media.hasVideo && !media.still)
+    info.Rate = media.frameRate.value();
+  info.Duration = reader_.duration();
+  return true;
 }
 
 } // namespace zol::host

@@ -4,6 +4,7 @@
 #include "host/media/audio_reader.h"
 #include "host/media/video_reader.h"
 #include "host/model/clip.h"
+#include "host/render/scaled_pictures.h"
 #include "host/services/pools.h"
 
 #include <deque>
@@ -11,7 +12,7 @@
 
 namespace zol::host {
 
-/// The pictures of a reader, which outlives it; all of the reader's size, whatever is asked for.
+/// The pictures of a reader, which outlives it.
 class VideoClip : public Clip {
 public:
   /// Behind the end stands the last picture for ever, or nothing.
@@ -22,7 +23,11 @@ public:
 
   pic *frame(double time, int width, int height) override;
   t_ZoAudio *audio(double, double) override { return nullptr; }
-  void release() override { held_.clear(); }
+  bool describe(t_ZoMediaInfo &info) const override;
+  void release() override {
+    held_.clear();
+    scaled_.clear();
+  }
 
 private:
   struct Held {
@@ -32,15 +37,17 @@ private:
   VideoReader &reader_;
   BehindEnd behindEnd_;
   std::deque<Held> held_;
+  ScaledPictures scaled_;
 };
 
-/// The sound of a reader, which outlives it; silence behind its end.
+/// The sound of a reader, which outlives it; silence before its beginning and behind its end.
 class AudioClip : public Clip {
 public:
   explicit AudioClip(AudioReader &reader) : reader_(reader) {}
 
   pic *frame(double, int, int) override { return nullptr; }
   t_ZoAudio *audio(double from, double to) override;
+  bool describe(t_ZoMediaInfo &info) const override;
   void release() override { held_.clear(); }
 
 private:

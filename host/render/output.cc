@@ -78,7 +78,8 @@ private:
     from.start = startOf(input) + timeline_.timeOfFrame(span_.first);
     from.duration = spanDuration();
     from.tags = true;
-    from.subtitles = infoOf(input)->extras.subtitles;
+    if (!setup_.retimed[input])
+      from.subtitles = infoOf(input)->extras.subtitles;
     from.attachments = infoOf(input)->extras.attachments > 0;
   }
 
@@ -100,8 +101,15 @@ private:
     std::vector<bool> heard;
     for (size_t i = 0; i < inputs_.size(); ++i)
       heard.push_back(infoOf(i) != nullptr && infoOf(i)->hasAudio);
+    if (setup_.sounding > 0)
+      return makeSound(heard);
     std::vector<Voice> voices = voicesOf(setup_, chain_, heard);
-    if (plan_.noSound || format_ == nullptr || voices.empty())
+    if (plan_.noSound || format_ == nullptr)
+      return;
+    for (size_t i = 0; i < inputs_.size(); ++i)
+      if (heard[i] && setup_.retimed[i])
+        note("the sound of " + quoted(file(i)) + " is left out: its pictures are shown at other times");
+    if (voices.empty())
       return;
     if (format_->sounds.empty()) {
       note('"' + plan_.output + "\" holds no sound: that of " + quoted(file(voices.front().input)) +
@@ -109,8 +117,9 @@ private:
       return;
     }
     for (size_t i = 0; i < inputs_.size(); ++i)
-      if (heard[i] && std::none_of(voices.begin(), voices.end(),
-                                   [&](const Voice &voice) { return file(voice.input) == file(i); }))
+      if (heard[i] && !setup_.retimed[i] &&
+          std::none_of(voices.begin(), voices.end(),
+                       [&](const Voice &voice) { return file(voice.input) == file(i); }))
         note("the sound of " + quoted(file(i)) + " is left out");
     int channels = 0;
     for (const Voice &voice : voices)
@@ -120,6 +129,33 @@ private:
       keepSoundOf(voices.front().input);
     else
       mixSound(std::move(voices), static_cast<unsigned>(channels));
+  }
+
+  /// Where the effects make it themselves.
+  void makeSound(const std::vector<bool> &heard) {
+    const auto first = std::find(heard.begin(), heard.end(), true);
+    if (plan_.noSound || format_ == nullptr || first == heard.end())
+      return;
+    const auto input = static_cast<size_t>(first - heard.begin());
+    const bool stream = inputs_[input].isStream();
+    if (format_->sounds.empty() || stream) {
+      note("the sound of " + quoted(file(input)) + " is left out: " +
+           (stream ? "a pipe is read once, for its pictures" : '"' + plan_.output + "\" holds none"));
+      return;
+    }
+    const MediaInfo &info = *infoOf(input);
+    noteChannels(info.channels);
+    setSoundFormat(plan_.sampleRate.value_or(static_cast<unsigned>(info.sampleRate)),
+                   plan_.channels.value_or(static_cast<unsigned>(info.channels)));
+    out_.ownSound = true;
+  }
+
+  void setSoundFormat(unsigned sampleRate, unsigned channels) {
+    out_.soundTimeline = timeline_;
+    out_.soundTimeline.sampleRate = sampleRate;
+    out_.soundTimeline.channels = channels;
+    out_.writing.sampleRate = static_cast<int>(sampleRate);
+    out_.writing.channels = static_cast<int>(channels);
   }
 
   void keepSoundOf(size_t input) {
@@ -152,16 +188,12 @@ private:
     if (voices.empty())
       return;
     accompany(voices.front().input);
-    Timeline &format = out_.soundTimeline = timeline_;
-    format.sampleRate = static_cast<unsigned>(infoOf(voices.front().input)->sampleRate);
-    format.channels = channels;
+    setSoundFormat(static_cast<unsigned>(infoOf(voices.front().input)->sampleRate), channels);
     for (const Voice &voice : voices) {
       out_.voiceSources.push_back({file(voice.input), startOf(voice.input)});
       if (infoOf(voice.input)->extras.sounds > 1)
         note("of the tracks of sound in " + quoted(file(voice.input)) + " the first is used");
     }
-    out_.writing.sampleRate = static_cast<int>(format.sampleRate);
-    out_.writing.channels = static_cast<int>(format.channels);
     out_.voices = std::move(voices);
   }
 
@@ -175,8 +207,8 @@ private:
 
   void keepPictures() {
     const auto pictures = firstThat([](const Input &, const MediaInfo &info) { return info.hasVideo; });
-    if (!pictures || plan_.noPictures || format_ == nullptr || format_->kind != FileKind::moving ||
-        infoOf(*pictures)->still)
+    if (!pictures || setup_.retimed[*pictures] || plan_.noPictures || format_ == nullptr ||
+        format_->kind != FileKind::moving || infoOf(*pictures)->still)
       return;
     if (inputs_[*pictures].isStream()) {
       note("the pictures of " + quoted(file(*pictures)) + " are left out");
@@ -241,7 +273,8 @@ private:
       return;
     const bool held = format_->muxer == "mov" || format_->muxer == "mp4" || format_->muxer == "mxf" ||
                       format_->muxer == "matroska";
-    if (held && span_.first == 0 && startOf(*source) <= 0 && timeline_.rate == infoOf(*source)->frameRate)
+    if (held && !setup_.retimed[*source] && span_.first == 0 && startOf(*source) <= 0 &&
+        timeline_.rate == infoOf(*source)->frameRate)
       out_.writing.timecode = infoOf(*source)->extras.timecode;
     else
       note("the timecode of " + quoted(file(*source)) + " is left out");

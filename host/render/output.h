@@ -22,6 +22,7 @@ struct OutputSetup {
   std::vector<Voice> voices;
   std::vector<Crossfade::Source> voiceSources;
   Timeline soundTimeline;
+  bool ownSound = false;             ///< or the effects make it, in the same format
   std::optional<size_t> soundStream; ///< the input of which the sound comes with the pictures alone
   std::vector<std::string> notes;    ///< what is left out, a line each
 };

@@ -4,6 +4,7 @@
 #include "host/render/pictures.h"
 #include "host/render/sound.h"
 
+#include <algorithm>
 #include <future>
 #include <utility>
 
@@ -27,14 +28,16 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
     opened.push_back(std::async(std::launch::async, [&] { return Input(input, setup_.sound, plan_); }));
   for (std::future<Input> &input : opened)
     inputs_.push_back(input.get());
-  settled_ = setup_.sound ? settleSound(plan_, inputs_) : settlePictures(plan_, inputs_);
-  for (Input &input : inputs_)
-    input.bringTo(settled_.timeline);
+  settled_ = settle(setup_, plan_, inputs_);
+  for (size_t i = 0; i < inputs_.size(); ++i)
+    inputs_[i].bringTo(settled_.timeline, setup_.retimed[i]);
   chain_.emplace(setup_, plan_, settled_.timeline, inputs_);
   output_ = settleOutput(plan_, setup_, *chain_, inputs_, settled_);
   writer_.emplace(plan_.output, output_.writing);
   if (!output_.voices.empty())
     crossfade_.emplace(output_.voices, output_.voiceSources, output_.soundTimeline, plan_.programs);
+  if (output_.ownSound)
+    soundBeside_.emplace(plan_, setup_, *library_, output_.soundTimeline);
   for (const std::string &line : chain_->notes())
     note(line);
   for (const Input &input : inputs_)
@@ -55,28 +58,37 @@ void RenderJob::run(const Progress &progress) {
   writer_->finish();
   for (const Input &input : inputs_)
     note(input.damage());
+  if (soundBeside_)
+    for (const Input &input : soundBeside_->inputs())
+      note(input.damage());
 }
 
 void RenderJob::runPictures(const Progress &progress) {
   writer_->prepare();
   if (output_.soundStream)
     inputs_[*output_.soundStream].pictures()->writeSoundTo(writer_->soundBeside());
-  for (const Input &input : inputs_)
-    input.pictures()->prepare(settled_.span.first);
+  for (size_t i = 0; i < inputs_.size(); ++i)
+    if (!setup_.retimed[i])
+      inputs_[i].pictures()->prepare(settled_.span.first);
   Opacity opacity(output_.watchAlpha, output_.forceOpaque);
   PictureLoop loop(*chain_, settled_.span, settled_.leading, opacity);
   uint64_t sample = output_.soundTimeline.sampleOfFrame(settled_.span.first);
   for (;;) {
-    if (crossfade_) { // the sound of a picture comes before it
-      const uint64_t end = output_.soundTimeline.sampleOfFrame(settled_.span.first + loop.done() + 1);
-      if (loop.goesOn())
-        crossfade_->write(std::exchange(sample, end), end, *writer_);
-    }
+    const uint64_t end = output_.soundTimeline.sampleOfFrame(settled_.span.first + loop.done() + 1);
+    if (loop.goesOn()) // the sound of a picture comes before it
+      writeSound(std::exchange(sample, end), end);
     if (!loop.step(*writer_))
       break;
     progress(loop.done(), loop.all());
   }
   note(opacityNote(plan_, output_, opacity));
+}
+
+void RenderJob::writeSound(uint64_t from, uint64_t to) {
+  if (crossfade_)
+    crossfade_->write(from, to, *writer_);
+  if (soundBeside_)
+    soundBeside_->write(from, to, *writer_);
 }
 
 std::vector<std::string> RenderJob::commands() const {
@@ -90,6 +102,8 @@ std::vector<std::string> RenderJob::commands() const {
     lines.push_back(input.commandLine());
   if (crossfade_)
     add(crossfade_->commandLines());
+  if (soundBeside_)
+    add(soundBeside_->commandLines());
   add(writer_->commandLines());
   return lines;
 }

@@ -8,6 +8,7 @@
 #include "host/render/output.h"
 #include "host/render/plan.h"
 #include "host/render/settle.h"
+#include "host/render/sound.h"
 #include "host/script/library.h"
 
 #include <cstdint>
@@ -41,6 +42,7 @@ public:
   [[nodiscard]] std::vector<std::string> notes();
 
 private:
+  void writeSound(uint64_t from, uint64_t to);
   void runPictures(const Progress &progress);
   void note(const std::string &line);
 
@@ -52,6 +54,7 @@ private:
   std::optional<Chain> chain_;
   OutputSetup output_;
   std::optional<Crossfade> crossfade_;
+  std::optional<SoundBeside> soundBeside_;
   std::optional<MediaWriter> writer_;
   std::vector<std::string> notes_;
   std::set<std::string> known_; ///< notes so far

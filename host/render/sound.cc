@@ -39,4 +39,37 @@ bool SoundLoop::step(MediaWriter &writer) {
   return frames > 0;
 }
 
+namespace {
+
+RenderPlan soundOf(RenderPlan plan, size_t stages) {
+  plan.stages.resize(stages);
+  plan.noPictures = true;
+  return plan;
+}
+
+} // namespace
+
+SoundBeside::SoundBeside(const RenderPlan &plan, const ChainSetup &pictures, const EffectLibrary &library,
+                         const Timeline &timeline)
+    : plan_(soundOf(plan, pictures.sounding)), setup_(plan_, library) {
+  for (const InputPlan &input : setup_.inputs)
+    inputs_.emplace_back(input, true, plan_).bringTo(timeline, true);
+  chain_.emplace(setup_, plan_, timeline, inputs_);
+}
+
+void SoundBeside::write(uint64_t from, uint64_t to, MediaWriter &writer) {
+  const Timeline &timeline = chain_->timeline();
+  const auto samples = chain_->sound(timeline.timeOfSample(from), timeline.timeOfSample(to));
+  if (samples->record()->Frames > 0)
+    writer.writeSamples(samples->record()->Samples, samples->record()->Frames);
+  chain_->release();
+}
+
+std::vector<std::string> SoundBeside::commandLines() const {
+  std::vector<std::string> lines;
+  for (const Input &input : inputs_)
+    lines.push_back(input.commandLine());
+  return lines;
+}
+
 } // namespace zol::host

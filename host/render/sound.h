@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace zol::host {
 
@@ -33,6 +35,27 @@ private:
   bool openEnd_;
   uint64_t frame_;            ///< the video frame that the next block belongs to
   uint64_t first_, end_, at_; ///< sample frames
+};
+
+/// The sound of effects that make pictures too, rendered beside them by instances of its own.
+class SoundBeside {
+public:
+  /// Of the first `sounding` effects of a plan of pictures, along their timeline. Throws HostError as a
+  /// render of sound does.
+  SoundBeside(const RenderPlan &plan, const ChainSetup &pictures, const EffectLibrary &library,
+              const Timeline &timeline);
+
+  /// Writes the sample frames from one to before another, as numbered by the timeline.
+  void write(uint64_t from, uint64_t to, MediaWriter &writer);
+
+  [[nodiscard]] std::vector<std::string> commandLines() const;
+  [[nodiscard]] const std::vector<Input> &inputs() const { return inputs_; }
+
+private:
+  RenderPlan plan_;
+  ChainSetup setup_;
+  std::vector<Input> inputs_;
+  std::optional<Chain> chain_;
 };
 
 } // namespace zol::host

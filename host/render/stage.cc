@@ -37,8 +37,14 @@ Stage::Stage(const Effect &effect, const std::string &identity, const Timeline &
 }
 
 void Stage::checkRenders(const Effect &effect) {
-  if (effect.renderVideo == nullptr && effect.renderVideoRT == nullptr && effect.renderAudio == nullptr)
+  if (!makesPictures(effect) && !makesSound(effect))
     throw HostError("\"" + effect.name + "\" is declared but does not render yet");
+}
+
+bool Stage::movesTime(const Effect &effect) {
+  return effect.name.starts_with("Time/") ||
+         std::any_of(effect.fields.begin(), effect.fields.end(),
+                     [](const Field &field) { return field.type == FieldType::media; });
 }
 
 const std::string &Stage::fieldName(int field) const {
@@ -126,12 +132,24 @@ std::unique_ptr<AudioBuffer> Stage::audio(double from, double to) {
   return result;
 }
 
-pic *StageClip::frame(double time, int, int) {
+pic *StageClip::frame(double time, int width, int height) {
   for (const Rendered &known : pictures_)
     if (known.time == time)
-      return known.picture->record();
+      return scaled_.at(known.picture->record(), width, height);
   pictures_.push_back({time, stage_.video(time)});
-  return pictures_.back().picture->record();
+  return scaled_.at(pictures_.back().picture->record(), width, height);
+}
+
+bool StageClip::describe(t_ZoMediaInfo &info) const {
+  const Timeline &timeline = stage_.timeline();
+  info = {};
+  info.Rate = timeline.rate.value();
+  info.Duration = timeline.duration;
+  info.Width = timeline.width;
+  info.Height = timeline.height;
+  info.HasVideo = Stage::makesPictures(stage_.effect());
+  info.HasAudio = Stage::makesSound(stage_.effect());
+  return true;
 }
 
 t_ZoAudio *StageClip::audio(double from, double to) {
@@ -141,6 +159,7 @@ t_ZoAudio *StageClip::audio(double from, double to) {
 
 void StageClip::release() {
   pictures_.clear();
+  scaled_.clear();
   blocks_.clear();
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/render/instance.h"
+#include "host/render/scaled_pictures.h"
 #include "host/render/timeline.h"
 #include "host/services/pools.h"
 
@@ -20,6 +21,7 @@ public:
 
   Instance &instance() { return instance_; }
 
+  [[nodiscard]] const Effect &effect() const { return instance_.effect(); }
   [[nodiscard]] const Timeline &timeline() const { return timeline_; }
 
   /// The picture at a time in seconds: frame-sized, what the effect rendered in its place and transparent
@@ -28,8 +30,12 @@ public:
   /// The sound of a stretch of time, in seconds; likewise.
   std::unique_ptr<AudioBuffer> audio(double from, double to);
 
-  /// Whether the effect makes sound rather than pictures.
-  static bool isSound(const Effect &effect) { return effect.renderAudio != nullptr; }
+  static bool makesPictures(const Effect &effect) {
+    return effect.renderVideo != nullptr || effect.renderVideoRT != nullptr;
+  }
+  /// Whether the effect shows its inputs at other times than its own: those of media, and those under "Time".
+  static bool movesTime(const Effect &effect);
+  static bool makesSound(const Effect &effect) { return effect.renderAudio != nullptr; }
   /// Throws HostError for an effect that is declared without any render callback.
   static void checkRenders(const Effect &effect);
 
@@ -50,6 +56,7 @@ public:
   explicit StageClip(Stage &stage) : stage_(stage) {}
   pic *frame(double time, int width, int height) override;
   t_ZoAudio *audio(double from, double to) override;
+  bool describe(t_ZoMediaInfo &info) const override;
   void release() override;
 
 private:
@@ -59,6 +66,7 @@ private:
   };
   Stage &stage_;
   std::deque<Rendered> pictures_;
+  ScaledPictures scaled_;
   std::deque<std::unique_ptr<AudioBuffer>> blocks_;
 };
 

@@ -124,8 +124,11 @@ long long Execution::run(const Statement &statement) {
 }
 
 void Execution::declare(const Statement &statement) {
-  if (statement.type.text != "ZoEffect")
-    throw ScriptError("unknown type " + statement.type.text, statement.type.offset);
+  if (statement.type.text != "ZoEffect" || statement.isPointer)
+    throw ScriptError("unknown type " + statement.type.text + (statement.isPointer ? " *" : ""),
+                      statement.type.offset);
+  if (statement.hasValue)
+    throw ScriptError("a record begins empty", statement.value.offset);
   Effect &effect = variables_[statement.variable.text];
   effect = {};
   effect.statements.emplace_back(script_);

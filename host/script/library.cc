@@ -63,6 +63,16 @@ std::string checkedPath(const std::string &file) {
   return std::filesystem::absolute(file).string();
 }
 
+/// A handle of the loaded file, or the program, that an address lies in.
+void *fileThatHolds(void *address) {
+  Dl_info known{};
+  void *map = nullptr;
+  if (dladdr1(address, &known, &map, RTLD_DL_LINKMAP) == 0)
+    return nullptr;
+  const char *name = static_cast<const link_map *>(map)->l_name;
+  return dlopen(*name == '\0' ? nullptr : name, RTLD_NOW | RTLD_NOLOAD);
+}
+
 } // namespace
 
 void EffectLibrary::Close::operator()(void *handle) const { dlclose(handle); }
@@ -74,9 +84,18 @@ EffectLibrary::EffectLibrary(const std::string &file, const std::string &identit
   const auto declare = reinterpret_cast<int (*)(t_ZoHostInfo *)>(dlsym(handle_.get(), "ZoDeclare"));
   if (declare == nullptr)
     throw HostError(file + " is not an effects library: it has no ZoDeclare");
+  declareBy(declare);
+}
+
+EffectLibrary::EffectLibrary(int (*declare)(t_ZoHostInfo *), const std::string &identity)
+    : identity_(identity), handle_(fileThatHolds(reinterpret_cast<void *>(declare))) {
+  declareBy(declare);
+}
+
+void EffectLibrary::declareBy(int (*declare)(t_ZoHostInfo *)) {
   memory_ = std::make_unique<ProcessMemory>(handle_.get());
   interpreter_ = std::make_unique<Interpreter>(registry_, *memory_);
-  Session session(identity);
+  Session session(identity_);
   session.onStatement = [this](const char *text) { return interpreter_->execute(text); };
   session.onTranslated = [this](const std::u16string &text) {
     memory_->handedOut(reinterpret_cast<const uint16_t *>(text.c_str()), text.size());

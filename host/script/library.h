@@ -19,6 +19,9 @@ public:
   /// program itself.
   EffectLibrary(const std::string &file, const std::string &identity);
 
+  /// The same with effects that are linked already, whose entry is given.
+  EffectLibrary(int (*declare)(t_ZoHostInfo *), const std::string &identity);
+
   /// The library that stands beside this program.
   static std::string defaultFile();
 
@@ -34,6 +37,8 @@ private:
   struct Close {
     void operator()(void *handle) const;
   };
+
+  void declareBy(int (*declare)(t_ZoHostInfo *));
 
   std::string identity_;
   std::unique_ptr<void, Close> handle_;

@@ -14,18 +14,23 @@ bool writeInt(uintptr_t address, int value) {
   return true;
 }
 
-/// Whether [address, address + size) is in that part of the calling thread's stack that is in use.
-bool isOnStack(uintptr_t address, size_t size) {
+/// Where the calling thread's stack begins; 0 where that cannot be told.
+uintptr_t stackTop() {
   pthread_attr_t attributes;
   if (pthread_getattr_np(pthread_self(), &attributes) != 0)
-    return false;
+    return 0;
   void *lowest = nullptr;
   size_t length = 0;
   const bool known = pthread_attr_getstack(&attributes, &lowest, &length) == 0;
   pthread_attr_destroy(&attributes);
-  const auto top = reinterpret_cast<uintptr_t>(lowest) + length;
+  return known ? reinterpret_cast<uintptr_t>(lowest) + length : 0;
+}
+
+/// Whether [address, address + size) is in that part of the calling thread's stack that is in use.
+bool isOnStack(uintptr_t address, size_t size) {
+  thread_local const uintptr_t top = stackTop(); // the C library reads a file of the system's for it
   const auto bottom = reinterpret_cast<uintptr_t>(__builtin_frame_address(0));
-  return known && address >= bottom && address < top && size <= top - address;
+  return address >= bottom && address < top && size <= top - address;
 }
 
 } // namespace

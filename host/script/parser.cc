@@ -62,9 +62,15 @@ Statement Parser::statement() {
   } else if (nameFirst && (peek(1).kind == Token::Kind::name || peek(1).is('*'))) {
     result.kind = Statement::Kind::record;
     result.type = expectName();
-    if (peek().is('*'))
-      throw ScriptError("unknown type " + result.type.text + " *", result.type.offset);
+    result.isPointer = peek().is('*');
+    if (result.isPointer)
+      take();
     result.variable = expectName();
+    result.hasValue = peek().is('=');
+    if (result.hasValue) {
+      take();
+      result.value = expression();
+    }
   } else if (nameFirst && peek(1).is('.')) {
     result.kind = Statement::Kind::assignment;
     result.variable = expectName();

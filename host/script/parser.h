@@ -1,7 +1,7 @@
 // Turns a declaration script into statements, one after the other.
 //
 //   statement  = [ record | assignment | store | expression ] ';'
-//   record     = NAME NAME                          ZoEffect eff;
+//   record     = NAME [ '*' ] NAME [ '=' expression ] ZoEffect eff; ZoGeo *gg = ZoGeoContourCreate( ... );
 //   assignment = NAME '.' NAME '=' expression       eff.Version = 10;
 //   store      = '*' cast '=' expression            *(int *)0x8049A10 = DataFieldAdd( ... );
 //              | '*' '(' cast ')' '=' expression    *((int *)0x8049A10) = DataFieldAdd( ... );
@@ -56,7 +56,7 @@ struct Expression {
 struct Statement {
   enum class Kind {
     empty,
-    record,     ///< type variable
+    record,     ///< type variable, or type *variable = value
     assignment, ///< variable.member = value
     store,      ///< *target = value; the target is a cast
     expression, ///< value
@@ -68,6 +68,7 @@ struct Statement {
   };
   Kind kind = Kind::empty;
   Name type, variable, member;
+  bool isPointer = false, hasValue = false; ///< of a record
   Expression target, value;
 };
 

@@ -12,6 +12,11 @@ int Value::getInt(const std::string &what) const {
   return static_cast<int>(static_cast<unsigned>(integer.value));
 }
 
+double Value::getNumber(const std::string &what) const {
+  const auto *integer = as<Integer>();
+  return integer != nullptr ? static_cast<double>(integer->value) : get<double>(what);
+}
+
 const Value &Arguments::next(const std::string &what) {
   if (next_ == values_.size())
     throw ScriptError("too few arguments: " + what + " expected", offset_);

@@ -44,8 +44,20 @@ struct FieldId {
   int id = 0;
 };
 
+/// The clip that an effect is applied to.
+struct CurrentClip {};
+
+struct DrawnGeometry;
+
+/// A geometry that a script draws.
+struct GeometryPointer {
+  DrawnGeometry *geometry = nullptr;
+};
+
 struct Value {
-  std::variant<Done, Integer, double, Text, Flags, Record, FieldList, FieldId, Icon> data;
+  std::variant<Done, Integer, double, Text, Flags, Record, FieldList, FieldId, Icon, CurrentClip,
+               GeometryPointer>
+      data;
   size_t offset = 0; ///< of the expression, in the script
 
   /// The value if it is of this type, else null.
@@ -58,6 +70,8 @@ struct Value {
   }
   /// An integer within the range of int; hexadecimal ones may use all 32 bits.
   [[nodiscard]] int getInt(const std::string &what) const;
+  /// An integer or a real number.
+  [[nodiscard]] double getNumber(const std::string &what) const;
 };
 
 /// The arguments of one call, taken one by one from the first. What is missing or of another type throws

@@ -42,7 +42,21 @@ std::unique_ptr<PictureBuffer> PictureBuffer::make(int width, int height, Alloca
   return buffer;
 }
 
-pic *PicturePool::create(int width, int height) { return keep(PictureBuffer::make(width, height)); }
+/// The spare one where it has the size; null where not.
+std::unique_ptr<PictureBuffer> PicturePool::spare(int width, int height) {
+  if (spare_ == nullptr || spare_->record()->Width != width || spare_->record()->Height != height)
+    return nullptr;
+  spare_->record()->X = spare_->record()->Y = 0;
+  return std::move(spare_);
+}
+
+pic *PicturePool::create(int width, int height) {
+  auto used = spare(width, height);
+  if (used == nullptr)
+    return keep(PictureBuffer::make(width, height));
+  std::memset(used->record()->Pixels, 0, used->pixels() * sizeof(_color_t));
+  return keep(std::move(used));
+}
 
 pic *PicturePool::keep(std::unique_ptr<PictureBuffer> buffer) {
   if (buffer == nullptr)
@@ -56,7 +70,9 @@ pic *PicturePool::keep(std::unique_ptr<PictureBuffer> buffer) {
 pic *PicturePool::duplicate(const pic *source) {
   if (source == nullptr)
     return nullptr;
-  pic *copy = keep(PictureBuffer::makeUnwritten(source->Width, source->Height));
+  auto used = spare(source->Width, source->Height);
+  pic *copy =
+      keep(used != nullptr ? std::move(used) : PictureBuffer::makeUnwritten(source->Width, source->Height));
   if (copy == nullptr)
     return nullptr;
   copy->X = source->X;

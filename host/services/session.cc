@@ -36,7 +36,9 @@ Session::Session(std::string identity) : identity_(std::move(identity)) {
   info_.ClipEnd = 1;
 }
 
-Session::~Session() { std::erase(sessions, this); }
+Session::~Session() { detach(); }
+
+void Session::detach() { std::erase(sessions, this); }
 
 Session &Session::current() { return *sessions.back(); }
 

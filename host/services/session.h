@@ -25,6 +25,9 @@ public:
   Session(const Session &) = delete;
   Session &operator=(const Session &) = delete;
 
+  /// From now on it is a thread's current one only where a Use says so, and may end on any thread.
+  void detach();
+
   /// Makes a session the thread's current one for as long as the object lives.
   class Use {
   public:

@@ -110,6 +110,18 @@ void widenRow(const uint8_t *matte, uint16_t *wide, int count) {
       count, [=](int i, int n) { store(wide + i, convert<U16xN>(load<Bytes>(matte + i, n)) * 255, n); });
 }
 
+void amplifyRow(const uint16_t *wide, int gain, uint8_t *matte, int count) {
+  constexpr int kOne = 65025;
+  const auto amplified = [gain](U32xN v) {
+    return min(as<I32xN>(v * static_cast<uint32_t>(gain) >> 8), splat<I32xN>(kOne));
+  };
+  forEachVector<U16xN>(count, [=](int i, int n) {
+    const auto values = load<U16xN>(wide + i, n);
+    const U16xN sums = packU16(amplified(widenLow(values)), amplified(widenHigh(values))) + 127;
+    store(matte + i, convert<Bytes>(div255(sums)), n);
+  });
+}
+
 void greyRow(const uint8_t *matte, _color_t *pixels, int count) {
   using Quarter = Vector<uint8_t, kLanes<U32xN>>;
   forEachVector<U32xN>(count, [=](int i, int n) {

@@ -17,6 +17,7 @@ inline constexpr int kMatteSources = 6;
 // maskRow    each times the alpha of its mask, 255 = 1.0, rounded to the nearest.
 // fadeRow    each times `share`, 4096 = 1.0.
 // widenRow   each in wide values, 255 times as much; the matte may stand in their upper half.
+// amplifyRow  wide values times gain / 256 (0 to 4096), at most 1.0, in bytes, rounded.
 // greyRow    opaque grey pixels of a matte.
 ZOL_LEVELS_TO(avx2, void matteRow(const _color_t *pixels, MatteSource source, uint8_t *matte, int count);
               void lookUpRow(const uint8_t (&levels)[256], uint8_t *matte, int count);
@@ -24,6 +25,7 @@ ZOL_LEVELS_TO(avx2, void matteRow(const _color_t *pixels, MatteSource source, ui
               void maskRow(const _color_t *mask, uint8_t *matte, int count);
               void fadeRow(uint8_t *matte, int share, int count);
               void widenRow(const uint8_t *matte, uint16_t *wide, int count);
+              void amplifyRow(const uint16_t *wide, int gain, uint8_t *matte, int count);
               void greyRow(const uint8_t *matte, _color_t *pixels, int count);)
 
 inline bool isIdentity(const uint8_t (&levels)[256]) {

@@ -17,7 +17,7 @@ uint16_t weightOf(int first, int last, int count) {
 
 Exposures Exposures::of(const pic *const *pictures, int count) {
   Exposures exposures;
-  int times[kMostExposures] = {};
+  int times[kMost] = {};
   for (int i = 0; i < count; ++i) {
     const pic **end = exposures.pictures + exposures.count;
     const auto place = std::find(exposures.pictures, end, pictures[i]) - exposures.pictures;

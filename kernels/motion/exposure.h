@@ -10,15 +10,17 @@
 
 namespace zol {
 
-/// The most moments that are put together.
+/// The most moments of a shutter.
 inline constexpr int kMostExposures = 32;
 
 // ---- Pictures as they are ----
 
 /// Different pictures and their weights, 256 in all.
 struct Exposures {
-  const pic *pictures[kMostExposures];
-  uint16_t weights[kMostExposures];
+  static constexpr int kMost = 64;
+
+  const pic *pictures[kMost];
+  uint16_t weights[kMost];
   int count = 0;
 
   /// Of one picture for each moment: like ones are one, of the weight of all of them.

@@ -31,9 +31,9 @@ Extrema extremaOf(const Polynomial &polynomial, double tolerance) {
   return {2, {(-2.0 * b - root) / (6.0 * a), (-2.0 * b + root) / (6.0 * a)}};
 }
 
-Range rangeOf(const HermiteCubic &cubic) {
+Extent rangeOf(const HermiteCubic &cubic) {
   constexpr double kTolerance = 1e-6;
-  Range range{std::min(cubic.q0, cubic.q1), std::max(cubic.q0, cubic.q1)};
+  Extent range{std::min(cubic.q0, cubic.q1), std::max(cubic.q0, cubic.q1)};
   const Extrema extrema = extremaOf(polynomialOf(cubic), kTolerance);
   for (int i = 0; i < extrema.count; ++i) {
     if (!(extrema.t[i] > 0.0 && extrema.t[i] < 1.0))

@@ -26,9 +26,9 @@ struct Extrema {
 Extrema extremaOf(const Polynomial &polynomial, double tolerance);
 
 /// The least and the greatest value from end to end.
-struct Range {
+struct Extent {
   double low, high;
 };
-Range rangeOf(const HermiteCubic &cubic);
+Extent rangeOf(const HermiteCubic &cubic);
 
 } // namespace zol

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <optional>
 #include <sys/mman.h>
 
 namespace zol {
@@ -47,6 +48,22 @@ private:
 
   void *memory_;
   T *data_;
+};
+
+/// The same, but up to `Few` elements stand within the object: what plays in real time asks for no memory.
+template <class T, size_t Few> class ShortScratch {
+public:
+  explicit ShortScratch(size_t count) {
+    if (count > Few)
+      many_.emplace(count);
+  }
+
+  explicit operator bool() const { return !many_ || *many_; }
+  [[nodiscard]] T *data() { return many_ ? many_->data() : few_; }
+
+private:
+  T few_[Few];
+  std::optional<Scratch<T>> many_;
 };
 
 } // namespace zol

@@ -30,7 +30,8 @@ struct Places {
 //               40000 pixels.
 // findRadii     radii across and down of the probes, in 1/64 pixel, that do for what lies from each place to
 //               the next and from row to row. Where one probe does not do they are the least; such columns
-//               are listed in `rest`, whose number is answered.
+//               are listed in `rest` with their steps, and their number is answered. `count` is kMostProbed
+//               at most; radii are written in whole vectors.
 // fadeBeyond    takes alpha away within a pixel beyond the outermost pixels of a source of that size.
 ZOL_LEVELS_TO(avx2, void mapRow(const _color_t *pixels, MapChannel channel, uint16_t neutral,
                                 uint16_t *values, int count);

@@ -17,17 +17,38 @@ void pickPixels(const WarpSource &source, const int *u, const int *v, int count,
     out[i] = pixelOf(source, (u[i] + kPhases / 2) >> 8, (v[i] + kPhases / 2) >> 8);
 }
 
-/// Asks for what rows further down read: along slanting lines the processor does not foresee it.
-void prefetchBelow(const WarpSource &source, const WarpMap &map, int y, int x, const int *u, const int *v,
-                   int count) {
-  constexpr int kRowsBelow = 8, kStep = 8;
-  const Point place = map.toSource().of({x + 0.5, y + kRowsBelow + 0.5});
-  const int right = static_cast<int>(place.x) - (u[0] >> 8), down = static_cast<int>(place.y) - (v[0] >> 8);
+/// Asks for what rows further down read, of an affine map: along slanting lines the processor does not
+/// foresee it.
+void prefetchBelow(const WarpSource &source, const WarpMap &map, const int *u, const int *v, int count) {
+  constexpr int kRowsBelow = 8, kStep = 8, kFar = 1000;
+  const auto &[a, b, g] = map.toSource().rows;
+  const double x = a[1] * kRowsBelow, y = b[1] * kRowsBelow;
+  if (!(std::abs(x) <= kFar && std::abs(y) <= kFar))
+    return;
+  const int right = static_cast<int>(x), down = static_cast<int>(y);
   for (int i = 0; i < count; i += kStep) {
     const int column = (u[i] >> 8) + right, row = (v[i] >> 8) + down;
     if (static_cast<unsigned>(column) < static_cast<unsigned>(source.width) &&
         static_cast<unsigned>(row) < static_cast<unsigned>(source.height))
       __builtin_prefetch(source.pixels + ptrdiff_t{row} * source.step + column);
+  }
+}
+
+/// Of places of pixels x and on, which lie between two multiples of kMostProbed.
+void takeProbes(const WarpSource &source, const WarpMap &map, int y, int x, WarpFilter filter, const int *u,
+                const int *v, int count, _color_t *out) {
+  const auto take = ZOL_SELECT(probe);
+  if (map.isAffine())
+    return take(source, map.footprintAt(x, y), filter, map.isUpright(), u, v, count, out);
+  Footprint footprints[kMostProbed / kFootprintPixels]; // all at first: none waits for the one before
+  const int first = x & -kFootprintPixels;
+  for (int k = 0; first + kFootprintPixels * k < x + count; ++k)
+    footprints[k] = map.footprintAt(first + kFootprintPixels * k + kFootprintPixels / 2, y);
+  for (int i = 0; i < count;) {
+    const int k = (x + i - first) / kFootprintPixels;
+    const int end = std::min(count, first + kFootprintPixels * (k + 1) - x);
+    take(source, footprints[k], filter, false, u + i, v + i, end - i, out + i);
+    i = end;
   }
 }
 
@@ -58,20 +79,16 @@ void warpPixels(const WarpSource &source, const WarpMap &map, int y, int x0, int
                 _color_t *out) {
   int u[kMostProbed], v[kMostProbed];
   const auto find = ZOL_SELECT(findPlaces);
-  const auto take = ZOL_SELECT(probe);
-  const int most = map.isAffine() ? kMostProbed : kFootprintPixels;
   const bool slants = map.isAffine() && map.toSource().rows[1][0] != 0 && map.toSource().rows[1][1] != 0;
   for (int x = x0; x < x1;) {
-    const int end = std::min(x1, (x & -most) + most), count = end - x;
+    const int end = std::min(x1, (x & -kMostProbed) + kMostProbed), count = end - x;
     find(map, y, x, count, u, v);
     if (slants)
-      prefetchBelow(source, map, y, x, u, v, count);
-    if (filter == WarpFilter::pixels) {
+      prefetchBelow(source, map, u, v, count);
+    if (filter == WarpFilter::pixels)
       pickPixels(source, u, v, count, out);
-    } else {
-      const Footprint footprint = map.footprintAt((x & -most) + kFootprintPixels / 2, y);
-      take(source, footprint, filter, map.isUpright(), u, v, count, out);
-    }
+    else
+      takeProbes(source, map, y, x, filter, u, v, count, out);
     out += count;
     x = end;
   }

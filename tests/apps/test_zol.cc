@@ -178,7 +178,8 @@ TEST_F(Zol, RefusesWhatCannotBeDoneInOneLine) {
   fails("render copy -i still.png -o out.png --set Input", "--set takes", 2);
   fails("render copy -i still.png -o out.png --fault Nothing@1", "--fault takes", 2);
   fails("render coppy -i still.png -o out.png", "did you mean \"Filters/Copy\"?");
-  fails("render warp -i still.png -o out.png", "does not render yet");
+  fails("render 'media source' -o out.png", "Input not assigned");
+  fails("render 'media source' --set Media=absent.mp4 -o out.png", "absent.mp4");
   fails("render copy -i absent.png -o out.png", "absent.png");
   fails("render copy -i broken.png -o out.png", "broken.png");
   fails("render copy -o out.png", "Input not assigned");
@@ -341,6 +342,28 @@ TEST_F(Zol, SlowsAClipDown) {
   fails("slowmo clip.mkv -o slow.nut", "slow.nut");
   fails("slowmo clip.mkv -o out.mkv --factor 0.5", "--factor", 2);
   fails("slowmo clip.mkv -o out.mkv --method magic", "--method", 2);
+}
+
+TEST_F(Zol, PlaysMediaAtAnySpeed) {
+  make("clip.mp4",
+       "-f lavfi -i testsrc2=s=64x48:r=25:d=1 -f lavfi -i sine=f=440:r=44100:d=1 -pix_fmt yuv420p");
+  render("'media source' --set Media=clip.mp4 --set Speed=0.5 --set Method=Blocks -o slow.mp4");
+  EXPECT_EQ(pixels("slow.mp4").size(), 50U * 64 * 48 * 4);
+  EXPECT_NEAR(double(samples("slow.mp4").size()), 2 * 44100, 2100); // an encoder's frame or two
+  const Outcome ramp = zol("render 'time warp' -i clip.mp4 --set 'Speed=0=1;0.5=0.1;1=1' -o ramp.mp4");
+  EXPECT_EQ(ramp.status, 0) << ramp.err;
+  EXPECT_NE(ramp.err.find("the sound of \"clip.mp4\" is left out"), std::string::npos) << ramp.err;
+  EXPECT_EQ(pixels("ramp.mp4").size(), 25U * 64 * 48 * 4);
+  EXPECT_NE(zol("render 'media source' --set Media=clip.mp4 -o silent.png --frames 3").status, 1);
+  render("'media source' --set Media=clip.mp4 --set Speed=2 -o fast.wav");
+  EXPECT_EQ(samples("fast.wav").size(), 22050U);
+  render("'media source' --set Media=clip.mp4 ! blur --set Blurriness=0.1 -o soft.mp4");
+  EXPECT_EQ(samples("soft.mp4").empty(), false);
+  render("'audio source' --host Quorbel --set Media=clip.mp4 -o heard.wav");
+  const std::vector<float> heard = samples("heard.wav"), own = samples("clip.mp4");
+  ASSERT_TRUE(heard.size() > 44000 && own.size() > 44000);
+  for (size_t i = 0; i < 44000; ++i)
+    ASSERT_NEAR(heard[i], own[i], 1e-4) << i;
 }
 
 TEST_F(Zol, KeepsTheSoundOfTheFirstInput) {

@@ -15,6 +15,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <fstream>
+
 namespace zol {
 namespace {
 
@@ -209,6 +212,13 @@ TEST(Keyer, NeedsACleanPlateToComparePicturesWith) {
   EXPECT_EQ(filter.session.messages.size(), 1U);
 }
 
+/// Files for bench/keying: pixels as they are.
+void writePixels(const char *folder, const char *name, const pic &picture) {
+  std::ofstream file(std::string(folder) + '/' + name + ".bgra", std::ios::binary);
+  file.write(reinterpret_cast<const char *>(picture.Pixels),
+             std::streamsize{4} * picture.Width * picture.Height);
+}
+
 // Others come to 3.8 and 2.7 with their best settings for this picture (docs/keying.md).
 TEST(Keyer, FindsAlphaAndColorsBeforeAGreenScreenAtItsDefaults) {
   const test::GreenScreen screen;
@@ -218,6 +228,11 @@ TEST(Keyer, FindsAlphaAndColorsBeforeAGreenScreenAtItsDefaults) {
     const int x = i % test::GreenScreen::kWidth, y = i / test::GreenScreen::kWidth;
     ground->record()->Pixels[i] = {uint8_t(200 - y / 3), uint8_t(150 + x / 8),
                                    uint8_t(120 + 40 * (x / 30 % 2)), 255};
+  }
+  if (const char *folder = std::getenv("ZOL_WRITE_SCREEN")) {
+    writePixels(folder, "scene", *screen.scene());
+    writePixels(folder, "subject", *screen.subject());
+    writePixels(folder, "ground", *ground->record());
   }
   test::PictureClip grounds(ground->record()), scenes(screen.scene());
   test::Filter filter(ProcessKeyer2Declare, test::GreenScreen::kWidth, test::GreenScreen::kHeight);

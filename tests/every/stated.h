@@ -27,6 +27,8 @@ inline constexpr Neutral kNeutral[] = {
     {"MotionBlur Zo2 native", "Shutter=0"},
     {"MotionBlur Zo2 native", "Kind=Spin;Amount=0"},
     {"Aureole Zo2 native", "Intensity=0"},
+    {"ScatterEx Zo2 native", "Alpha=0"},
+    {"ScatterEx Zo2 native", "Rate=0"},
     {"Simple Audio Switcher [rul]", ""},
     {"Audio Transition [PW]", "FadeIn=0;FadeOut=0", 0, true},
     {"Audio Transition [PW]", "FadeIn=0;FadeOut=0", 1, true},

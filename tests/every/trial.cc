@@ -183,6 +183,17 @@ t_ZoAudio *TrialClip::audio(double from, double to) {
   return &record;
 }
 
+bool TrialClip::describe(t_ZoMediaInfo &info) const {
+  info = {kPictureRate, 0.7, 0, 0, 1, 1, 0, 0};
+  if (!pictures_.empty()) {
+    const pic &first = *pictures_.front()->record();
+    info.Width = first.Width;
+    info.Height = first.Height;
+    info.Interlaced = first.Height % 2 == 0;
+  }
+  return true;
+}
+
 bool TrialClip::has(const pic *picture) const {
   return std::any_of(pictures_.begin(), pictures_.end(),
                      [=](const Picture &own) { return own->record() == picture; });

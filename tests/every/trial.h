@@ -51,6 +51,8 @@ public:
 
   pic *frame(double time, int, int) override;
   t_ZoAudio *audio(double from, double to) override;
+  /// It says that it ends where most renders are within it.
+  bool describe(t_ZoMediaInfo &info) const override;
 
   [[nodiscard]] bool has(const pic *picture) const;
   [[nodiscard]] bool isIntact() const;

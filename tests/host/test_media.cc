@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <locale>
 #include <sys/resource.h>
@@ -306,6 +307,72 @@ TEST_F(Media, AnyOrderOfFramesGivesTheSamePictures) {
         if (file != clip || rate > 25 || start > 0)
           break;
       }
+}
+
+/// Frames that show their numbers, up to 256 of them: of 16 each in grey on the left, and how many times 16
+/// on the right. One group of pictures, with B-frames.
+class Numbered : public Media {
+protected:
+  std::string clip_;
+
+  void SetUp() override {
+    Media::SetUp();
+    clip_ =
+        make("clip.mp4",
+             {"-f", "lavfi", "-i",
+              "nullsrc=s=64x48:r=25:d=10,geq=lum='32+12*if(lt(X,32),mod(N,16),floor(N/16))':cb=128:cr=128",
+              "-c:v", "libx264", "-g", "250", "-bf", "3", "-crf", "10", "-pix_fmt", "yuv420p"});
+  }
+  static int numberOf(const Frame &frame) {
+    const auto digit = [&](int x) {
+      const int grey = frame.pixels[static_cast<size_t>(4 * (frame.height / 2 * frame.width + x))];
+      return static_cast<int>(std::lround((grey * 219.0 / 255 + 16 - 32) / 12));
+    };
+    return digit(frame.width / 5) + 16 * digit(frame.width * 4 / 5);
+  }
+};
+
+TEST_F(Numbered, FramesComeByTheirNumbersWhereverReadingBegins) {
+  const struct {
+    std::string file;
+    std::function<int(int)> number; // of the frame that is shown at a place
+  } clips[] = {
+      {clip_, [](int i) { return i; }},
+      {make("offset.mkv", {"-i", clip_, "-c", "copy", "-output_ts_offset", "1.7"}), [](int i) { return i; }},
+      {make("stream.ts", {"-i", clip_, "-c", "copy", "-bsf:v", "h264_mp4toannexb"}), [](int i) { return i; }},
+      // Pictures from 0.4 s on, sound from the beginning.
+      {make("late.mp4", {"-itsoffset", "0.4", "-i", clip_, "-f", "lavfi", "-i", "sine=d=10.4", "-map", "0:v",
+                         "-map", "1:a", "-c:v", "copy"}),
+       [](int i) { return std::max(0, i - 10); }},
+      // Every fourth one is missing: the one before goes on.
+      {make("varying.mp4", {"-i", clip_, "-vf", "select='mod(n+1,4)'", "-fps_mode", "vfr", "-c:v", "libx264",
+                            "-g", "250", "-bf", "3", "-crf", "10"}),
+       [](int i) { return i % 4 == 3 ? i - 1 : i; }},
+  };
+  for (const auto &[file, number] : clips) {
+    VideoReader reader(file, {});
+    EXPECT_EQ(reader.rate(), Rational(25)) << file;
+    for (const int place : {0, 1, 137, 136, 135, 134, 30, 31, 11, 246, 245, 200, 190, 3, 2})
+      EXPECT_EQ(numberOf(*reader.at(static_cast<size_t>(place))), number(place)) << file << " at " << place;
+  }
+}
+
+TEST_F(Numbered, GoingBackwardsReadsAStretchOnce) {
+  std::ofstream(path("counting")) << "#!/bin/sh\necho >> " << path("started") << "\nexec ffmpeg \"$@\"\n";
+  fs::permissions(path("counting"), fs::perms::owner_all);
+  VideoReaderOptions options;
+  options.programs.ffmpeg = path("counting");
+  for (const bool scaled : {false, true}) {
+    options.width = scaled ? 128 : 0;
+    options.height = scaled ? 96 : 0;
+    VideoReader reader(clip_, options);
+    for (int i = 249; i >= 0; --i)
+      ASSERT_EQ(numberOf(*reader.at(static_cast<size_t>(i))), i);
+    for (const size_t place : {0, 1, 2, 70, 71, 69})
+      EXPECT_EQ(reader.at(place)->pixels, VideoReader(clip_, options).at(place)->pixels) << place;
+  }
+  // Three for each of the two ways back, and those of the last comparisons.
+  EXPECT_LE(fs::file_size(path("started")), 2 * 3 + 2 * 6 + 2U);
 }
 
 TEST_F(Media, RatesSizesAndTheWindow) {

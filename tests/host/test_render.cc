@@ -7,11 +7,16 @@
 #include "host/render/plan.h"
 #include "host/render/preset.h"
 #include "host/render/render.h"
+#include "host/render/scaled_pictures.h"
 #include "host/render/slowmo.h"
 #include "host/render/stage.h"
+#include "host/script/queries.h"
 #include "tests/support/test_clip.h"
 
 #include <algorithm>
+#include <cinttypes>
+#include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -205,6 +210,90 @@ TEST(Stage, TellsTheTimelineBeforeInitAndAtEveryRender) {
   EXPECT_EQ(seen[2].FrameTime, 1001 / 30000.0);
 }
 
+/// One frame of 2 by 1, of which it tells.
+class ToldClip : public Clip {
+public:
+  pic *frame(double, int width, int height) override { return scaled_.at(picture_->record(), width, height); }
+  t_ZoAudio *audio(double, double) override { return nullptr; }
+  bool describe(t_ZoMediaInfo &info) const override {
+    info = {12.5, 8, 2, 1, 1, 0, 0, 0};
+    return true;
+  }
+
+private:
+  std::unique_ptr<PictureBuffer> picture_ = test::randomPicture(2, 1, 7);
+  ScaledPictures scaled_;
+};
+
+TEST(Instance, HandsMediaToTheEffectsOwnCallbacks) {
+  static void *assigned;
+  static int found;
+  static double speed;
+  Effect effect;
+  effect.name = "Player";
+  effect.fields.resize(1);
+  effect.fields[0].type = FieldType::media;
+  effect.fields[0].name = "Media";
+  effect.probe = [](t_ZoHostInfo *, void *) { return found; };
+  effect.initByMedia = [](t_ZoHostInfo *info, void *media) {
+    info->Services->InputSet(info, 0, 0, assigned = media);
+    return 1;
+  };
+  effect.trim = [](t_ZoHostInfo *info, double edges[2]) {
+    EXPECT_EQ(info->Services->InputGetPic(info, 0, 0), assigned);
+    edges[1] = std::min(edges[1], 8 / speed);
+    return 1;
+  };
+  Instance instance(effect, "Halvenor", Timeline());
+  ToldClip clip;
+  found = 0;
+  EXPECT_NE(errorOf([&] { instance.assignInput(0, 0, &clip); }).find("can use nothing"), std::string::npos);
+  found = 1;
+  EXPECT_EQ(instance.missingInput(), 0);
+  instance.assignInputs({&clip}, instance.inputFields());
+  EXPECT_EQ(assigned, &clip);
+  EXPECT_EQ(instance.missingInput(), -1);
+  for (const auto &[value, seconds] : {std::pair(0.5, std::optional(16.0)), {1e-9, std::nullopt}}) {
+    speed = value;
+    EXPECT_EQ(instance.mediaDuration(), seconds);
+  }
+}
+
+TEST(Query, TellsOfAClipAsAWhole) {
+  ToldClip clip;
+  test::PictureClip untold(nullptr);
+  t_ZoMediaInfo info = {};
+  const auto asked = [&](const char *format, const void *handle, const void *place) {
+    char text[100];
+    std::snprintf(text, sizeof text, format, reinterpret_cast<uintptr_t>(handle),
+                  reinterpret_cast<uintptr_t>(place));
+    return answerQuery(text);
+  };
+  EXPECT_EQ(asked("ZoMediaInfo( 0x%" PRIXPTR ", 0x%" PRIXPTR " );", &clip, &info), 1);
+  EXPECT_EQ(info.Rate, 12.5);
+  EXPECT_EQ(info.Width, 2);
+  EXPECT_EQ(asked("ZoMediaInfo( 0x%" PRIXPTR ", 0x%" PRIXPTR " );", &untold, &info), 0);
+  for (const char *other :
+       {"ZoMediaInfo( 0x%" PRIXPTR " );", "ZoMediaInfos( 0x%" PRIXPTR ", 0x%" PRIXPTR " );",
+        "ZoMediaInfo( \"a\", 0x%" PRIXPTR " );", "ZoMediaInfo( 0, 0 );", "", "ZoMediaInfo("})
+    EXPECT_EQ(asked(other, &clip, &info), 0) << other;
+}
+
+TEST(Clip, ComesAtTheSizeAskedFor) {
+  ToldClip clip;
+  const pic *own = clip.frame(0, 2, 1), *wide = clip.frame(0, 4, 3);
+  EXPECT_EQ(clip.frame(0, 0, 0), own);
+  EXPECT_EQ(clip.frame(0, 4, 3), wide) << "made once";
+  ASSERT_EQ(wide->Width, 4);
+  ASSERT_EQ(wide->Height, 3);
+  for (int y = 0; y < 3; ++y) {
+    EXPECT_EQ(wide->Pixels[4 * y].g, own->Pixels[0].g);
+    EXPECT_EQ(wide->Pixels[4 * y + 3].r, own->Pixels[1].r);
+    EXPECT_GT(wide->Pixels[4 * y + 1].b, std::min(own->Pixels[0].b, own->Pixels[1].b)) << "between both";
+    EXPECT_LT(wide->Pixels[4 * y + 1].b, std::max(own->Pixels[0].b, own->Pixels[1].b));
+  }
+}
+
 TEST(Session, AsksItsStopAtEveryPoll) {
   Session session("Halvenor");
   t_ZoHostInfo *info = session.info();
@@ -338,6 +427,110 @@ TEST_F(Rendering, TakesPartsOfItsInputs) {
   // A still lasts as long as it is told.
   clip("still.png", 10, 1);
   EXPECT_EQ(greys({path("still.png"), 0, 0.5}, 10).size(), 5U);
+}
+
+// ---- Media, and effects that move time ----
+
+TEST_F(Rendering, PlaysMediaAtAnySpeed) {
+  const std::string thirty = clip("thirty.nut", 10, 30);
+  using Values = std::vector<int>;
+  using Settings = std::vector<std::pair<std::string, std::string>>;
+  const auto shown = [&](StagePlan stage, std::optional<Rational> rate = {},
+                         std::optional<Time> duration = {}) {
+    plan_.stages = {std::move(stage)};
+    plan_.output = path("played.nut");
+    plan_.rate = rate;
+    plan_.duration = duration;
+    RenderJob(plan_).run([](uint64_t, uint64_t) {});
+    VideoReader played(path("played.nut"), {});
+    Values values;
+    for (size_t i = 0; played.reaches(i); ++i)
+      values.push_back(played.at(i)->pixels[0]);
+    return values;
+  };
+  const auto media = [&](Settings settings) {
+    settings.emplace_back("media", thirty);
+    return StagePlan{"media source", {}, settings};
+  };
+  const auto numbers = [](size_t count, double first, double step) {
+    Values values;
+    for (size_t i = 0; i < count; ++i)
+      values.push_back(static_cast<int>(std::floor(first + static_cast<double>(i) * step + 1e-6)));
+    return values;
+  };
+  EXPECT_EQ(shown(media({})), numbers(30, 0, 1));
+  EXPECT_EQ(shown({"media source", {{thirty, 1, 2}}, {}}), numbers(10, 10, 1)) << "a part of it";
+  EXPECT_EQ(shown(media({{"Speed", "0.5"}})), numbers(60, 0, 0.5));
+  EXPECT_EQ(shown(media({{"Speed", "2"}, {"InputStartOffset", "1"}})), numbers(10, 10, 2));
+  EXPECT_EQ(shown(media({{"Speed", "-1"}, {"InputStartOffset", "2.9"}})), numbers(29, 29, -1));
+  EXPECT_EQ(shown(media({{"Speed", "0"}, {"InputStartOffset", "1"}})), Values(30, 10));
+  EXPECT_EQ(shown(media({{"Speed", "-1"}})), Values(30, 0)) << "held, for as long as the media last";
+  // Every picture of the file is there whatever the output's rate.
+  EXPECT_EQ(shown(media({{"Speed", "0.5"}}), 5), numbers(30, 0, 1));
+  EXPECT_EQ(shown({"time warp", {{thirty, {}, {}}}, {{"Speed", "0.5"}}}, 5), numbers(15, 0, 1));
+  EXPECT_EQ(shown({"time warp", {{thirty, {}, {}}}, {}}, 20), numbers(60, 0, 0.5));
+
+  Values beyond = numbers(30, 0, 1);
+  beyond.resize(35, 29);
+  EXPECT_EQ(shown(media({}), {}, 3.5), beyond);
+  EXPECT_EQ(shown(media({{"Beyond", "Loop"}}), {}, 3.5)[32], 2);
+  EXPECT_EQ(shown(media({{"Beyond", "Transparent"}}), {}, 3.5)[32], 0);
+
+  // From full speed to none: half of the clip, by the integral of the speed.
+  Values ramp;
+  for (int i = 0; i < 30; ++i)
+    ramp.push_back(static_cast<int>(std::floor(i - i * i / 60.0 + 1e-4)));
+  EXPECT_EQ(shown({"time warp", {{thirty, {}, {}}}, {{"Speed", "0=1;1=0"}}}), ramp);
+  EXPECT_EQ(shown({"time warp", {{thirty, {}, {}}}, {{"Mode", "Position"}, {"Position", "0=2;1=2.5"}}})[15],
+            22);
+}
+
+TEST_F(Rendering, PlaysTheSoundOfMediaWithThem) {
+  WriterOptions options;
+  options.width = 8;
+  options.height = 6;
+  options.rate = 10;
+  options.sampleRate = 8000;
+  options.channels = 2;
+  options.encoding.quality = Quality::lossless;
+  std::vector<float> wave(2 * 8000);
+  for (size_t i = 0; i < wave.size(); ++i)
+    wave[i] = static_cast<float>(std::sin(static_cast<double>(i / 2) * (i % 2 == 0 ? 0.2 : 0.05)));
+  MediaWriter writer(path("av.mkv"), options);
+  for (int i = 0; i < 10; ++i) {
+    writer.writeSamples(wave.data() + ptrdiff_t{i} * 1600, 800);
+    writer.writeFrame(std::vector<uint8_t>(8 * 6 * 4, static_cast<uint8_t>(i)).data());
+  }
+  writer.finish();
+  const auto played = [&](const std::string &output, const std::string &speed, const std::string &offset) {
+    plan_.stages = {
+        {"media source", {}, {{"Media", path("av.mkv")}, {"Speed", speed}, {"InputStartOffset", offset}}}};
+    plan_.output = path(output);
+    plan_.quality = "lossless";
+    RenderJob(plan_).run([](uint64_t, uint64_t) {});
+    AudioReader reader(path(output), {});
+    EXPECT_EQ(reader.sampleRate(), 8000);
+    std::vector<float> samples(2 * 40000);
+    samples.resize(2 * reader.read(0, 40000, samples.data()));
+    return samples;
+  };
+  EXPECT_EQ(played("same.wav", "1", "0"), wave);
+  EXPECT_EQ(played("same.mkv", "1", "0"), wave);
+  EXPECT_EQ(VideoReader(path("same.mkv"), {}).at(9)->pixels[0], 9);
+  const std::vector<float> back = played("back.mkv", "-1", "1"), slow = played("slow.mkv", "0.5", "0");
+  ASSERT_EQ(back.size(), wave.size());
+  ASSERT_EQ(slow.size(), 2 * wave.size());
+  EXPECT_EQ(VideoReader(path("slow.mkv"), {}).at(9)->pixels[0], 4);
+  for (size_t i = 200; i < 7800; ++i)
+    for (size_t c = 0; c < 2; ++c) {
+      ASSERT_NEAR(back[2 * i + c], wave[2 * (8000 - i) + c], 1e-4) << i;
+      ASSERT_NEAR(slow[4 * i + c], wave[2 * i + c], 1e-4) << i;
+      ASSERT_NEAR(slow[4 * i + 2 + c], std::sin((static_cast<double>(i) + 0.5) * (c == 0 ? 0.2 : 0.05)), 1e-4)
+          << i;
+    }
+  plan_.noSound = true;
+  RenderJob(plan_).run([](uint64_t, uint64_t) {});
+  EXPECT_FALSE(probe(plan_.output).hasAudio);
 }
 
 TEST_F(Rendering, TakesPartsOfSound) {

@@ -73,6 +73,35 @@ Projection anyMove(test::Dice &dice, const Point &about) {
          Projection::moved(-about.x, -about.y);
 }
 
+plain::Fragments plainForm(const pic &picture, const FragmentGrid &grid,
+                           const std::vector<FragmentMove> &moves) {
+  plain::Fragments form{picture, {}, static_cast<int>(moves.size()) == grid.count()};
+  for (const FragmentMove &move : moves) {
+    const WarpMap map(move.forward.inverse(), picture.Width, picture.Height);
+    plain::Outline home, moved;
+    for (int k = 0; k < grid[move.fragment].count; ++k) {
+      const Point from = grid[move.fragment].corner(k), to = move.forward.of(from);
+      home.corners.push_back({from.x, from.y});
+      moved.corners.push_back({to.x, to.y});
+    }
+    plain::Warp warp{picture.Pixels,
+                     picture.Width,
+                     picture.Height,
+                     WarpSource::of(picture).opaque,
+                     plain::Warp::extend,
+                     plain::Warp::sharp,
+                     {},
+                     {},
+                     {}};
+    const auto &[a, b, g] = map.toSource().rows;
+    std::copy_n(a, 3, warp.a);
+    std::copy_n(b, 3, warp.b);
+    std::copy_n(g, 3, warp.g);
+    form.pieces.push_back({home, moved, warp, !map.drawsNothing(), move.opacity});
+  }
+  return form;
+}
+
 TEST(FragmentLayer, GivesThePlainFormsBytes) {
   test::Dice dice(2);
   for (int round = 0; round < 80; ++round) {
@@ -89,7 +118,7 @@ TEST(FragmentLayer, GivesThePlainFormsBytes) {
         moves.push_back({i, anyMove(dice, grid[i].centroid()), dice.below(2) == 0 ? 4096 : dice.below(4097)});
     const int left = dice.between(-25, 10), top = dice.between(-5, 10);
     const Area area{left, top, left + dice.between(1, 70), top + dice.between(1, 30)};
-    const plain::Fragments want(*picture->record(), grid, moves);
+    const plain::Fragments want = plainForm(*picture->record(), grid, moves);
     test::atEveryLevel([&] {
       const FragmentLayer layer(*picture->record(), area, grid, moves.data(), int(moves.size()));
       ASSERT_TRUE(layer);

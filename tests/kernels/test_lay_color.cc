@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace zol {
 namespace {
@@ -47,6 +48,27 @@ TEST(LayColor, IsExactForEveryMaskAndAlpha) {
           EXPECT_EQ(row[i].r, before->record()->Pixels[i].r);
       }
     }
+  }
+}
+
+TEST(LayColor, TakesMasksOfBytesTimesTheOpacity) {
+  const auto before = test::randomPicture(256, 1, 3);
+  for (const unsigned opacity : {0U, 1U, 77U, 255U}) {
+    const unsigned colour = opacity << 24 | 0x0140ffU;
+    std::vector<uint8_t> mask(256);
+    const auto scaled = test::randomPicture(256, 1, 4);
+    for (unsigned i = 0; i < 256; ++i) {
+      mask[i] = static_cast<uint8_t>(i * 37);
+      scaled->record()->Pixels[i].a = static_cast<uint8_t>((mask[i] * opacity + 127) / 255);
+    }
+    test::atEveryLevel([&] {
+      for (int count = 0; count <= 256; count = count < 70 ? count + 1 : count + 31) {
+        std::vector<_color_t> out(before->record()->Pixels, before->record()->Pixels + 256), expected = out;
+        ZOL_SELECT(layColor)(expected.data(), scaled->record()->Pixels, count, colour);
+        ZOL_SELECT(layColorOnBytes)(out.data(), mask.data(), count, colour);
+        ASSERT_EQ(std::memcmp(out.data(), expected.data(), 256 * sizeof(_color_t)), 0) << count;
+      }
+    });
   }
 }
 

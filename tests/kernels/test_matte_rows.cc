@@ -53,6 +53,13 @@ TEST(MatteRows, GiveThePlainFormsBytes) {
       for (int i = 0; i < 256; ++i)
         ASSERT_EQ(masked[size_t(i)],
                   i < count ? (matte[size_t(i)] * pixels[300 * count + i].a + 127) / 255 : matte[size_t(i)]);
+      std::vector<uint16_t> light(200);
+      for (size_t i = 0; i < 200; ++i)
+        light[i] = static_cast<uint16_t>((i * 3571 + size_t(count) * 97) % 65026);
+      std::vector<uint8_t> amplified(200, 9);
+      ZOL_SELECT(amplifyRow)(light.data(), share, amplified.data(), count);
+      for (size_t i = 0; i < 200; ++i)
+        ASSERT_EQ(amplified[i], i < size_t(count) ? (std::min(light[i] * share >> 8, 65025) + 127) / 255 : 9);
       std::vector<uint8_t> inverted = matte;
       ZOL_SELECT(invertRow)(inverted.data(), count);
       for (int i = 0; i < 256; ++i)

@@ -1,6 +1,8 @@
 #include "kernels/exports/shape.h"
 
 #include "host/services/session.h"
+#include "kernels/exports/transformed_shape.h"
+#include "kernels/shape/shape_points.h"
 #include "kernels/simd/levels.h"
 #include "plain/shape.h"
 #include "tests/support/dice.h"
@@ -172,6 +174,45 @@ TEST(PointIsInTheShape, WalksTheScanlinesCrossings) {
     for (int i = 0; i < 50; ++i)
       inside(outline, i * 0.9 - 2, i * 7 % 43 - 1.5);
   }
+}
+
+TEST(ShapePoints, AnswerAsThePointAlone) {
+  Session session("Halvenor");
+  for (unsigned seed = 0; seed < 20; ++seed) {
+    const test::OutlineShape geometry(test::scribble(9, 40, 5, seed % 3 != 0, seed % 2 == 0, seed));
+    ShapeSegments segments;
+    ASSERT_TRUE(fetchShape(session.info(), handleOf(geometry), 0, ShapeUse::filling, {}, segments));
+    const ShapePoints points(segments, -8, 60);
+    ASSERT_TRUE(points);
+    for (int i = 0; i < 300; ++i) {
+      const double x = i * 0.41 - 20, y = i * 7 % 57 - 7.5;
+      EXPECT_EQ(points.has(x, y), PointIsInTheShape(session.info(), handleOf(geometry), x, y, 0) == 1);
+    }
+    EXPECT_FALSE(points.has(20, 1e9) || points.has(20, -9.5) || points.has(kNaN, kNaN));
+  }
+}
+
+TEST(FillShapeTransformed, FillsTheTransformedShape) {
+  Session session("Halvenor");
+  const Affine matrix{0.5, -1.25, 1.5, 0.75, 20, -3};
+  const auto turned = [&](const test::Vector &v, double dx, double dy) {
+    return test::Vector{matrix.xx * v[0] + matrix.xy * v[1] + dx, matrix.yx * v[0] + matrix.yy * v[1] + dy};
+  };
+  Outline outline = test::scribble(12, 30, 5, true, false, 4), moved = outline;
+  for (auto &[P0, P1, H0, H1] : moved.segments) {
+    P0 = turned(P0, matrix.dx, matrix.dy);
+    P1 = turned(P1, matrix.dx, matrix.dy);
+    H0 = turned(H0, 0, 0);
+    H1 = turned(H1, 0, 0);
+  }
+  const Filled expected = fill({moved, 0, 0, 40, 30, 0xff204080U, 0, 0}, FillShapeXYOffset);
+  const test::OutlineShape geometry(outline);
+  const auto picture = test::randomPicture(40, 30, 7);
+  char error[64] = "before";
+  EXPECT_EQ(fillShapeTransformed(session.info(), error, picture->record(), handleOf(geometry), 2.5,
+                                 0xff204080U, matrix),
+            1);
+  EXPECT_EQ(std::memcmp(picture->record()->Pixels, expected.bytes.data(), expected.bytes.size()), 0);
 }
 
 TEST(FillSegmentHull, BoxesTheCurve) {

@@ -61,6 +61,7 @@ const Room kRooms[] = {
      {"host/", "kernels/warp/", "frame/zol.h", "Runtimes/slomo_sdk/SlowMotion.h",
       "Runtimes/slomo_sdk/mySM.h"}},
     {"apps/", {"apps/", "host/", "frame/zol.h", "Runtimes/slomo_sdk/SlowMotion.h"}},
+    {"bridges/", {"bridges/", "host/", "frame/zol.h"}},
     {"plain/", // Bluescreen's form begins where the exported blur and erosion end
      {"plain/", "frame/zol.h", "frame/convert.h", "kernels/exports/alpha_shrink.h",
       "kernels/exports/blur.h"}},
@@ -81,7 +82,7 @@ void expectToKnowOnlyThoseBelow(const std::vector<Source> &sources) {
 }
 
 TEST(Structure, RoomsKnowOnlyThoseBelow) {
-  for (const char *folder : {"frame", "effects", "Runtimes", "host", "apps", "plain"})
+  for (const char *folder : {"frame", "effects", "Runtimes", "host", "apps", "bridges", "plain"})
     expectToKnowOnlyThoseBelow(sourcesOf(folder));
 }
 
@@ -101,7 +102,7 @@ TEST(Structure, KernelsKnowNeitherHostNorEngine) {
 TEST(Structure, HeadersGuardThemselves) {
   const Names asGiven = {"frame/zol.h", "Runtimes/slomo_sdk/SlowMotion.h", "Runtimes/slomo_sdk/mySM.h"};
   for (const std::string folder :
-       {"frame", "kernels", "effects", "Runtimes", "host", "apps", "plain", "bench", "tests"})
+       {"frame", "kernels", "effects", "Runtimes", "host", "apps", "bridges", "plain", "bench", "tests"})
     for (const Source &source : sourcesOf(folder))
       if (source.name.ends_with(".h")) {
         EXPECT_NE(source.text.find(beginsWithAny(source.name, asGiven) ? "#ifndef " : "#pragma once"),

@@ -17,6 +17,10 @@ struct Callbacks {
   t_ZoRenderAudioFn renderAudio = nullptr;
   t_ZoDialogOpenFn onDialogOpen = nullptr;
   t_ZoDialogItemEditFn onDialogItemEdit = nullptr;
+  t_ZoProbeFn probe = nullptr;
+  t_ZoInitByMediaFn initByMedia = nullptr;
+  t_ZoDeleteUserDataFn deleteUserData = nullptr;
+  t_ZoTrimFn trim = nullptr;
 
   explicit Callbacks(int (*declare)(t_ZoHostInfo *), const char *identity = "Halvenor",
                      std::string sign = {}) {
@@ -42,6 +46,10 @@ struct Callbacks {
         collect(statement, ".RenderAudioFunction = 0x", renderAudio);
         collect(statement, ".OnDialogOpen = 0x", onDialogOpen);
         collect(statement, ".OnDialogItemEdit = 0x", onDialogItemEdit);
+        collect(statement, ".Probe = 0x", probe);
+        collect(statement, ".InitByMedia = 0x", initByMedia);
+        collect(statement, ".DeleteUserData = 0x", deleteUserData);
+        collect(statement, ".Trim = 0x", trim);
       }
       return 1;
     };

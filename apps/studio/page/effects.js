@@ -24,11 +24,12 @@ function fitness(effect, words) {
 
 export function addEffect(effect) {
   const stage = newStage(effect);
-  const mixes = store.doc.stages.some((other) => effectNamed(other.effect).audio !== effect.audio);
+  const isSource = (one) => effectNamed(one.effect).clip < 0;
+  const mixes = store.doc.stages.some((other) => effectNamed(other.effect).pictures !== effect.pictures);
   store.change((doc) => {
     if (mixes) doc.stages = [];
-    const place = doc.stages.length ? doc.current + 1 : 0;
-    doc.stages.splice(place, 0, stage);
+    const place = doc.stages.length && effect.clip >= 0 ? doc.current + 1 : 0; // sources begin chains
+    doc.stages.splice(place, effect.clip < 0 && doc.stages[0] && isSource(doc.stages[0]) ? 1 : 0, stage);
     doc.current = place;
   });
   if (mixes) note("A new chain: sound and pictures do not go through one. Undo brings the last back.");

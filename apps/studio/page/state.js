@@ -7,7 +7,8 @@ effects.forEach((effect, number) => {
   effect.number = number;
   effect.title = effect.name.split("/").at(-1);
   effect.family = effect.name.split("/").slice(0, -1).join(" / ") || "Others";
-  effect.renders = effect.video || effect.realTime || effect.audio;
+  effect.pictures = effect.video || effect.realTime;
+  effect.renders = effect.pictures || effect.audio;
 });
 export const effectNamed = (name) => effects.find((effect) => effect.name === name);
 
@@ -97,7 +98,7 @@ addEventListener("hashchange", () => store.change((doc) => Object.assign(doc, fr
 
 export const currentStage = () => store.doc.stages[store.doc.current];
 export const currentEffect = () => effectNamed(currentStage()?.effect);
-export const isSound = () => store.doc.stages.some((stage) => stage.on && effectNamed(stage.effect).audio);
+export const isSound = () => store.doc.stages.some((stage) => stage.on && !effectNamed(stage.effect).pictures);
 /** Where the frame that is looked at lies in the span of the effects. */
 export const share = () => store.doc.frame / (store.facts.rate * store.facts.duration);
 
