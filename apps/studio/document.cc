@@ -246,6 +246,8 @@ std::string commandOf(const host::RenderPlan &plan) {
          host::numberText(plan.frames->first.amount) + '-' + host::numberText(plan.frames->second.amount)});
   if (!plan.quality.empty())
     add({"--quality", plan.quality});
+  if (plan.alpha != host::RenderPlan().alpha)
+    add({"--alpha", plan.alpha});
   if (plan.overwrite)
     add({"-y"});
   add({"-o", plan.output});

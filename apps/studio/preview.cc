@@ -13,14 +13,18 @@ namespace {
 
 using host::HostError;
 
-std::string rgbaOf(const _color_t *pixels, size_t count) {
-  std::string rgba(count * 4, '\0');
-  for (size_t i = 0; i < count; ++i) {
+void put(const _color_t *pixels, int width, int height, Shown &shown) {
+  shown.width = width;
+  shown.height = height;
+  shown.rgba.resize(static_cast<size_t>(width) * height * 4);
+  unsigned char alphas = 255;
+  for (size_t i = 0; i < shown.rgba.size() / 4; ++i) {
     const _color_t color = pixels[i];
     const unsigned char bytes[] = {color.r, color.g, color.b, color.a};
-    std::memcpy(&rgba[i * 4], bytes, sizeof bytes);
+    std::memcpy(&shown.rgba[i * 4], bytes, sizeof bytes);
+    alphas &= color.a;
   }
-  return rgba;
+  shown.opaque = alphas == 255;
 }
 
 /// Whole pixels that the box holds, in the picture's proportions; never more than there are.
@@ -179,18 +183,13 @@ Shown Preview::picture(const host::RenderPlan &plan, const std::string &source, 
     Shown shown{{}, 0, 0, settled.timeline, settled.span.count, opened.lasts};
     if (!setup) {
       const auto picture = opened.inputs.front().pictures()->at(frame);
-      shown.width = picture->width;
-      shown.height = picture->height;
-      shown.rgba =
-          rgbaOf(reinterpret_cast<const _color_t *>(picture->pixels.data()), picture->pixels.size() / 4);
+      put(reinterpret_cast<const _color_t *>(picture->pixels.data()), picture->width, picture->height, shown);
       return shown;
     }
     host::Chain chain(*setup, plan, shownTimeline(settled.timeline, box), opened.inputs);
     chain.stopWhen([&turn] { return turn.overtaken(); });
     const auto picture = rendered(turn, [&] { return chain.picture(chain.timeline().timeOfFrame(frame)); });
-    shown.width = picture->record()->Width;
-    shown.height = picture->record()->Height;
-    shown.rgba = rgbaOf(picture->record()->Pixels, picture->pixels());
+    put(picture->record()->Pixels, picture->record()->Width, picture->record()->Height, shown);
     return shown;
   } catch (const HostError &error) {
     turn.check();

@@ -27,6 +27,7 @@ struct Shown {
   host::Timeline timeline; ///< of the whole size
   uint64_t frames = 0;
   bool lasts = false; ///< whether an input tells how long it is
+  bool opaque = true;
 };
 
 struct Heard {

@@ -1,6 +1,7 @@
 #include "apps/studio/studio.h"
 
 #include "apps/studio/catalogue.h"
+#include "apps/studio/connection.h"
 #include "apps/studio/dialog.h"
 #include "apps/studio/document.h"
 #include "apps/studio/guard.h"
@@ -14,11 +15,9 @@
 #include "host/model/text.h"
 #include "host/render/preset.h"
 
-#include <condition_variable>
 #include <csignal>
 #include <fstream>
 #include <iterator>
-#include <mutex>
 #include <nlohmann/json.hpp>
 #include <sys/socket.h>
 #include <thread>
@@ -30,38 +29,7 @@ using httplib::Request;
 using httplib::Response;
 using Json = nlohmann::json;
 
-constexpr int kIdleSeconds = 5, kSilenceSeconds = 5; // of connections
-constexpr size_t kRequestsAConnection = 10000;
 constexpr double kStillDuration = 5; // seconds that values can change over where no input lasts
-
-/// A thread a connection, so that no slow one holds up others; beyond a number the next are not accepted yet.
-class Connections : public httplib::TaskQueue {
-public:
-  void enqueue(std::function<void()> serve) override {
-    std::unique_lock lock(shared_->mutex);
-    shared_->changed.wait(lock, [&] { return shared_->open < kMostConnections; });
-    ++shared_->open;
-    std::thread([shared = shared_, serve = std::move(serve)] {
-      serve();
-      const std::lock_guard done(shared->mutex);
-      --shared->open;
-      shared->changed.notify_all();
-    }).detach();
-  }
-
-  void shutdown() override {
-    std::unique_lock lock(shared_->mutex);
-    shared_->changed.wait(lock, [&] { return shared_->open == 0; });
-  }
-
-private:
-  struct Shared { // outlives the last thread's unlocking
-    std::mutex mutex;
-    std::condition_variable changed;
-    int open = 0;
-  };
-  std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
-};
 
 std::string text(const Json &json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
@@ -115,13 +83,7 @@ public:
             options.library.empty() ? host::EffectLibrary::defaultFile() : options.library, options.host)),
         catalogue_(*library_), files_(options.files, options.folder), preview_(*library_),
         jobs_(library_, options.output) {
-    server_.new_task_queue = [] { return new Connections; };
-    server_.set_keep_alive_timeout(kIdleSeconds);
-    server_.set_keep_alive_max_count(kRequestsAConnection);
-    server_.set_read_timeout(kSilenceSeconds);
-    server_.set_write_timeout(kSilenceSeconds);
     server_.set_payload_max_length(kLargestDrop);
-    server_.set_tcp_nodelay(true);
     server_.set_socket_options([](int socket) { // nobody else may listen there too
       const int yes = 1;
       setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
@@ -138,12 +100,11 @@ public:
   }
 
   void run(const std::function<void(const std::string &)> &announce) {
-    const int port = options_.port ? (server_.bind_to_port("127.0.0.1", *options_.port) ? *options_.port : -1)
-                                   : server_.bind_to_any_port("127.0.0.1");
-    if (port <= 0)
+    const auto port = server_.bind(options_.port);
+    if (!port)
       throw host::HostError("cannot listen on port " + std::to_string(options_.port.value_or(0)) +
                             "; another program may");
-    guard_.setPort(port);
+    guard_.setPort(*port);
     std::thread listening([this] { server_.listen_after_bind(); });
     announce(guard_.address());
     try {
@@ -311,6 +272,7 @@ private:
                         {"duration", shown.timeline.duration},
                         {"frames", shown.frames},
                         {"lasts", shown.lasts},
+                        {"opaque", shown.opaque},
                         {"milliseconds", took.count()}};
     response.set_header("X-Frame", text(facts));
     response.set_content(shown.rgba, "application/octet-stream");
@@ -331,6 +293,8 @@ private:
     plan.overwrite = body.contains("overwrite") && body["overwrite"].is_boolean() && body["overwrite"];
     if (body.contains("quality"))
       plan.quality = textIn(body, "quality");
+    if (body.contains("alpha"))
+      plan.alpha = textIn(body, "alpha");
     if (host::MediaWriter::isStill(plan.output)) {
       const auto frame = host::Time::frame(static_cast<double>(frameIn(body)));
       plan.frames = {frame, frame};
@@ -379,7 +343,7 @@ private:
   Preview preview_;
   Jobs jobs_;
   Guard guard_;
-  httplib::Server server_;
+  PatientServer server_;
 };
 
 } // namespace

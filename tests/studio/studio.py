@@ -1,5 +1,7 @@
 """A studio server of its own for each test."""
 
+import atexit
+import functools
 import http.client
 import json
 import os
@@ -24,9 +26,26 @@ def skip(why):
 
 
 def make(file, *words):
-    """A file by ffmpeg from a generator of its own."""
+    """A file by ffmpeg from generators of its own."""
     subprocess.run(["ffmpeg", "-v", "error", "-y", *words, str(file)], check=True)
     return file
+
+
+@functools.cache
+def media():
+    """The folder of what every server is given."""
+    keeper = tempfile.TemporaryDirectory(prefix="zol-studio-test-")
+    atexit.register(keeper.cleanup)
+    folder = pathlib.Path(keeper.name)
+    photo = ROOT / "build" / "media" / "photo.jpg"
+    if photo.exists():
+        shutil.copy(photo, folder / "photo.jpg")
+    else:
+        make(folder / "photo.jpg", "-f", "lavfi", "-i", "testsrc2=s=640x427", "-frames:v", "1", "-q:v", "2")
+    make(folder / "clip.mp4", "-f", "lavfi", "-i", "testsrc2=s=320x180:r=25:d=2", "-f", "lavfi", "-i", "sine=440:d=2", "-shortest")
+    make(folder / "a.wav", "-f", "lavfi", "-i", "sine=330:d=1")
+    make(folder / "b.wav", "-f", "lavfi", "-i", "sine=550:d=1")
+    return folder
 
 
 class Studio:
@@ -34,14 +53,7 @@ class Studio:
 
     def __init__(self, *words, port=None):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zol-studio-test-"))
-        photo = ROOT / "build" / "media" / "photo.jpg"
-        if photo.exists():
-            shutil.copy(photo, self.folder / "photo.jpg")
-        else:
-            make(self.folder / "photo.jpg", "-f", "lavfi", "-i", "testsrc2=s=640x427", "-frames:v", "1", "-q:v", "2")
-        make(self.folder / "clip.mp4", "-f", "lavfi", "-i", "testsrc2=s=320x180:r=25:d=2", "-f", "lavfi", "-i", "sine=440:d=2", "-shortest")
-        make(self.folder / "a.wav", "-f", "lavfi", "-i", "sine=330:d=1")
-        make(self.folder / "b.wav", "-f", "lavfi", "-i", "sine=550:d=1")
+        shutil.copytree(media(), self.folder, dirs_exist_ok=True)
         for folder in ["in", "out"]:
             (self.folder / folder).mkdir()
         self.words = list(words) or ["photo.jpg", "clip.mp4", "a.wav", "b.wav"]

@@ -106,7 +106,7 @@ function numberRow(field, value) {
   entry.addEventListener("change", () => {
     const wanted = entry.value.trim() === "" ? now() : Number(entry.value.replace(",", "."));
     if (!Number.isFinite(wanted)) note(`“${entry.value}” is no number.`);
-    else if (limited(wanted) !== wanted) note(`${plain(field.label || field.name)} goes from ${below ? min : "any"} to ${above ? max : "any"}.`);
+    else if (limited(wanted) !== wanted) note(`${label(field.label || field.name).text} is ${below && above ? `from ${min} to ${max}` : below ? `at least ${min}` : `at most ${max}`}.`);
     put(wanted);
     update();
   });

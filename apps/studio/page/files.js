@@ -17,11 +17,12 @@ export async function infoOf(id) {
 export const onFiles = (listener) => events.addEventListener("files", listener);
 
 async function refresh() {
-  files = await get("/api/files");
+  files = await get("/api/files").catch(() => files);
   infos.clear();
   events.dispatchEvent(new Event("files"));
 }
 onReturn(refresh);
+addEventListener("focus", refresh); // files may have come into the folder meanwhile
 
 export async function upload(list) {
   const ids = [];

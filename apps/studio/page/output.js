@@ -15,7 +15,8 @@ async function usualName() {
   return `${stem}-${last}${isSound() ? ".wav" : moves ? ".mp4" : ".png"}`;
 }
 
-const wanted = (output, more = {}) => ({ ...wire(), duration: store.doc.duration ?? (store.facts.lasts ? null : store.facts.duration), frame: store.doc.frame, output, ...more });
+const wanted = (output, more = {}) => ({ ...wire(), duration: store.doc.duration ?? (store.facts.lasts ? null : store.facts.duration), frame: store.doc.frame, output,
+  ...(store.facts.opaque || isSound() ? {} : { alpha: "keep" }), ...more });
 
 export async function copyCommand() {
   try {

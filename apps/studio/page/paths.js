@@ -1,21 +1,27 @@
 // SVG path data as contours of nodes that a hand can move, and back.
 // A contour: {closed, nodes: [{x, y, in: [x, y] or null, out: [x, y] or null}]}, all in pixels of the picture.
 
-const counts = { M: 2, L: 2, H: 1, V: 1, C: 6, S: 4, Q: 4, T: 2, Z: 0 };
+const counts = { M: 2, L: 2, H: 1, V: 1, C: 6, S: 4, Q: 4, T: 2, A: 7, Z: 0 };
+const number = /[\s,]*([-+]?(?:\d+\.?\d*|\.\d+)(?:e[-+]?\d+)?)/iy, flag = /[\s,]*([01])/y, letter = /[\s,]*([a-z])/iy;
 
-/** Null for what is no path of lines and curves. */
+/** Null for what is no path. */
 export function parsePath(text) {
-  const tokens = text.match(/[a-z]|[-+]?(?:\d+\.?\d*|\.\d+)(?:e[-+]?\d+)?/gi) ?? [];
   const contours = [];
-  let contour = null, command = null, x = 0, y = 0, last = null;
-  for (let i = 0; i < tokens.length;) {
-    if (/[a-z]/i.test(tokens[i])) command = tokens[i++];
-    else if (!command || command.toUpperCase() === "Z") return null;
-    const kind = command.toUpperCase(), relative = command !== kind;
-    if (!(kind in counts)) return null;
-    const n = tokens.slice(i, i + counts[kind]).map(Number);
-    if (n.length < counts[kind] || n.some(Number.isNaN)) return null;
-    i += counts[kind];
+  let contour = null, command = null, x = 0, y = 0, last = null, place = 0;
+  const next = (what) => {
+    what.lastIndex = place;
+    const found = what.exec(text);
+    if (found) place = what.lastIndex;
+    return found && found[1];
+  };
+  while (text.slice(place).trim()) {
+    const named = next(letter);
+    command = named ?? command;
+    const kind = command?.toUpperCase(), relative = command !== kind;
+    if (!(kind in counts) || (kind === "Z" && !named)) return null;
+    const words = Array.from({ length: counts[kind] }, (_, k) => next(kind === "A" && (k === 3 || k === 4) ? flag : number)); // flags may stand close together
+    if (words.includes(null)) return null;
+    const n = words.map(Number);
     if (kind === "Z") {
       if (!contour) return null;
       close(contour);
@@ -23,7 +29,7 @@ export function parsePath(text) {
       contour = null;
       continue;
     }
-    if (relative) for (let k = 0; k < n.length; ++k) n[k] += kind === "V" || (kind !== "H" && k % 2) ? y : x;
+    if (relative) for (let k = kind === "A" ? 5 : 0; k < n.length; ++k) n[k] += kind === "V" || (kind === "A" ? k === 6 : kind !== "H" && k % 2) ? y : x;
     if (kind === "M" || !contour) {
       contour = { closed: false, nodes: [{ x: kind === "M" ? n[0] : x, y: kind === "M" ? n[1] : y, in: null, out: null }] };
       contours.push(contour);
@@ -33,6 +39,15 @@ export function parsePath(text) {
         last = null;
         continue;
       }
+    }
+    if (kind === "A") {
+      for (const curve of arc(x, y, ...n)) {
+        contour.nodes.at(-1).out = curve.slice(0, 2);
+        contour.nodes.push({ x: curve[4], y: curve[5], in: curve.slice(2, 4), out: null });
+      }
+      [x, y] = n.slice(-2);
+      last = null;
+      continue;
     }
     const from = contour.nodes.at(-1), mirrored = last ? [2 * x - last[0], 2 * y - last[1]] : [x, y];
     let c0 = null, c1 = null, to = n.slice(-2);
@@ -53,6 +68,31 @@ export function parsePath(text) {
     [x, y] = to;
   }
   return contours;
+}
+
+/** An elliptical arc as cubics of a quarter turn at most: [control, control, end] of each, flat. */
+function arc(x0, y0, rx, ry, degrees, large, sweep, x, y) {
+  if (x0 === x && y0 === y) return [];
+  [rx, ry] = [Math.abs(rx), Math.abs(ry)];
+  if (!rx || !ry) return [[x0, y0, x, y, x, y]];
+  const turn = (degrees * Math.PI) / 180, cos = Math.cos(turn), sin = Math.sin(turn);
+  const flat = (dx, dy) => [(cos * dx + sin * dy) / rx, (cos * dy - sin * dx) / ry]; // where the ellipse is the unit circle
+  let [u, v] = flat((x0 - x) / 2, (y0 - y) / 2);
+  const reach = Math.hypot(u, v);
+  if (reach > 1) [rx, ry, u, v] = [rx * reach, ry * reach, u / reach, v / reach]; // as large as it has to be
+  const away = (large === sweep ? -1 : 1) * Math.sqrt(Math.max(0, 1 / (u * u + v * v) - 1));
+  const [cu, cv] = [away * v, -away * u]; // the centre, from the middle of the ends
+  const from = Math.atan2(v - cv, u - cu);
+  let angle = Math.atan2(-v - cv, -u - cu) - from;
+  if (sweep && angle < 0) angle += 2 * Math.PI;
+  if (!sweep && angle > 0) angle -= 2 * Math.PI;
+  const point = (p, q) => [(x0 + x) / 2 + cos * rx * (cu + p) - sin * ry * (cv + q), (y0 + y) / 2 + sin * rx * (cu + p) + cos * ry * (cv + q)];
+  const count = Math.ceil(Math.abs(angle) / (Math.PI / 2) - 1e-9), step = angle / count, k = (4 / 3) * Math.tan(step / 4);
+  return Array.from({ length: count }, (_, i) => {
+    const a = from + i * step, b = a + step;
+    return [...point(Math.cos(a) - k * Math.sin(a), Math.sin(a) + k * Math.cos(a)), ...point(Math.cos(b) + k * Math.sin(b), Math.sin(b) - k * Math.cos(b)),
+      ...(i + 1 === count ? [x, y] : point(Math.cos(b), Math.sin(b)))];
+  });
 }
 
 /** A last node on the first one is the first one. */

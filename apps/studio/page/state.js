@@ -38,7 +38,7 @@ class Store extends EventTarget {
   #merging = null;
   #written = 0;
   doc = location.hash.length > 1 ? fromFragment() : empty();
-  facts = { frames: 1, rate: 25, duration: 5, wholeWidth: 720, wholeHeight: 576, pixelAspect: 1 };
+  facts = { frames: 1, rate: 25, duration: 5, wholeWidth: 720, wholeHeight: 576, pixelAspect: 1, opaque: true };
 
   /** Changes of one `merge` that follow each other closely are undone together. */
   change(edit, merge = null) {
