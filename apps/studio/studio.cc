@@ -275,7 +275,8 @@ private:
                         {"opaque", shown.opaque},
                         {"milliseconds", took.count()}};
     response.set_header("X-Frame", text(facts));
-    response.set_content(shown.rgba, "application/octet-stream");
+    response.set_header("Content-Type", "application/octet-stream");
+    response.body = std::move(shown.rgba);
   }
 
   void sound(const Request &request, Response &response) {

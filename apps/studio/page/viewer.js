@@ -6,7 +6,7 @@ import { isSound, store, wire } from "./state.js";
 import { GeometryOverlay } from "./geometry.js";
 
 const kPatience = 400;  // milliseconds that a picture under way is waited for before it is given up
-const kSmooth = 45;     // milliseconds that a picture may take while a slider is dragged
+const kSmooth = 33;     // milliseconds that a picture may take while a slider is dragged
 const kRest = 160;      // milliseconds without a change after which the whole picture comes
 
 let requests = 0;
@@ -17,12 +17,13 @@ export function pickColor(take) {
   document.querySelector("picture-view").classList.add("picking");
 }
 
-/** One canvas and its requests: one under way, and the newest waits. */
+/** One canvas and its requests: one that is rendered, one whose pixels come meanwhile, and the newest waits. */
 class Pictures {
-  #under = null;
+  #under = null;  // when the one that is rendered was asked for
+  #coming = 0;
   #next = null;
-  #area = 1;
-  cost = 0; // milliseconds of a picture in the size that is shown, as the last ones tell
+  #drawn = 0;     // the request that the canvas shows
+  #costs = { 1: 0, 0.5: 0, 0.25: 0 }; // milliseconds from one picture to the next, by what part of the whole they are
 
   constructor(name, canvas, told) {
     this.name = `${client}:${name}`;
@@ -32,39 +33,59 @@ class Pictures {
 
   ask(body) {
     this.#next = body;
-    if (!this.#under) return void this.#go();
-    if (performance.now() - this.#under > kPatience) return void this.#go();
+    this.#goOn();
     clearTimeout(this.timer);
-    this.timer = setTimeout(() => this.#next && this.#go(), kPatience);
+    this.timer = setTimeout(() => this.#goOn(), kPatience);
+  }
+
+  #goOn() {
+    const patient = this.#under && performance.now() - this.#under < kPatience;
+    if (this.#next && !patient && this.#coming < 2) this.#go();
   }
 
   async #go() {
-    const body = this.#next;
+    const body = this.#next, number = ++requests;
     const began = performance.now();
     this.#next = null;
     this.#under = began;
+    const rendered = () => {
+      if (this.#under === began) this.#under = null;
+      this.#goOn();
+    };
+    ++this.#coming;
     try {
-      const response = await send("/api/frame", { ...body, client: this.name, number: ++requests });
+      const response = await send("/api/frame", { ...body, client: this.name, number });
+      const answered = performance.now();
+      rendered();
       if (response.status === 204) return; // a newer one is on its way
       if (response.headers.get("Content-Type").includes("json")) return this.told((await response.json()).message, null, body);
       const facts = JSON.parse(response.headers.get("X-Frame"));
-      const bytes = await response.arrayBuffer();
-      const image = new ImageData(new Uint8ClampedArray(bytes), facts.width, facts.height);
+      const image = new ImageData(new Uint8ClampedArray(await response.arrayBuffer()), facts.width, facts.height);
+      if (number < this.#drawn) return;
+      this.#drawn = number;
       if (this.canvas.width !== facts.width || this.canvas.height !== facts.height) Object.assign(this.canvas, { width: facts.width, height: facts.height });
       this.canvas.getContext("2d", { willReadFrequently: true }).putImageData(image, 0, 0);
-      if (!body.draft) this.#area = facts.width * facts.height;
-      const cost = ((performance.now() - began) * this.#area) / (facts.width * facts.height);
-      this.cost = this.cost ? (this.cost + cost) / 2 : cost;
+      this.#learn(body.part ?? 1, Math.max(answered - began, performance.now() - answered));
       this.told(null, facts, body);
     } catch (error) {
       if (error.status) this.told(error.message, null, body);
     } finally {
-      if (this.#under === began) this.#under = null;
-      if (this.#next && !this.#under) this.#go();
+      --this.#coming;
+      rendered();
     }
   }
 
-  get idle() { return !this.#under && !this.#next; }
+  /** A single slow one, such as the first, does not count for much; larger ones are tried again in a while. */
+  #learn(part, cost) {
+    const costs = this.#costs;
+    costs[part] = (3 * costs[part] + Math.min(cost, 3 * kSmooth)) / 4;
+    for (const larger in costs) if (larger > part) costs[larger] *= 0.97;
+  }
+
+  /** The part of the whole at which pictures follow a hand smoothly. */
+  get part() { return [1, 0.5].find((part) => this.#costs[part] <= kSmooth) ?? 0.25; }
+
+  get idle() { return !this.#coming && !this.#next; }
 }
 
 class PictureView extends HTMLElement {
@@ -76,7 +97,7 @@ class PictureView extends HTMLElement {
     this.after = make("canvas", { className: "after", role: "img", "aria-label": "The picture behind the effects" });
     this.before = make("canvas", { className: "before", role: "img", "aria-label": "The picture before the effects", hidden: true });
     this.divider = make("div", { className: "divider", hidden: true, role: "slider", tabIndex: 0, "aria-label": "Where before ends and after begins" });
-    this.sheet = make("div", { className: "sheet checker" }, this.after, this.before);
+    this.sheet = make("div", { className: "sheet" }, this.after, this.before);
     this.overlay = new GeometryOverlay();
     this.sheet.append(this.overlay.svg, this.divider);
     this.desk = make("div", { className: "desk", tabIndex: 0, "aria-label": "Picture; plus and minus zoom, 0 fits, arrows move" }, this.sheet);
@@ -130,9 +151,9 @@ class PictureView extends HTMLElement {
     if (!doc.source && !doc.stages.some((stage) => stage.on)) return this.tell("Drop a picture, a clip or a sound here, or choose one of the sources on the left.");
     const body = { ...wire(), frame: doc.frame, box: this.box };
     clearTimeout(this.rest);
-    if (dragging && this.pictures.cost > kSmooth) { // a smaller one at once, the whole when the hand rests
-      const part = this.pictures.cost > 4 * kSmooth ? 0.25 : 0.5;
-      this.pictures.ask({ ...body, box: body.box.map((side) => Math.max(16, Math.round(side * part))), draft: true });
+    const { part } = this.pictures;
+    if (dragging && part < 1) { // a smaller one at once, the whole when the hand rests
+      this.pictures.ask({ ...body, box: body.box.map((side) => Math.max(16, Math.round(side * part))), part });
       this.rest = setTimeout(() => this.pictures.ask(body), kRest);
     } else {
       this.pictures.ask(body);
@@ -147,7 +168,7 @@ class PictureView extends HTMLElement {
   show(message, facts, body) {
     if (message) {
       this.tell(message.replace(/^"[^"]*" at [\d.e-]+ s: /, "") + (this.overlay.empty ? ". Draw it on the picture: Pen, Rectangle and Ellipse are above." : ""));
-      if (body.source) return this.fallback.ask({ ...body, stages: [], draft: true });
+      if (body.source) return this.fallback.ask({ ...body, stages: [] });
       this.after.getContext("2d", { willReadFrequently: true }).clearRect(0, 0, this.after.width, this.after.height);
       return this.layout();
     }
@@ -155,8 +176,9 @@ class PictureView extends HTMLElement {
     this.sheet.hidden = false;
     const { milliseconds } = facts;
     this.know(facts);
-    this.facts.textContent = `${facts.wholeWidth} × ${facts.wholeHeight}${body.draft ? "" : ` · ${milliseconds.toFixed(0)} ms`}`;
-    this.dataset.shown = body.draft ? "" : JSON.stringify([body.stages, body.frame]);
+    this.sheet.classList.toggle("checker", !facts.opaque);
+    this.facts.textContent = `${facts.wholeWidth} × ${facts.wholeHeight}${body.part ? "" : ` · ${milliseconds.toFixed(0)} ms`}`;
+    this.dataset.shown = body.part ? "" : JSON.stringify([body.stages, body.frame]);
     this.layout();
   }
 
