@@ -61,7 +61,7 @@ Json effectOf(const host::Effect &effect, const std::string &identity) {
   json["remarks"] = host::remarksOn(effect);
   json["icon"] = effect.icon.has_value();
   json["clip"] = clipField(effect, identity);
-  json["dialog"] = effect.onDialogItemEdit != nullptr;
+  json["dialog"] = effect.onDialogItemEdit != nullptr || effect.onDialogOpen != nullptr;
   json["fields"] = Json::array();
   const host::Instance instance(effect, identity, host::Timeline());
   for (size_t i = 0; i < effect.fields.size(); ++i)

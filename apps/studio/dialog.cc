@@ -111,6 +111,8 @@ Json dialogOf(const DocumentStage &stage, const DialogEvent &event, const host::
   }
   if (event.edited && effect.onDialogItemEdit != nullptr) {
     session.selectedInputs = event.selected;
+    session.info()->Time = event.share;
+    session.info()->FrameTime = event.share * timeline.duration;
     const host::Session::Use use(session);
     effect.onDialogItemEdit(session.info(), *event.edited);
   }

@@ -14,6 +14,7 @@ namespace zol::studio {
 struct DialogEvent {
   std::optional<int> edited; ///< the field: a button that was pressed, or a value that was changed
   std::vector<int> selected; ///< slots of the list of inputs
+  double share = 0;          ///< where the span stands that is looked at, from 0 to 1
 };
 
 /// The values of a stage behind its callbacks: {fields: [{value, keys, slots, items}], messages}. A field's

@@ -15,7 +15,8 @@
 #include "host/model/text.h"
 #include "host/render/preset.h"
 
-#include <csignal>
+#include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -246,6 +247,7 @@ private:
       for (const Json &slot : body["selected"])
         if (slot.is_number_integer() && slot >= 0 && slot < kMostListed)
           event.selected.push_back(slot);
+    event.share = std::clamp(numberIn(body, "share").value_or(0), 0.0, 1.0);
     host::Timeline timeline;
     timeline.duration = document.duration.value_or(kStillDuration);
     answer(response, dialogOf(chosen, event, timeline, options_.host));

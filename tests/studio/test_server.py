@@ -239,6 +239,14 @@ class Pictures(Server):
         self.assertEqual(dialog(["a.wav", ""], edited=ids["Add"]), (["a.wav", "", ""], ["Level 0", "Level 1", "Level 2"]))
         self.assertEqual(dialog(["a.wav", "", "b.wav"], edited=ids["Delete"], selected=[1]), (["a.wav", "b.wav"], ["Level 0", "Level 1"]))
 
+    def test_a_button_sets_the_value_that_is_now(self):
+        effect = next(e for e in self.studio.json("GET", "/api/effects") if e["name"] == "Time/Time Warp")
+        ids = {field["name"]: i for i, field in enumerate(effect["fields"])}
+        freeze = next(i for i, field in enumerate(effect["fields"]) if field["type"] == "button")
+        stage = {"effect": effect["name"], "settings": [["Speed", "0=1;1=1"]]}
+        reply = self.studio.json("POST", "/api/dialog", {"stages": [stage], "stage": 0, "share": 0.4, "edited": freeze})
+        self.assertEqual([[round(t, 3), v] for t, v, _ in reply["fields"][ids["Speed"]]["keys"]], [[0, 1], [0.4, 0], [1, 1]])
+
     def test_icons_and_declarations(self):
         effects = self.studio.json("GET", "/api/effects")
         listed = json.loads(subprocess.run([str(ZOL), "list", "--json"], check=True, stdout=subprocess.PIPE).stdout)

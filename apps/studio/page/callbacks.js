@@ -2,7 +2,7 @@
 
 import { note, post } from "./api.js";
 import { format } from "./curves.js";
-import { effectNamed, store, wire } from "./state.js";
+import { effectNamed, share, store, wire } from "./state.js";
 
 /** Has the effect's own callbacks say what the dialog holds, after what the user did in it. */
 export async function refreshDialog(number, event = {}) {
@@ -11,7 +11,7 @@ export async function refreshDialog(number, event = {}) {
   const doc = { ...store.doc, stages: [{ ...stage, on: true }] };
   let reply;
   try {
-    reply = await post("/api/dialog", { ...wire(doc), duration: store.facts.duration, stage: 0, ...event });
+    reply = await post("/api/dialog", { ...wire(doc), duration: store.facts.duration, stage: 0, share: share(), ...event });
   } catch (error) {
     return note(error.message);
   }
