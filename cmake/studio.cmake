@@ -16,6 +16,6 @@ add_custom_command(OUTPUT ${studio_embedded}
 add_library(zol_studio STATIC ${studio_sources} ${studio_embedded})
 # As the library was compiled: its records depend on them.
 target_compile_definitions(zol_studio PRIVATE CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_ZLIB_SUPPORT CPPHTTPLIB_BROTLI_SUPPORT)
-target_link_libraries(zol_studio PRIVATE zol_shell_flags PUBLIC zol_host ${httplib_library})
+target_link_libraries(zol_studio PRIVATE zol_shell_flags PUBLIC zol_host ${httplib_library} z)
 target_link_libraries(zol PRIVATE zol_studio)
 target_compile_definitions(zol PRIVATE ZOL_WITH_STUDIO)

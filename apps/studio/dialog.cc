@@ -2,13 +2,12 @@
 
 #include "apps/studio/reply.h"
 #include "host/model/error.h"
+#include "host/model/values.h"
 #include "host/render/instance.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <deque>
 #include <nlohmann/json.hpp>
-#include <string_view>
 
 namespace zol::studio {
 namespace {
@@ -24,40 +23,15 @@ struct SlotClip : host::Clip {
   std::string file;
 };
 
-const char *courseName(host::Course course) {
-  return course == host::Course::hold ? "hold" : course == host::Course::smooth ? "smooth" : "line";
-}
-
-Json keysOf(const host::NumberCurve *curve) {
-  Json keys = Json::array();
-  if (curve != nullptr)
-    for (const auto &key : curve->keys())
-      keys.push_back({key.time, key.value[0], courseName(key.course)});
-  return keys;
-}
-
-Json keysOf(const host::ColorCurve *curve) {
-  Json keys = Json::array();
-  if (curve == nullptr)
-    return keys;
-  for (const auto &key : curve->keys()) {
-    const _color_t color = colorAt(*curve, key.time);
-    char text[10];
-    std::snprintf(text, sizeof text, "#%02x%02x%02x%02x", color.r, color.g, color.b, color.a);
-    keys.push_back({key.time, text, courseName(key.course)});
-  }
-  return keys;
-}
-
 Json itemsOf(const host::Parameters &parameters, int field) {
   Json items = Json::array();
   const auto *set = parameters.datasets.find(field, 0);
   for (size_t item = 0; set != nullptr && item < set->size(); ++item) {
     const _color_t color = (*set)[item].display.Colour;
+    const host::NumberCurve *curve = parameters.numbers.find(field, static_cast<int>(item));
     items.push_back({{"name", (*set)[item].name},
-                     {"kind", (*set)[item].kind},
                      {"color", color.r << 16 | color.g << 8 | color.b},
-                     {"keys", keysOf(parameters.numbers.find(field, static_cast<int>(item)))}});
+                     {"value", curve == nullptr ? "" : host::textOf(*curve)}});
   }
   return items;
 }
@@ -75,11 +49,7 @@ Json fieldOf(const host::Instance &instance, const host::Parameters &parameters,
   Json json = Json::object();
   if (const std::string value = instance.valueText(id); !value.empty())
     json["value"] = value;
-  if (type == FieldType::number)
-    json["keys"] = keysOf(parameters.numbers.find(id, 0));
-  else if (type == FieldType::color)
-    json["keys"] = keysOf(parameters.colors.find(id, 0));
-  else if (type == FieldType::dataset)
+  if (type == FieldType::dataset)
     json["items"] = itemsOf(parameters, id);
   else if (type == FieldType::inputs)
     json["slots"] = slotsOf(parameters, id);

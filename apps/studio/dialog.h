@@ -17,9 +17,8 @@ struct DialogEvent {
   double share = 0;          ///< where the span stands that is looked at, from 0 to 1
 };
 
-/// The values of a stage behind its callbacks: {fields: [{value, keys, slots, items}], messages}. A field's
-/// `keys` are [share of the span, value, course] with numbers or "#rrggbbaa"; the slots of a list are files
-/// of the document. Throws Refusal for values that the effect does not take.
+/// The values of a stage behind its callbacks, as users write them: {fields: [{value, slots, items: [{name,
+/// color, value}]}], messages}. The slots of a list are files of the document. Throws Refusal for values that the effect does not take.
 nlohmann::json dialogOf(const DocumentStage &stage, const DialogEvent &event, const host::Timeline &timeline,
                         const std::string &identity);
 

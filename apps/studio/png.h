@@ -1,4 +1,4 @@
-// Pictures as PNG files, not compressed.
+// Icons as PNG files.
 #pragma once
 
 #include "host/model/effect.h"

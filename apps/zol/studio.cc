@@ -1,12 +1,10 @@
 // zol studio: a page on the user's own machine to try effects on.
 
+#include "apps/studio/studio.h"
 #include "apps/zol/commands.h"
-
 #include "host/model/error.h"
 
 #ifdef ZOL_WITH_STUDIO
-#include "apps/studio/studio.h"
-
 #include <cstdio>
 #include <cstdlib>
 #include <spawn.h>
@@ -41,14 +39,6 @@ void serve(const studio::Options &options, bool open) {
 }
 
 #else
-
-namespace studio {
-struct Options {
-  std::vector<std::string> files;
-  std::string folder, output = ".", host = "Halvenor", library, page;
-  std::optional<int> port;
-};
-} // namespace studio
 
 void serve(const studio::Options &, bool) {
   throw host::HostError(

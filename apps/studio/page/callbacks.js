@@ -1,7 +1,6 @@
 // What effects do in their dialogs by themselves.
 
 import { note, post } from "./api.js";
-import { format } from "./curves.js";
 import { effectNamed, share, store, wire } from "./state.js";
 
 /** Has the effect's own callbacks say what the dialog holds, after what the user did in it. */
@@ -32,9 +31,8 @@ function setItems(stage, name, items) {
   const old = stage.items[name] ?? [];
   old.forEach((item) => delete stage.values[item.name]);
   stage.items[name] = items.map((item) => {
-    const text = format(item.keys.map(([t, v, course]) => ({ t, v: String(v), course })));
-    const normal = old.find((other) => other.name === item.name)?.default ?? text;
-    if (text !== normal) stage.values[item.name] = text;
+    const normal = old.find((other) => other.name === item.name)?.default ?? item.value;
+    if (item.value !== normal) stage.values[item.name] = item.value;
     return { name: item.name, color: item.color, default: normal };
   });
 }
