@@ -18,7 +18,8 @@ struct DialogEvent {
 };
 
 /// The values of a stage behind its callbacks, as users write them: {fields: [{value, slots, items: [{name,
-/// color, value}]}], messages}. The slots of a list are files of the document. Throws Refusal for values that the effect does not take.
+/// color, value}]}], messages}. The slots of a list are files of the document. Throws Refusal for values that
+/// the effect does not take.
 nlohmann::json dialogOf(const DocumentStage &stage, const DialogEvent &event, const host::Timeline &timeline,
                         const std::string &identity);
 
