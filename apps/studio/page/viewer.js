@@ -25,7 +25,9 @@ class Pictures {
   #drawn = 0;     // the request that the canvas shows
   #costs = { 1: 0, 0.5: 0, 0.25: 0 }; // milliseconds from one picture to the next, by what part of the whole they are
 
-  constructor(name, canvas, told) {
+  /** `wanted` tells whether what comes is to be drawn still. */
+  constructor(name, canvas, told, wanted = () => true) {
+    this.wanted = wanted;
     this.name = `${client}:${name}`;
     this.canvas = canvas;
     this.told = told;
@@ -58,10 +60,14 @@ class Pictures {
       const answered = performance.now();
       rendered();
       if (response.status === 204) return; // a newer one is on its way
-      if (response.headers.get("Content-Type").includes("json")) return this.told((await response.json()).message, null, body);
+      if (response.headers.get("Content-Type").includes("json")) {
+        const { message } = await response.json();
+        if (number > this.#drawn) this.told(message, null, body);
+        return;
+      }
       const facts = JSON.parse(response.headers.get("X-Frame"));
       const image = new ImageData(new Uint8ClampedArray(await response.arrayBuffer()), facts.width, facts.height);
-      if (number < this.#drawn) return;
+      if (number < this.#drawn || !this.wanted()) return;
       this.#drawn = number;
       if (this.canvas.width !== facts.width || this.canvas.height !== facts.height) Object.assign(this.canvas, { width: facts.width, height: facts.height });
       this.canvas.getContext("2d", { willReadFrequently: true }).putImageData(image, 0, 0);
@@ -110,7 +116,7 @@ class PictureView extends HTMLElement {
       this.overlay.tools, this.facts);
     this.append(this.tools, this.desk, this.message);
     this.pictures = new Pictures("after", this.after, (...told) => this.show(...told));
-    this.fallback = new Pictures("fallback", this.after, (error, facts) => facts && this.know(facts));
+    this.fallback = new Pictures("fallback", this.after, (error, facts) => facts && this.know(facts), () => !this.message.hidden);
     this.originals = new Pictures("before", this.before, () => this.layout());
     new ResizeObserver(() => { this.layout(); this.refresh(); }).observe(this.desk);
     store.addEventListener("change", () => this.refresh(true));
