@@ -30,6 +30,7 @@ void addDeclare(CLI::App &zol);
 void addSlowmo(CLI::App &zol);
 void addJoin(CLI::App &zol);
 void addIcons(CLI::App &zol);
+void addStudio(CLI::App &zol);
 void addHelp(CLI::App &zol);
 void addCompletion(CLI::App &zol);
 /// For help and completion: `render` reads its own words, since effects are chained by "!".

@@ -2,6 +2,7 @@
 
 #include "apps/zol/commands.h"
 
+#include "host/render/record.h"
 #include "host/script/library.h"
 
 #include <nlohmann/json.hpp>
@@ -28,14 +29,10 @@ void list(const HostOptions &options, bool json) {
   const host::EffectLibrary library(options.libraryFile(), options.host);
   if (json) {
     auto effects = nlohmann::json::array();
-    for (const host::Effect &effect : library.registry().effects())
-      effects.push_back({{"name", effect.name},
-                         {"sign", effect.sign},
-                         {"version", effect.version},
-                         {"video", effect.renderVideo != nullptr},
-                         {"realTime", effect.renderVideoRT != nullptr},
-                         {"audio", effect.renderAudio != nullptr},
-                         {"fields", effect.fields.size()}});
+    for (const host::Effect &effect : library.registry().effects()) {
+      effects.push_back(host::effectRecord(effect));
+      effects.back()["fields"] = effect.fields.size();
+    }
     std::printf("%s\n", effects.dump(2).c_str());
     return;
   }

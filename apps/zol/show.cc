@@ -6,6 +6,7 @@
 #include "host/model/remarks.h"
 #include "host/model/text.h"
 #include "host/render/instance.h"
+#include "host/render/record.h"
 #include "host/script/library.h"
 
 #include <nlohmann/json.hpp>
@@ -18,70 +19,6 @@ namespace zol::command {
 namespace {
 
 using host::Field;
-using host::FieldType;
-
-std::string limitsText(const Field &field) {
-  const bool least = (field.flags & host::kMinLimit) != 0;
-  const bool most = (field.flags & host::kMaxLimit) != 0;
-  if (!field.min || !field.max)
-    return field.kind == "Alpha" ? "0 to 1" : "";
-  std::string text = host::numberText(*field.min) + " to " + host::numberText(*field.max);
-  if (!least || !most)
-    text += least ? ", or more" : most ? ", or less" : ", or beyond";
-  return text;
-}
-
-std::string takes(const Field &field) {
-  switch (field.type) {
-  case FieldType::input: return "input";
-  case FieldType::inputs: return "list of inputs";
-  case FieldType::number: {
-    const std::string limits = limitsText(field), unit = host::unitOf(field);
-    return "number" + (limits.empty() ? "" : ' ' + limits) + (unit.empty() ? "" : ", in " + unit);
-  }
-  case FieldType::integer: return "whole number " + limitsText(field);
-  case FieldType::color: return "colour #rrggbb[aa] or its name";
-  case FieldType::selector: return "one of";
-  case FieldType::toggle: return "on or off";
-  case FieldType::geometry: return "SVG path data or @file.svg";
-  case FieldType::media: return "file";
-  case FieldType::dataset: return "a curve for each input";
-  case FieldType::button: return "button";
-  case FieldType::label: return "text";
-  case FieldType::group: return "group";
-  }
-  return "";
-}
-
-bool isHidden(const Field &field) {
-  return (field.flags & host::kHide) != 0 || field.type == FieldType::button ||
-         field.type == FieldType::label || field.type == FieldType::group;
-}
-
-nlohmann::json fieldJson(const host::Effect &effect, const Field &field, const std::string &value) {
-  nlohmann::json json = {{"name", field.name}, {"kind", field.kind}};
-  const auto text = [&](const char *key, const std::string &content) {
-    if (!content.empty())
-      json[key] = content;
-  };
-  text("label", field.label);
-  text("help", field.help);
-  text("default", value);
-  if (field.min)
-    json["min"] = *field.min;
-  if (field.max)
-    json["max"] = *field.max;
-  json["limited"] = {{"below", (field.flags & host::kMinLimit) != 0},
-                     {"above", (field.flags & host::kMaxLimit) != 0}};
-  json["hidden"] = isHidden(field);
-  text("takes", takes(field));
-  text("unit", host::unitOf(field));
-  for (const std::string_view remark : host::remarksOn(effect, field.name))
-    json["remarks"].push_back(remark);
-  for (const host::Item &item : field.items)
-    json["items"].push_back({{"text", item.text}, {"value", item.value}});
-  return json;
-}
 
 // ---- Markdown ----
 
@@ -138,7 +75,7 @@ void showMarkdown(const HostOptions &options, const std::string &wanted) {
   std::printf("| field | kind | takes | default | |\n|---|---|---|---|---|\n");
   for (size_t i = 0; i < effect.fields.size(); ++i) {
     const Field &field = effect.fields[i];
-    if (isHidden(field))
+    if (host::isHidden(field))
       continue;
     std::vector<std::string> items;
     for (const host::Item &item : field.items)
@@ -149,7 +86,7 @@ void showMarkdown(const HostOptions &options, const std::string &wanted) {
     if (const std::string label = host::withoutMnemonic(field.label); !label.empty() && label != field.name)
       help = "shown as \"" + cell(label) + "\"" + (help.empty() ? "" : ". ") + help;
     std::printf("| %s | %s | %s%s%s | %s | %s |\n", cell(field.name).c_str(), field.kind.c_str(),
-                takes(field).c_str(), items.empty() ? "" : " ", listOf(items).c_str(),
+                host::takenBy(field).c_str(), items.empty() ? "" : " ", listOf(items).c_str(),
                 cell(instance.valueText(static_cast<int>(i))).c_str(), help.c_str());
   }
   std::printf("\nSign `%s`, version %d, declared as %s. Callbacks: %s.\n", effect.sign.c_str(),
@@ -173,7 +110,8 @@ void show(const HostOptions &options, const std::string &wanted, bool json) {
                           {"remarks", host::remarksOn(effect)},
                           {"fields", nlohmann::json::array()}};
     for (size_t i = 0; i < effect.fields.size(); ++i) {
-      out["fields"].push_back(fieldJson(effect, effect.fields[i], instance.valueText(static_cast<int>(i))));
+      out["fields"].push_back(
+          host::fieldRecord(effect, effect.fields[i], instance.valueText(static_cast<int>(i))));
       for (const std::string &item : instance.datasetItems(static_cast<int>(i)))
         out["fields"].back()["set"].push_back(item);
     }
@@ -187,10 +125,10 @@ void show(const HostOptions &options, const std::string &wanted, bool json) {
     std::printf("\nNote: %.*s\n", static_cast<int>(remark.size()), remark.data());
   for (size_t i = 0; i < effect.fields.size(); ++i) {
     const Field &field = effect.fields[i];
-    if (isHidden(field))
+    if (host::isHidden(field))
       continue;
     const std::string value = instance.valueText(static_cast<int>(i));
-    std::printf("\n  %s: %s", field.name.c_str(), takes(field).c_str());
+    std::printf("\n  %s: %s", field.name.c_str(), host::takenBy(field).c_str());
     for (size_t k = 0; k < field.items.size(); ++k)
       std::printf("%s \"%s\"", k == 0 ? "" : ",", field.items[k].text.c_str());
     if (!value.empty())

@@ -7,6 +7,7 @@
 #include "host/render/output.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace zol::host {
 namespace {
@@ -127,6 +128,21 @@ const NumberCurve *Chain::numbers(size_t stage, std::string_view field) const {
 void Chain::release() {
   for (const auto &clip : clips_)
     clip->release();
+}
+
+Settled settle(const ChainSetup &setup, const RenderPlan &plan, const std::vector<Input> &inputs) {
+  const auto settleFor = setup.sound ? settleSound : settlePictures;
+  Settled settled = settleFor(plan, inputs);
+  const bool looked =
+      std::all_of(inputs.begin(), inputs.end(), [](const Input &input) { return input.info() != nullptr; });
+  if (plan.duration || settled.leading == nullptr || !looked || setup.stages.front().effect->trim == nullptr)
+    return settled;
+  const auto duration = Chain(setup, plan, settled.timeline, inputs).mediaDuration();
+  if (!duration || std::abs(*duration - settled.leading->duration()) * settled.timeline.rate.value() < 1)
+    return settled;
+  RenderPlan lasting = plan;
+  lasting.duration = Time(*duration);
+  return settleFor(lasting, inputs);
 }
 
 } // namespace zol::host

@@ -4,6 +4,7 @@
 #include "host/render/inputs.h"
 #include "host/render/media_clip.h"
 #include "host/render/plan.h"
+#include "host/render/settle.h"
 #include "host/render/stage.h"
 #include "host/script/library.h"
 
@@ -87,5 +88,9 @@ private:
   std::vector<std::pair<const Input *, const MediaClip *>>
       media_; ///< Those of the clips that are an input's.
 };
+
+/// What the plan comes to over these inputs: an effect that plays media at a speed of its own goes on for as
+/// long as these last then. Throws HostError for what cannot be rendered.
+Settled settle(const ChainSetup &setup, const RenderPlan &plan, const std::vector<Input> &inputs);
 
 } // namespace zol::host

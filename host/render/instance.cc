@@ -16,7 +16,8 @@ namespace zol::host {
 Instance::Instance(const Effect &effect, const std::string &identity, const Timeline &timeline,
                    Clip *defaultClip)
     : effect_(effect), session_(identity),
-      script_(effect, session_.parameters), span_{timeline.duration, timeline.rate} {
+      script_(effect, session_.parameters), span_{timeline.duration, timeline.rate},
+      drawingScale_{.a = timeline.drawingScaleX, .d = timeline.drawingScaleY} {
   session_.defaultClip = defaultClip;
   session_.stop = interrupted;
   session_.onStatement = [this](const char *text) {
@@ -96,7 +97,7 @@ std::unique_ptr<Shape> Instance::readShape(const Field &field, std::string_view 
     Drawing drawing = readDrawing(std::string(key.value));
     for (const std::string &note : drawing.notes)
       notes_.push_back(field.name + ": " + note);
-    drawings.push_back({key.share * span_.duration, std::move(drawing.geometry), key.course});
+    drawings.push_back({key.share * span_.duration, drawing.geometry.transformed(drawingScale_), key.course});
   }
   if (!file)
     noteStrayKey(field, value);

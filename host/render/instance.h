@@ -1,6 +1,7 @@
 // One use of an effect: its parameters, as its own init callback and then the user set them.
 #pragma once
 
+#include "host/geometry/geometry.h"
 #include "host/model/effect.h"
 #include "host/model/times.h"
 #include "host/render/timeline.h"
@@ -76,6 +77,7 @@ private:
   Session session_;
   InstanceScript script_;
   KeySpan span_;
+  Matrix drawingScale_;
   bool dialogOpened_ = false;
   std::vector<std::unique_ptr<Shape>> shapes_;
   std::vector<std::string> notes_;

@@ -5,7 +5,6 @@
 #include "host/render/sound.h"
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <future>
 #include <utility>
@@ -36,7 +35,7 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
     opened.push_back(std::async(std::launch::async, [&] { return Input(input, setup_.sound, plan_); }));
   for (std::future<Input> &input : opened)
     inputs_.push_back(input.get());
-  settle();
+  settled_ = settle(setup_, plan_, inputs_);
   for (size_t i = 0; i < inputs_.size(); ++i)
     inputs_[i].bringTo(settled_.timeline, setup_.retimed[i]);
   if (part_)
@@ -62,25 +61,6 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
       note(line);
   for (const std::string &line : output_.notes)
     note(line);
-}
-
-/// An effect that plays media at a speed of its own goes on for as long as these last then.
-void RenderJob::settle() {
-  const auto settle = [this](const RenderPlan &plan) {
-    return setup_.sound ? settleSound(plan, inputs_) : settlePictures(plan, inputs_);
-  };
-  settled_ = settle(plan_);
-  const bool looked =
-      std::all_of(inputs_.begin(), inputs_.end(), [](const Input &input) { return input.info() != nullptr; });
-  if (plan_.duration || settled_.leading == nullptr || !looked ||
-      setup_.stages.front().effect->trim == nullptr)
-    return;
-  const auto duration = Chain(setup_, plan_, settled_.timeline, inputs_).mediaDuration();
-  if (!duration || std::abs(*duration - settled_.leading->duration()) * settled_.timeline.rate.value() < 1)
-    return;
-  RenderPlan plan = plan_;
-  plan.duration = Time(*duration);
-  settled_ = settle(plan);
 }
 
 /// Counts the frames, and leaves those of the part.

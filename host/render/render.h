@@ -52,7 +52,6 @@ public:
   [[nodiscard]] std::vector<std::string> notes();
 
 private:
-  void settle();
   [[nodiscard]] bool needsOneThread() const;
   ChainThreads threads(size_t frames);
   void writeSound(uint64_t from, uint64_t to);

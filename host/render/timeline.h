@@ -15,6 +15,8 @@ struct Timeline {
   double pixelAspect = 1;
   double duration = 1;
   unsigned sampleRate = 48000, channels = 2;
+  /// The part that this is of the size in whose pixels geometries are drawn.
+  double drawingScaleX = 1, drawingScaleY = 1;
 
   /// Writes all of it into a context.
   void describe(t_ZoHostInfo &info) const;
