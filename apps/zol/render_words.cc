@@ -271,7 +271,8 @@ void addRenderOptions(CLI::App &app) {
   app.callback([words] {}); // keeps what the options refer to
 }
 
-RenderWords renderWords(const std::vector<std::string> &words) {
+RenderWords renderWords(const std::vector<std::string> &words,
+                        const std::function<void(CLI::App &)> &addMore) {
   RenderWords all;
   const auto own = std::find(words.begin(), words.end(), "--");
   if (own != words.end())
@@ -287,6 +288,7 @@ RenderWords renderWords(const std::vector<std::string> &words) {
     Stage &stage = *stages.emplace_back(std::make_unique<Stage>());
     stage.app.formatter(std::make_shared<HelpFormatter>());
     addOptions(stage.app, all, stage.options);
+    addMore(stage.app);
     try {
       parseWords(stage.app, {first, end});
     } catch (const CLI::CallForHelp &) {

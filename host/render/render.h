@@ -32,6 +32,9 @@ public:
   /// The same with a library that is already loaded, under the plan's host.
   RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library);
 
+  /// Pictures that are to be rendered, as far as the inputs tell.
+  [[nodiscard]] uint64_t frames() const { return settled_.span.count; }
+
   /// Writes the output, whole or not at all.
   void run(const Progress &progress);
 

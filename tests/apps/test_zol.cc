@@ -276,6 +276,9 @@ TEST_F(Zol, HelpManualAndCompletionKnowEveryOption) {
       {"render blur --alpha ''", "auto\nkeep\ndrop\n"},
       {"slowmo x --method v", "vector\n"},
       {"completion z", "zsh\n"},
+      {"farm s", "status\n"},
+      {"farm render chain", "chain mix\n"},
+      {"farm status ''", ""},
   };
   for (const auto &[words, found] : completed)
     EXPECT_EQ(zol("complete " + std::string(words)).out, found) << words;
