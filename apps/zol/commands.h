@@ -28,6 +28,7 @@ void addList(CLI::App &zol);
 void addShow(CLI::App &zol);
 void addDeclare(CLI::App &zol);
 void addSlowmo(CLI::App &zol);
+void addJoin(CLI::App &zol);
 void addIcons(CLI::App &zol);
 void addHelp(CLI::App &zol);
 void addCompletion(CLI::App &zol);

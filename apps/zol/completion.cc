@@ -86,8 +86,11 @@ Words fieldNames(const host::EffectLibrary &library, const std::string &effect) 
 Words namesOf(const std::vector<const CLI::Option *> &options) {
   Words names;
   for (const CLI::Option *option : options)
-    if (option->nonpositional())
-      names.push_back(spelled(*option));
+    if (option->nonpositional()) {
+      const std::string all = spelledNames(*option);
+      for (const std::string_view name : host::split(all, ','))
+        names.emplace_back(name);
+    }
   return names;
 }
 

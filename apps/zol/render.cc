@@ -47,7 +47,13 @@ void renderBatch(const RenderWords &asked) {
 }
 
 void renderOne(const RenderWords &asked) {
-  host::RenderJob job(asked.plan);
+  const HostOptions options{asked.plan.host, asked.plan.library};
+  const auto library = std::make_shared<const host::EffectLibrary>(options.libraryFile(), options.host);
+  if (asked.plan.part && !asked.dryRun && host::isDone(asked.plan, *library)) {
+    tellNotes(asked.telling, {'"' + host::fileOfPart(asked.plan) + "\" is complete already"});
+    return;
+  }
+  host::RenderJob job(asked.plan, library);
   tellNotes(asked.telling, job.notes());
   if (asked.dryRun) {
     printCommands(job);
@@ -77,6 +83,8 @@ void runRender(const std::vector<std::string> &words) {
   }
   if (!asked.savePreset.empty())
     host::checkPreset(asked.savePreset, asked.plan.overwrite);
+  if (host::isBatch(asked.plan) && asked.plan.part)
+    throw host::HostError("--segment: parts are rendered of one film at a time");
   if (host::isBatch(asked.plan))
     renderBatch(asked);
   else

@@ -52,6 +52,15 @@ std::optional<host::PlannedFault> faultIn(const std::string &text) {
   return service && nth && *nth >= 1 ? std::optional(host::PlannedFault{*service, *nth}) : std::nullopt;
 }
 
+std::optional<host::PartPlan> partIn(const std::string &text) {
+  const size_t by = text.find('/');
+  const auto number = integerIn(text.substr(0, by));
+  const auto count = by == text.npos ? std::nullopt : integerIn(text.substr(by + 1));
+  return number && count && *number >= 1 && *number <= *count
+             ? std::optional(host::PartPlan{*number, *count, {}})
+             : std::nullopt;
+}
+
 template <class Number> auto wholeNumber(int least, int most) {
   return [=](const std::string &text) -> std::optional<Number> {
     const auto number = integerIn(text);
@@ -170,11 +179,23 @@ std::vector<host::StagePlan> stagesOf(const CLI::App &app, const StageOptions &o
 
 // ---- The whole render ----
 
-void addPlanOptions(CLI::App &app, RenderPlan &plan) {
-  const auto flag = [&](const char *name, bool &set, const char *help) { app.add_flag(name, set, help); };
+/// How and where to a plan is rendered, whatever it renders.
+void addRunOptions(CLI::App &app, RenderPlan &plan) {
   app.add_option("-o", plan.output, "Output file, its format told by its name; - is stdout, raw")
       ->type_name("FILE");
-  flag("-y", plan.overwrite, "Replace the output file if it exists");
+  app.add_flag("-y,--overwrite", plan.overwrite, "Replace the output file if it exists");
+  addValue(app, "--segment", plan.part, partIn, "K/N, the K-th of N parts",
+           "Render the K-th of N parts of the pictures into a Matroska file, or numbered pictures; zol join "
+           "makes the film of them. A part that is there already, of the same render, is kept")
+      ->type_name("K/N");
+  addValue(app, "--threads", plan.threads, wholeNumber<unsigned>(1, 1024), "1 to 1024",
+           "Threads to work with")
+      ->type_name("N");
+}
+
+void addPlanOptions(CLI::App &app, RenderPlan &plan) {
+  const auto flag = [&](const char *name, bool &set, const char *help) { app.add_flag(name, set, help); };
+  addRunOptions(app, plan);
 
   addValue(app, "--size", plan.size, sizeIn, "WIDTHxHEIGHT",
            "Picture size, by default the first input's, else 720x576")
@@ -227,9 +248,6 @@ void addPlanOptions(CLI::App &app, RenderPlan &plan) {
 
   flag("--strict", plan.strict, "Damaged input is an error");
   flag("--playlists", plan.playlists, "Inputs may be playlists, which name other files");
-  addValue(app, "--threads", plan.threads, wholeNumber<unsigned>(1, 1024), "1 to 1024",
-           "Threads to work with")
-      ->type_name("N");
   app.add_option_function<std::vector<std::string>>(
          "--fault",
          [&plan](const std::vector<std::string> &texts) {
@@ -246,14 +264,23 @@ void addPlanOptions(CLI::App &app, RenderPlan &plan) {
       ->allow_extra_args(false);
 }
 
+void addTellingOptions(CLI::App &app, RenderWords &words) {
+  app.add_flag("--dry-run", words.dryRun, "Print the ffmpeg commands that would run, and do nothing");
+  words.telling.addTo(app);
+}
+
 void addOptions(CLI::App &app, RenderWords &words, StageOptions &stage) {
   addStageOptions(app, stage);
   addPlanOptions(app, words.plan);
   app.add_option("--save-preset", words.savePreset, "Write the effects, their inputs and settings here")
       ->type_name("FILE");
   addHostOptions(app, words.plan.host, words.plan.library);
-  app.add_flag("--dry-run", words.dryRun, "Print the ffmpeg commands that would run, and do nothing");
-  words.telling.addTo(app);
+  app.add_option(
+         "--plan", words.planFile,
+         "In the place of effects and all that they are given, a plan in JSON, whose output the film is; "
+         "beside it stand -o, -y, --segment, --threads, --dry-run, --quiet and --progress alone")
+      ->type_name("FILE");
+  addTellingOptions(app, words);
   app.footer(
       "Effects are chained by \"!\", each with its own -i and --set. The result of one goes to the input of\n"
       "the next that is meant for the clip, which is the keyed one of keyers and else the first:\n"
@@ -271,8 +298,44 @@ void addRenderOptions(CLI::App &app) {
   app.callback([words] {}); // keeps what the options refer to
 }
 
+namespace {
+
+/// The words of a render whose plan stands in a file.
+RenderWords planWords(const std::vector<std::string> &words, const std::function<void(CLI::App &)> &addMore) {
+  RenderWords all;
+  CLI::App app("Render a plan.", "zol render");
+  RenderPlan asked;
+  app.set_help_flag();
+  app.add_option("--plan", all.planFile);
+  addRunOptions(app, asked);
+  addTellingOptions(app, all);
+  addMore(app);
+  try {
+    parseWords(app, words);
+  } catch (const CLI::ParseError &error) {
+    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError))
+      throw;
+    refuse("beside --plan stand -o, -y, --segment, --threads, --dry-run, --quiet and --progress alone; the "
+           "plan tells the rest");
+  }
+  all.plan = host::loadPlan(all.planFile);
+  all.plan.overwrite = all.plan.overwrite || asked.overwrite;
+  all.plan.part = asked.part ? asked.part : all.plan.part;
+  all.plan.threads = asked.threads ? asked.threads : all.plan.threads;
+  if (all.plan.part && !asked.output.empty())
+    all.plan.part->file = asked.output;
+  else if (!asked.output.empty())
+    all.plan.output = asked.output;
+  return all;
+}
+
+} // namespace
+
 RenderWords renderWords(const std::vector<std::string> &words,
                         const std::function<void(CLI::App &)> &addMore) {
+  if (std::find(words.begin(), words.end(), "--plan") != words.end() &&
+      std::find(words.begin(), words.end(), "--help") == words.end())
+    return planWords(words, addMore);
   RenderWords all;
   const auto own = std::find(words.begin(), words.end(), "--");
   if (own != words.end())

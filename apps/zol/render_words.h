@@ -15,6 +15,7 @@ namespace zol::command {
 struct RenderWords {
   host::RenderPlan plan;
   std::string savePreset; ///< a file, or empty
+  std::string planFile;   ///< likewise
   bool dryRun = false, help = false;
   TellingOptions telling;
 };

@@ -1,7 +1,6 @@
 #include "host/farm/plan.h"
 
 #include "host/model/error.h"
-#include "host/model/text.h"
 #include "host/model/text_file.h"
 
 #include <algorithm>
@@ -114,37 +113,6 @@ void FarmPlace::prepare(bool kept) const {
   } catch (const fs::filesystem_error &error) {
     throw HostError("cannot make " + folder() + ": " + error.code().message());
   }
-}
-
-RenderPlan withAbsolutePaths(RenderPlan plan, const EffectLibrary &library) {
-  const auto root = [](std::string &file) { file = fs::absolute(file).lexically_normal(); };
-  const auto rootInput = [&](std::string &file) {
-    if (file == "-" || fs::is_fifo(file) || fs::is_socket(file))
-      throw HostError("a farm reads files, not " + (file == "-" ? "standard input" : '"' + file + '"'));
-    root(file);
-  };
-  for (StagePlan &stage : plan.stages) {
-    const Effect &effect = library.effect(stage.effect);
-    for (InputPlan &input : stage.inputs)
-      rootInput(input.file);
-    for (auto &[name, value] : stage.settings) {
-      const auto field = std::ranges::find_if(
-          effect.fields, [&](const Field &known) { return sameWithoutCase(known.name, name); });
-      if (field == effect.fields.end())
-        continue;
-      if (field->type == FieldType::input || field->type == FieldType::media)
-        rootInput(value);
-      else if (field->type == FieldType::geometry && value.starts_with('@'))
-        value = '@' + fs::absolute(value.substr(1)).lexically_normal().string();
-    }
-  }
-  root(plan.output);
-  if (!plan.library.empty())
-    root(plan.library);
-  for (std::string *program : {&plan.programs.ffmpeg, &plan.programs.ffprobe})
-    if (program->find('/') != program->npos)
-      root(*program);
-  return plan;
 }
 
 bool makeSameFilm(RenderPlan a, RenderPlan b) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "host/render/plan.h"
-#include "host/script/library.h"
 
 #include <filesystem>
 #include <string>
@@ -62,9 +61,6 @@ public:
 private:
   std::filesystem::path folder_;
 };
-
-/// The plan with the paths of all its files from the root on. Throws HostError for an input that is no file.
-RenderPlan withAbsolutePaths(RenderPlan plan, const EffectLibrary &library);
 
 /// Whether parts of one serve the other: all but what concerns only how and when they are made.
 bool makeSameFilm(RenderPlan a, RenderPlan b);

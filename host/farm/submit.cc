@@ -1,10 +1,13 @@
 #include "host/farm/submit.h"
 
 #include "host/farm/slurm.h"
+#include "host/media/format.h"
 #include "host/media/interrupt.h"
 #include "host/media/process.h"
+#include "host/media/writer.h"
 #include "host/model/error.h"
 #include "host/model/text_file.h"
+#include "host/render/part.h"
 #include "host/render/render.h"
 
 #include <algorithm>
@@ -54,6 +57,27 @@ double secondsAFrame(const FarmPlace &place, const FarmPlan &plan, uint64_t fram
       break;
   }
   return std::max(0.0, cost);
+}
+
+/// Throws HostError where the film cannot be put together of parts.
+void checkFilm(const RenderPlan &plan) {
+  if (MediaWriter::writesInPlace(plan.output) || kindOf(plan.output) != FileKind::moving)
+    throw HostError("a farm makes a film in one file, not \"" + plan.output + '"');
+}
+
+/// The plan of one part.
+RenderPlan partOf(const FarmPlace &place, const FarmPlan &plan, unsigned number) {
+  RenderPlan part = plan.render;
+  part.part = PartPlan{static_cast<int>(number), static_cast<int>(plan.parts), place.part(number)};
+  return part;
+}
+
+/// Whether the parts that stand there are of the plan and of its files as they are now.
+bool areOf(const FarmPlace &place, const FarmPlan &plan, const EffectLibrary &library) {
+  for (unsigned number = 1; number <= plan.parts; ++number)
+    if (fs::exists(place.part(number)))
+      return isDone(partOf(place, plan, number), library);
+  return true;
 }
 
 std::shared_ptr<const EffectLibrary> libraryOf(const RenderPlan &plan) {
@@ -134,6 +158,7 @@ Submitted submitFarm(const FarmRequest &request) {
   const auto library = libraryOf(request.render);
   FarmPlan plan;
   plan.render = withAbsolutePaths(request.render, *library);
+  checkFilm(plan.render);
   plan.render.threads.reset();
   plan.threads = request.render.threads.value_or(1);
   plan.program = fs::read_symlink("/proc/self/exe");
@@ -160,11 +185,12 @@ Submitted submitFarm(const FarmRequest &request) {
     return result;
   }
 
-  RenderJob job(plan.render, library); // all that can be told before
+  (void)recordOf(partOf(place, plan, 1), *library); // all that can be told before
+  RenderJob job(plan.render, library);
   result.notes = job.notes();
   const bool made = !fs::exists(place.folder());
   try {
-    place.prepare(same);
+    place.prepare(same && areOf(place, before->plan, *library));
     plan.parts = same            ? before->plan.parts
                  : request.parts ? *request.parts
                                  : partsFor(job.frames(), secondsAFrame(place, plan, job.frames()));

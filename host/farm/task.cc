@@ -95,7 +95,7 @@ int renderFarmPart(const std::string &file) {
   const std::string part = place.part(number);
   fs::create_directories(fs::path(part).parent_path());
   const std::string why = run({plan.program, "render", "--plan", "/dev/stdin", "--segment",
-                               std::to_string(number) + '/' + std::to_string(plan.parts), "-o", part,
+                               std::to_string(number) + '/' + std::to_string(plan.parts), "-o", part, "-y",
                                "--threads", std::to_string(plan.threads)},
                               toJson(plan.render).dump());
   if (why.empty())

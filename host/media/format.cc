@@ -345,6 +345,8 @@ const auto &chosenRow(const Rows &rows, const Format &format, std::string_view h
   return *rowOf(rows, codec, choice.quality);
 }
 
+constexpr std::string_view kPictureEncoders = "-c:v -codec:v -vcodec -c -codec"; // options
+
 bool hasAlphaByName(std::string_view pixelFormat) {
   for (const std::string_view start :
        {"rgba", "bgra", "argb", "abgr", "yuva", "gbrap", "ya8", "ya16", "pal8"})
@@ -422,8 +424,7 @@ PictureEncoding pictureEncoding(const Format &format, const std::string &name, c
   PictureEncoding encoding{std::string(row.words),
                            std::string(alpha && !row.alpha.empty() ? row.alpha : row.opaque), row.colours,
                            alpha && !row.alpha.empty(), row.fields};
-  if (const std::string encoder = optionOf(choice.options, "-c:v -codec:v -vcodec -c -codec");
-      !encoder.empty()) {
+  if (const std::string encoder = optionOf(choice.options, kPictureEncoders); !encoder.empty()) {
     constexpr PictureRow kUsual{"", good, "", "yuv420p", "", bt709};
     const PictureRow *own = rowOfEncoder(encoder);
     const PictureRow &used = own == nullptr ? kUsual : *own;
@@ -441,6 +442,12 @@ PictureEncoding pictureEncoding(const Format &format, const std::string &name, c
     encoding.pixelFormat = std::move(pixelFormat);
   }
   return encoding;
+}
+
+std::string pictureCodec(const Format &format, const std::string &name, const EncodingChoice &choice) {
+  if (!optionOf(choice.options, kPictureEncoders).empty())
+    return {};
+  return std::string(chosenRow(kPictures, format, format.pictures, name, choice).codec);
 }
 
 SoundEncoding soundEncoding(const Format &format, const std::string &name, const EncodingChoice &choice) {

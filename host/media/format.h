@@ -73,6 +73,8 @@ FileKind kindOf(const std::string &file);
 /// hold, and for qualities that they do not have. The format must hold pictures or sound, respectively.
 PictureEncoding pictureEncoding(const Format &format, const std::string &name, const EncodingChoice &choice,
                                 bool alpha);
+/// The codec of the former, as the tables here name it; empty where the options name an encoder.
+std::string pictureCodec(const Format &format, const std::string &name, const EncodingChoice &choice);
 SoundEncoding soundEncoding(const Format &format, const std::string &name, const EncodingChoice &choice);
 
 /// What follows the last of these words among options for ffmpeg, such as "-c:v -vcodec"; empty: none is

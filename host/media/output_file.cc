@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
@@ -16,6 +17,7 @@
 #include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -220,12 +222,15 @@ struct Pattern {
     text.insert(0, std::max<size_t>(text.size(), static_cast<size_t>(digits)) - text.size(), '0');
     return before + text + after;
   }
-  [[nodiscard]] bool fits(std::string_view name) const {
+  /// The number in a name; nothing where it is not such a name.
+  [[nodiscard]] std::optional<uint64_t> numberIn(std::string_view name) const {
     if (name.size() < before.size() + after.size() + static_cast<size_t>(digits) ||
         !name.starts_with(before) || !name.ends_with(after))
-      return false;
+      return std::nullopt;
     name = name.substr(before.size(), name.size() - before.size() - after.size());
-    return std::all_of(name.begin(), name.end(), [](char c) { return c >= '0' && c <= '9'; });
+    uint64_t number = 0;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
+    return end == name.data() + name.size() && error == std::errc() ? std::optional(number) : std::nullopt;
   }
 };
 
@@ -242,14 +247,18 @@ std::optional<Pattern> patternIn(const std::string &name) {
 
 class OutputSequence : public Output {
 public:
-  OutputSequence(const std::string &file, Pattern pattern, bool overwrite)
+  OutputSequence(const std::string &file, Pattern pattern, bool overwrite,
+                 std::optional<std::pair<uint64_t, uint64_t>> numbers)
       : target_(file), folder_(folderOf(target_)), pattern_(std::move(pattern)), overwrite_(overwrite) {
     checkFolder(file, folder_);
     std::error_code error;
     for (fs::directory_iterator entry(folder_, error), end; !error && !overwrite && entry != end;
-         entry.increment(error))
-      if (pattern_.fits(entry->path().filename().string()))
-        refuse(file, entry->path().filename().string() + " exists");
+         entry.increment(error)) {
+      const std::string name = entry->path().filename().string();
+      if (const auto number = pattern_.numberIn(name);
+          number && (!numbers || (*number >= numbers->first && *number < numbers->second)))
+        refuse(file, name + " exists");
+    }
   }
   ~OutputSequence() override {
     std::error_code ignored;
@@ -304,9 +313,15 @@ std::unique_ptr<Output> makeOutputFile(const std::string &file, bool overwrite) 
   return std::make_unique<OutputFile>(file, overwrite);
 }
 
-std::unique_ptr<Output> makeOutputSequence(const std::string &file, bool overwrite) {
+std::unique_ptr<Output> makeOutputSequence(const std::string &file, bool overwrite,
+                                           std::optional<std::pair<uint64_t, uint64_t>> numbers) {
   return std::make_unique<OutputSequence>(file, patternIn(fs::path(file).filename().string()).value(),
-                                          overwrite);
+                                          overwrite, numbers);
+}
+
+std::string numberedFile(const std::string &file, uint64_t number) {
+  const fs::path path(file);
+  return (path.parent_path() / patternIn(path.filename().string()).value().name(number)).string();
 }
 
 } // namespace zol::host

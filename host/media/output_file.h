@@ -3,8 +3,11 @@
 
 #include "host/media/process.h"
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace zol::host {
 
@@ -33,8 +36,13 @@ protected:
 /// unwritable folder. Nothing is created yet. Later failures are HostErrors with the bare reason. Devices,
 /// pipes, and standard output, as "-", are written in place.
 std::unique_ptr<Output> makeOutputFile(const std::string &file, bool overwrite);
-/// The same for pictures that are numbered where the name has "%d", "%06d" or the like.
-std::unique_ptr<Output> makeOutputSequence(const std::string &file, bool overwrite);
+/// The same for pictures that are numbered where the name has "%d", "%06d" or the like. Where it is known
+/// which numbers come, from the first to before the second, others may exist.
+std::unique_ptr<Output> makeOutputSequence(const std::string &file, bool overwrite,
+                                           std::optional<std::pair<uint64_t, uint64_t>> numbers = {});
+
+/// The file of one of these numbers.
+std::string numberedFile(const std::string &file, uint64_t number);
 
 /// Whether the last part of a name has one such place for a number.
 bool hasNumber(const std::string &file);

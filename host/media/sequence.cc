@@ -2,6 +2,7 @@
 
 #include "host/model/text.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <regex>
 #include <set>
@@ -28,6 +29,12 @@ std::string withSinglePercents(const std::string &text) {
 }
 
 } // namespace
+
+std::string PictureSequence::file(int number) const {
+  std::string text = std::to_string(number);
+  text.insert(0, digits - std::min(digits, text.size()), '0');
+  return before + text + after;
+}
 
 std::optional<PictureSequence> sequenceNamed(const std::string &name) {
   namespace fs = std::filesystem;
@@ -62,11 +69,11 @@ std::optional<PictureSequence> sequenceNamed(const std::string &name) {
     if (number == sequence.first + sequence.count)
       ++sequence.count;
   sequence.goesOn = static_cast<size_t>(sequence.count) < numbers.size();
-  std::string parent = name.substr(0, name.size() - last.size());
+  const std::string parent = name.substr(0, name.size() - last.size());
   sequence.pattern = withDoubledPercents(parent) + last;
-  std::string digits = std::to_string(sequence.first);
-  digits.insert(0, width - std::min(width, digits.size()), '0');
-  sequence.firstFile = parent + before + digits + after;
+  sequence.before = parent + before;
+  sequence.after = after;
+  sequence.digits = width;
   return sequence;
 }
 

@@ -100,7 +100,7 @@ MediaInfo Source::lookInto(const MediaPrograms &programs) const {
     std::istringstream bytes(std::string(head_.begin(), head_.end()));
     header = readPictureHeader(bytes);
   } else {
-    std::ifstream file(sequence_ ? sequence_->firstFile : file_, std::ios::binary);
+    std::ifstream file(sequence_ ? sequence_->file(sequence_->first) : file_, std::ios::binary);
     header = readPictureHeader(file);
   }
   // By another name it may be the first of many pictures in one file.

@@ -4,8 +4,11 @@
 #include "host/model/text.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
+#include <initializer_list>
 #include <stdexcept>
 #include <string_view>
 #include <unistd.h>
@@ -49,16 +52,70 @@ Words colourWords(Colours colours) {
   return {};
 }
 
-/// Of the user's own words those that concern sound or the file: pictures that are done are only copied.
-Words withoutPictures(const Words &options) {
+/// Of the user's own words those that concern sound or the file, or the others, which concern the pictures.
+Words wordsApart(const Words &options, bool pictures) {
+  constexpr std::string_view kValued[] = {"-acodec", "-ac", "-ar", "-af", "-f", "-movflags", "-metadata"};
+  constexpr std::string_view kBare[] = {"-an", "-sn", "-dn"};
+  const auto isOneOf = [](const std::string &word, const auto &names) {
+    return std::find(std::begin(names), std::end(names), word) != std::end(names);
+  };
   Words kept;
-  for (size_t i = 0; i + 1 < options.size(); ++i)
-    for (const char *name : {"-acodec", "-ac", "-ar", "-af", "-f", "-movflags", "-metadata"})
-      if (options[i] == name || (options[i].starts_with('-') && options[i].ends_with(":a"))) {
-        add(kept, {options[i], options[i + 1]});
-        break;
-      }
+  for (size_t i = 0; i < options.size(); ++i) {
+    const bool valued =
+        i + 1 < options.size() &&
+        (isOneOf(options[i], kValued) || (options[i].starts_with('-') && options[i].ends_with(":a")));
+    if (pictures != (valued || isOneOf(options[i], kBare)))
+      kept.insert(kept.end(), options.begin() + static_cast<ptrdiff_t>(i),
+                  options.begin() + static_cast<ptrdiff_t>(i) + (valued ? 2 : 1));
+    i += valued ? 1 : 0;
+  }
   return kept;
+}
+
+// ---- Pictures that are copied ----
+
+/// What the format counts the times of pictures in, in seconds; nothing where that is not known.
+std::optional<Rational> clockOf(std::string_view muxer, Rational rate) {
+  constexpr int kLeast = 10000; // ticks a second, below which clocks of this family are doubled
+  const auto isOneOf = [&](std::initializer_list<std::string_view> names) {
+    return std::find(names.begin(), names.end(), muxer) != names.end();
+  };
+  if (isOneOf({"mp4", "mov", "ipod", "3gp", "3g2", "f4v"})) {
+    int64_t ticks = rate.num;
+    while (ticks < kLeast)
+      ticks *= 2;
+    return Rational(1, ticks);
+  }
+  if (isOneOf({"matroska", "webm", "flv", "asf"}))
+    return Rational(1, 1000);
+  if (muxer == "mpegts")
+    return Rational(1, 90000);
+  if (isOneOf({"avi", "mxf"}))
+    return Rational(rate.den, rate.num);
+  return std::nullopt;
+}
+
+/// A list of files as ffmpeg's "concat" reads it.
+std::string listOf(const EncodedPictures &pictures, Rational rate) {
+  std::string list;
+  for (size_t i = 0; i < pictures.files.size(); ++i) {
+    std::string name = fileUrl(pictures.files[i]);
+    for (size_t at = 0; (at = name.find('\'', at)) != name.npos; at += 4)
+      name.replace(at, 1, "'\\''");
+    list += "file '" + name + "'\nduration " + numberText(timeOf(pictures.frames[i], rate)) + '\n';
+  }
+  return list;
+}
+
+/// As ffmpeg's files of metadata have it.
+std::string metadataOf(const std::string &name, const std::string &value) {
+  std::string text = ";FFMETADATA1\n" + name + '=';
+  for (const char c : value) {
+    if (std::string_view("=;#\\\n").find(c) != std::string_view::npos)
+      text += '\\';
+    text += c;
+  }
+  return text + '\n';
 }
 
 /// Slower than half goes in steps.
@@ -84,8 +141,11 @@ bool canCopyPictures(const std::string &from, const std::string &to, const Encod
 MediaWriter::MediaWriter(std::string file, WriterOptions options)
     : file_(std::move(file)), options_(std::move(options)),
       raw_(file_ == "-" && optionOf(options_.encoding.options, "-f").empty()) {
+  std::optional<std::pair<uint64_t, uint64_t>> numbers;
+  if (options_.pictures)
+    numbers = {options_.firstNumber, options_.firstNumber + *options_.pictures};
   if (!raw_)
-    output_ = isSequence() ? makeOutputSequence(file_, options_.overwrite)
+    output_ = isSequence() ? makeOutputSequence(file_, options_.overwrite, numbers)
                            : makeOutputFile(file_, options_.overwrite);
   check();
   pipe_ = pipeLayout();
@@ -127,6 +187,8 @@ void MediaWriter::check() const {
     return;
   }
   const Format &format = formatOf(file_, o.encoding);
+  if (copiesPictures() && !clockOf(format.muxer, o.rate))
+    refuse("encoded pictures can be copied into mp4, mov, mkv, webm, ts, mxf, avi, flv and their like alone");
   if (format.kind == FileKind::sound && hasPictures())
     refuse("such a file holds sound alone");
   if (format.sounds.empty() && (hasSamples() || o.companion.sound))
@@ -241,6 +303,31 @@ void MediaWriter::addCompanionTracks(Words &args, const std::string &input) cons
     add(args, {"-map", input + ":t", "-c:t", "copy"});
 }
 
+void MediaWriter::addEncodedPictures(Words &args, const std::string &input) const {
+  const WriterOptions &o = options_;
+  const EncodedPictures &from = o.encoded;
+  const std::string_view muxer = formatOf(file_, o.encoding).muxer;
+  const Rational tick = clockOf(muxer, o.rate).value(), frame(o.rate.den, o.rate.num);
+  const auto ticks = [&](const std::string &frames) {
+    return "round(" + frames + "*(" + frame.text() + ")/(" + tick.text() + "))";
+  };
+  // Matroska counts milliseconds: they tell the picture, which tells the exact time.
+  const std::string shown = from.delay == 0 ? "N" : "round(PTS*(" + tick.text() + ")/(" + frame.text() + "))";
+  std::string filters;
+  const bool ownHeaders = muxer == "avi" || muxer == "mxf";
+  if (ownHeaders && from.codec == "h264")
+    filters = "h264_mp4toannexb,";
+  else if ((ownHeaders || muxer == "mpegts") && from.codec.starts_with("mpeg"))
+    filters = "dump_extra,";
+  filters += "setts=pts=" + ticks(shown) + ":dts=" + ticks("(N-" + std::to_string(from.delay) + ')') +
+             ":duration=" + ticks("1") + ":time_base=" + tick.text();
+  add(args, {"-map", input + ":v:0", "-c:v", "copy", "-bsf:v", filters, "-r", o.rate.text()});
+  if (!from.encoder.empty())
+    add(args, {"-metadata:s:v:0", "encoder=" + from.encoder});
+  if (!o.timecode.empty())
+    add(args, {"-metadata", "timecode=" + o.timecode});
+}
+
 std::vector<std::string> MediaWriter::arguments(const std::string &target, Pass pass,
                                                 const std::string &picturesAlone) const {
   const Format &format = formatOf(file_, options_.encoding);
@@ -248,18 +335,23 @@ std::vector<std::string> MediaWriter::arguments(const std::string &target, Pass 
   const Companion &from = o.companion;
   Words args{o.programs.ffmpeg, "-v", "error", "-nostdin", "-y"};
   int inputs = 0;
-  std::string sound, pictures, companion; // the numbers of the inputs
+  std::string sound, pictures, companion, tag; // the numbers of the inputs
   const auto next = [&] { return std::to_string(inputs++); };
   if (from.file.empty())
     add(args, {"-xerror"}); // otherwise small damage in the companion would end it all
   // Sound comes first: its pipe can always be fed.
   if (hasSamples()) {
-    add(args, {"-f", "f32le", "-ar", std::to_string(o.sampleRate), "-ac", std::to_string(o.channels),
-               "-probesize", "32", "-analyzeduration", "0", "-i", hasPictures() ? "pipe:3" : "pipe:0"});
+    add(args,
+        {"-f", "f32le", "-ar", std::to_string(o.sampleRate), "-ac", std::to_string(o.channels), "-probesize",
+         "32", "-analyzeduration", "0", "-i", hasPictures() && !copiesPictures() ? "pipe:3" : "pipe:0"});
     sound = next();
   }
   if (pass == Pass::joining) {
     add(args, {"-i", picturesAlone});
+    pictures = next();
+  } else if (copiesPictures()) {
+    add(args, {"-protocol_whitelist", "file,pipe", "-f", "concat", "-safe", "0", "-auto_convert", "0", "-i",
+               "pipe:3"});
     pictures = next();
   } else if (hasPictures()) {
     add(args,
@@ -284,9 +376,15 @@ std::vector<std::string> MediaWriter::arguments(const std::string &target, Pass 
     if (from.sound)
       sound = companion;
   }
+  if (!tagFile_.empty()) {
+    add(args, {"-f", "ffmetadata", "-i", fileUrl(tagFile_)});
+    tag = next();
+  }
 
   if (pass == Pass::joining)
     add(args, {"-map", pictures + ":v", "-c:v", "copy"});
+  else if (copiesPictures())
+    addEncodedPictures(args, pictures);
   else if (hasPictures())
     addPictureWords(args, pictures);
   if (!sound.empty()) {
@@ -298,10 +396,14 @@ std::vector<std::string> MediaWriter::arguments(const std::string &target, Pass 
     addCompanionTracks(args, companion);
   addWords(args, format.words);
   const std::string told = !companion.empty() && from.tags ? companion : "-1";
-  add(args, {"-map_metadata", told, "-map_chapters", told});
+  add(args, {"-map_metadata", tag.empty() ? told : tag, "-map_chapters", told});
   if (!format.muxer.empty())
     add(args, {"-f", std::string(format.muxer)});
-  const Words own = pass == Pass::joining ? withoutPictures(o.encoding.options) : o.encoding.options;
+  Words own = o.encoding.options;
+  if (pass == Pass::joining || copiesPictures())
+    own = wordsApart(own, false);
+  else if (!o.tag.first.empty()) // of a file of pictures alone
+    own = wordsApart(own, true);
   args.insert(args.end(), own.begin(), own.end());
   args.push_back(target);
   return args;
@@ -338,16 +440,23 @@ void MediaWriter::prepare() {
     standardOutput_ = nonBlockingOutput();
   } else {
     Process::Options options;
-    options.input = Process::Stream::Pipe;
+    if (!copiesPictures() || hasSamples())
+      options.input = Process::Stream::Pipe;
     options.output = file_ == "-" ? Process::Stream::Inherit : Process::Stream::None;
-    options.secondInput = hasPictures() && hasSamples();
+    options.secondInput = copiesPictures() || (hasPictures() && hasSamples());
     orFail([&] {
       if (soundComesLate())
         picturesAlone_ = output_->spare();
+      writeTag();
       process_ = std::make_unique<Process>(soundComesLate()
                                                ? arguments(fileUrl(picturesAlone_), Pass::picturesAlone, {})
                                                : arguments(output_->begin(), Pass::whole, {}),
                                            options);
+      if (!copiesPictures())
+        return;
+      const std::string list = listOf(options_.encoded, options_.rate);
+      process_->queueSecond(list.data(), list.size());
+      process_->endSecond();
     });
   }
   constexpr size_t kWaiting = size_t{64} << 20, kMostPictures = 4, kBlocks = 64;
@@ -359,6 +468,17 @@ void MediaWriter::prepare() {
         if (process_)
           process_->terminate();
       });
+}
+
+/// A tag may be longer than a word of a command line.
+void MediaWriter::writeTag() {
+  if (options_.tag.first.empty())
+    return;
+  tagFile_ = output_->spare();
+  std::ofstream stream(tagFile_, std::ios::binary);
+  stream << metadataOf(options_.tag.first, options_.tag.second) << std::flush;
+  if (!stream)
+    throw HostError(errorMessage(errno));
 }
 
 /// Has something done in the thread.
@@ -392,7 +512,7 @@ void MediaWriter::sendPicture(const void *pixels) {
 }
 
 void MediaWriter::sendSamples(const std::vector<float> &samples) {
-  if (!hasPictures())
+  if (!hasPictures() || copiesPictures())
     put(samples.data(), samples.size() * sizeof(float));
   else if (!process_->queueSecond(samples.data(), samples.size() * sizeof(float)))
     throwAsChild();
@@ -405,6 +525,8 @@ void MediaWriter::writeFrame(std::shared_ptr<const void> pixels) {
     throw std::logic_error("a picture for a file of sound");
   if (frames_ == 1 && !raw_ && isStill(file_))
     fail("such a file holds one picture");
+  if (copiesPictures())
+    throw std::logic_error("a picture beside those that are copied");
   if (hasSamples() && !samplesEnded_ &&
       static_cast<double>(samples_) < std::floor(timeOf(frames_, options_.rate) * options_.sampleRate) + 1)
     throw std::logic_error("the sound of a picture comes before the picture");
@@ -440,7 +562,9 @@ std::string MediaWriter::soundBeside() {
 void MediaWriter::finish() {
   if (done_)
     return;
-  if (!begun_ && !raw_)
+  if (copiesPictures())
+    prepare();
+  else if (!begun_ && !raw_)
     fail(hasPictures() ? "no pictures came" : "no sound came");
   if (behind_)
     orFail([&] { behind_->finish(); });

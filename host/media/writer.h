@@ -35,14 +35,26 @@ struct Companion {
   bool attachments = false;           ///< whether it has any; likewise
 };
 
+/// Encoded pictures in Matroska files that follow each other.
+struct EncodedPictures {
+  std::vector<std::string> files; ///< empty: none
+  std::vector<uint64_t> frames;   ///< in each
+  std::string codec;              ///< as ffprobe names it
+  std::string encoder;            ///< what it tells of itself
+  int delay = 0;                  ///< frames by which decoding leads
+};
+
 struct WriterOptions {
   int width = 0; ///< 0 with height 0: no pictures.
   int height = 0;
   Rational rate = 25;
   Rational pixelAspect = 1; ///< Width of a pixel by its height.
   FieldOrder fields = FieldOrder::none;
-  uint64_t firstNumber = 0; ///< Of numbered pictures.
-  int sampleRate = 0;       ///< 0 with channels 0: no samples.
+  uint64_t firstNumber = 0;                ///< Of numbered pictures.
+  std::optional<uint64_t> pictures;        ///< How many come, where that is known.
+  EncodedPictures encoded;                 ///< Pictures that are copied, instead of frames.
+  std::pair<std::string, std::string> tag; ///< Name and value of one more of the file's; empty: none.
+  int sampleRate = 0;                      ///< 0 with channels 0: no samples.
   int channels = 0;
   Companion companion;
   std::string timecode;   ///< Of the first picture, as "01:00:00:00"; empty: none.
@@ -110,8 +122,10 @@ private:
   void addPictureWords(std::vector<std::string> &args, const std::string &input) const;
   void addSoundWords(std::vector<std::string> &args, const std::string &input) const;
   void addCompanionTracks(std::vector<std::string> &args, const std::string &input) const;
+  void addEncodedPictures(std::vector<std::string> &args, const std::string &input) const;
   [[nodiscard]] bool hasPictures() const { return options_.width != 0 || options_.height != 0; }
   [[nodiscard]] bool hasSamples() const { return options_.channels > 0; }
+  [[nodiscard]] bool copiesPictures() const { return !options_.encoded.files.empty(); }
   [[nodiscard]] bool soundComesLate() const { return options_.companion.rawChannels > 0; }
   [[nodiscard]] bool isSequence() const;
   [[nodiscard]] std::string name() const { return file_ == "-" ? "to standard output" : file_; }
@@ -120,6 +134,7 @@ private:
   [[nodiscard]] PictureEncoding encodingOfPictures() const;
   [[nodiscard]] PictureLayout pipeLayout() const;
   void begin();
+  void writeTag();
   void hand(std::function<void()> work);
   void sendPicture(const void *pixels);
   void sendSamples(const std::vector<float> &samples);
@@ -134,6 +149,7 @@ private:
   bool raw_; ///< To standard output, without a child.
   std::unique_ptr<Output> output_;
   std::string picturesAlone_; ///< Where pictures wait for their sound.
+  std::string tagFile_;       ///< What has the tag.
   bool begun_ = false;        ///< Whether something was written.
   bool samplesEnded_ = false;
   bool done_ = false; ///< Finished or failed.

@@ -27,6 +27,8 @@ bool holdsPictures(const RenderPlan &plan) {
 
 } // namespace
 
+bool takesFile(const Effect &effect, const std::string &field) { return inputFieldNamed(effect, field) >= 0; }
+
 ChainSetup::ChainSetup(const RenderPlan &plan, const EffectLibrary &library) {
   if (plan.stages.empty())
     throw HostError("no effect was named");

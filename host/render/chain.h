@@ -16,6 +16,9 @@
 
 namespace zol::host {
 
+/// Whether a field's value is a file.
+bool takesFile(const Effect &effect, const std::string &field);
+
 /// A stage of a plan with its effect found and its files told from its other settings.
 struct StageSetup {
   struct Assignment {

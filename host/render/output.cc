@@ -38,11 +38,14 @@ public:
       writing.pixelAspect = nearestRational(timeline_.pixelAspect);
       writing.firstNumber = span_.first;
       settleAlpha();
-      keepSound();
-      if (format_ != nullptr && format_->kind == FileKind::moving) {
+      const bool moving = format_ != nullptr && format_->kind == FileKind::moving;
+      if (moving)
         keepFields();
+      if (plan_.part) // what goes along comes with all parts
+        return std::move(out_);
+      keepSound();
+      if (moving)
         keepTimecode();
-      }
     }
     if (format_ != nullptr)
       keepTracks();

@@ -2,6 +2,7 @@
 
 #include "host/model/error.h"
 #include "host/model/names.h"
+#include "host/model/text_file.h"
 
 #include <algorithm>
 #include <concepts>
@@ -36,6 +37,12 @@ template <Is<InputPlan> Input, class Visit> void forEachMember(Input &input, Vis
   visit("end", input.end);
 }
 
+template <Is<PartPlan> Part, class Visit> void forEachMember(Part &part, Visit visit) {
+  visit("number", part.number);
+  visit("count", part.count);
+  visit("file", part.file);
+}
+
 template <Is<StagePlan> Stage, class Visit> void forEachMember(Stage &stage, Visit visit) {
   visit("effect", stage.effect);
   visit("inputs", stage.inputs);
@@ -67,6 +74,7 @@ template <Is<RenderPlan> Plan, class Visit> void forEachMember(Plan &plan, Visit
   visit("strict", plan.strict);
   visit("playlists", plan.playlists);
   visit("threads", plan.threads);
+  visit("part", plan.part);
   visit("faults", plan.faults);
   visit("programs", plan.programs);
 }
@@ -183,6 +191,20 @@ RenderPlan planFromJson(const Json &json) {
   if (!FromJson::to(plan, json))
     throw HostError("a plan is an object");
   return plan;
+}
+
+RenderPlan loadPlan(const std::string &file) {
+  const std::string text = readTextFile(file);
+  try {
+    RenderPlan plan = planFromJson(Json::parse(text));
+    if (plan.stages.empty())
+      throw HostError("no stages in it");
+    return plan;
+  } catch (const nlohmann::json::exception &) {
+    throw HostError("cannot read " + file + ": it is no JSON");
+  } catch (const HostError &error) {
+    throw HostError("cannot read " + file + ": " + error.what());
+  }
 }
 
 } // namespace zol::host

@@ -41,6 +41,14 @@ struct StagePlan {
   bool operator==(const StagePlan &) const = default;
 };
 
+/// The `number`th, from 1 on, of `count` stretches of a film's pictures, each in a file of its own.
+struct PartPlan {
+  int number = 1, count = 1;
+  std::string file; ///< empty: the plan's output, which is no film then
+
+  bool operator==(const PartPlan &) const = default;
+};
+
 struct RenderPlan {
   std::vector<StagePlan> stages; ///< at least one; each is the first input of the next
   std::string output;
@@ -62,6 +70,7 @@ struct RenderPlan {
   bool strict = false;                      ///< damaged input is an error
   bool playlists = false;                   ///< inputs may name other files
   std::optional<unsigned> threads;
+  std::optional<PartPlan> part; ///< to render of it; nothing: all
   std::vector<PlannedFault> faults;
   MediaPrograms programs;
 
@@ -75,5 +84,8 @@ nlohmann::json toJson(const RenderPlan &plan);
 /// The plan of such an object; members that are left out are as in a plan that was just made. Throws
 /// HostError for what is none, and for members that a plan does not have.
 RenderPlan planFromJson(const nlohmann::json &json);
+
+/// The plan that stands in a file. Throws HostError for what cannot be read.
+RenderPlan loadPlan(const std::string &file);
 
 } // namespace zol::host

@@ -8,19 +8,7 @@
 
 namespace zol::host {
 
-std::vector<StagePlan> loadPreset(const std::string &file) {
-  const std::string text = readTextFile(file);
-  try {
-    std::vector<StagePlan> stages = planFromJson(nlohmann::json::parse(text)).stages;
-    if (stages.empty())
-      throw HostError("no stages in it");
-    return stages;
-  } catch (const nlohmann::json::exception &) {
-    throw HostError("cannot read " + file + ": it is no JSON");
-  } catch (const HostError &error) {
-    throw HostError("cannot read " + file + ": " + error.what());
-  }
-}
+std::vector<StagePlan> loadPreset(const std::string &file) { return loadPlan(file).stages; }
 
 void checkPreset(const std::string &file, bool overwrite) {
   if (!overwrite && std::filesystem::exists(file))

@@ -22,7 +22,13 @@ std::shared_ptr<const EffectLibrary> libraryOf(const RenderPlan &plan) {
 RenderJob::RenderJob(RenderPlan plan) : RenderJob(plan, libraryOf(plan)) {}
 
 RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library)
-    : plan_(std::move(plan)), library_(std::move(library)), setup_(plan_, *library_) {
+    : RenderJob(std::move(plan), std::move(library), {}) {}
+
+RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library,
+                     std::optional<JoinedParts> parts)
+    : plan_(std::move(plan)), library_(std::move(library)),
+      part_(plan_.part ? std::optional(recordOf(plan_, *library_)) : std::nullopt), joined_(std::move(parts)),
+      setup_(plan_ = part_ ? planOfPart(plan_, *part_) : plan_, *library_) {
   checkOutput(plan_, setup_);
   std::vector<std::future<Input>> opened; // all at once: each waits for a child that looks into its file
   for (const InputPlan &input : setup_.inputs)
@@ -32,8 +38,19 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
   settle();
   for (size_t i = 0; i < inputs_.size(); ++i)
     inputs_[i].bringTo(settled_.timeline, setup_.retimed[i]);
+  if (part_)
+    beginPart();
+  if (joined_)
+    settled_.span.count = static_cast<size_t>(joined_->frames);
   chain_.emplace(setup_, plan_, settled_.timeline, inputs_);
   output_ = settleOutput(plan_, setup_, *chain_, inputs_, settled_);
+  if (part_) {
+    output_.writing.pictures = part_->frames;
+    if (!hasNumber(plan_.output))
+      output_.writing.tag = {kPartTag, textOf(*part_)};
+  }
+  if (joined_)
+    output_.writing.encoded = joined_->pictures;
   writer_.emplace(plan_.output, output_.writing);
   if (!output_.voices.empty())
     crossfade_.emplace(output_.voices, output_.voiceSources, output_.soundTimeline, plan_.programs);
@@ -67,8 +84,27 @@ void RenderJob::settle() {
   settled_ = settle(plan);
 }
 
+/// Counts the frames, and leaves those of the part.
+void RenderJob::beginPart() {
+  Span &span = settled_.span;
+  if (const Input *leading = settled_.leading) {
+    while (span.openEnd && leading->reaches(span.first + span.count))
+      ++span.count;
+    if (span.count > 0 && !leading->reaches(span.first + span.count - 1))
+      span.count = static_cast<size_t>(leading->length().value()) -
+                   std::min<size_t>(span.first, leading->length().value());
+  }
+  cutPart(*part_, span.first, span.count);
+  span = {static_cast<size_t>(part_->first), static_cast<size_t>(part_->frames), false};
+}
+
 void RenderJob::run(const Progress &progress) {
-  if (setup_.sound) {
+  const bool pictures = part_ && hasNumber(plan_.output);
+  if (pictures)
+    dropRecord(plan_.output, *part_);
+  if (joined_) {
+    runJoined(progress);
+  } else if (setup_.sound) {
     SoundLoop loop(*chain_, settled_.span, settled_.leading, plan_);
     while (loop.step(*writer_))
       progress(loop.done(), loop.all());
@@ -76,6 +112,8 @@ void RenderJob::run(const Progress &progress) {
     runPictures(progress);
   }
   writer_->finish();
+  if (pictures)
+    keepRecord(plan_.output, *part_);
   for (const Input &input : inputs_)
     note(input.damage());
   if (soundBeside_)
@@ -101,7 +139,21 @@ void RenderJob::runPictures(const Progress &progress) {
       break;
     progress(loop.done(), loop.all());
   }
+  if (part_ && loop.done() != part_->frames)
+    throw HostError("only " + std::to_string(loop.done()) + " of the part's " +
+                    std::to_string(part_->frames) + " frames came");
   note(opacityNote(plan_, output_, opacity));
+}
+
+/// The pictures are there.
+void RenderJob::runJoined(const Progress &progress) {
+  writer_->prepare();
+  const Span &span = settled_.span;
+  for (size_t i = 0; i < span.count; ++i) {
+    writeSound(output_.soundTimeline.sampleOfFrame(span.first + i),
+               output_.soundTimeline.sampleOfFrame(span.first + i + 1));
+    progress(i + 1, span.count);
+  }
 }
 
 void RenderJob::writeSound(uint64_t from, uint64_t to) {

@@ -6,6 +6,7 @@
 #include "host/render/crossfade.h"
 #include "host/render/inputs.h"
 #include "host/render/output.h"
+#include "host/render/part.h"
 #include "host/render/plan.h"
 #include "host/render/settle.h"
 #include "host/render/sound.h"
@@ -24,6 +25,12 @@ namespace zol::host {
 /// Told after each frame or block how much of all is done.
 using Progress = std::function<void(uint64_t done, uint64_t all)>;
 
+/// The parts of a film, in order.
+struct JoinedParts {
+  EncodedPictures pictures;
+  uint64_t frames = 0; ///< of all
+};
+
 class RenderJob {
 public:
   /// Finds the effects, opens the inputs, settles sizes and times. Throws HostError, with one clear line, for
@@ -31,6 +38,8 @@ public:
   explicit RenderJob(RenderPlan plan);
   /// The same with a library that is already loaded, under the plan's host.
   RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library);
+  /// The same with pictures that parts have; all that a render has besides goes along.
+  RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library, std::optional<JoinedParts> parts);
 
   /// Pictures that are to be rendered, as far as the inputs tell.
   [[nodiscard]] uint64_t frames() const { return settled_.span.count; }
@@ -47,11 +56,15 @@ public:
 private:
   void settle();
   void writeSound(uint64_t from, uint64_t to);
+  void beginPart();
   void runPictures(const Progress &progress);
+  void runJoined(const Progress &progress);
   void note(const std::string &line);
 
   RenderPlan plan_;
   std::shared_ptr<const EffectLibrary> library_;
+  std::optional<PartRecord> part_;
+  std::optional<JoinedParts> joined_;
   ChainSetup setup_;
   std::vector<Input> inputs_;
   Settled settled_;

@@ -153,13 +153,13 @@ TEST_F(Sources, SequencesAreFoundByTheirNumbers) {
   EXPECT_EQ(sequence->first, 7);
   EXPECT_EQ(sequence->count, 3);
   EXPECT_TRUE(sequence->goesOn);
-  EXPECT_EQ(sequence->firstFile, path("a007.png"));
+  EXPECT_EQ(sequence->file(sequence->first), path("a007.png"));
   const auto percent = sequenceNamed(path("50%% %d.png"));
   ASSERT_TRUE(percent);
   EXPECT_EQ(percent->first, 3);
   EXPECT_EQ(percent->count, 2);
   EXPECT_FALSE(percent->goesOn);
-  EXPECT_EQ(sequenceNamed(path("%d.bmp"))->firstFile, path("0.bmp"));
+  EXPECT_EQ(sequenceNamed(path("%d.bmp"))->file(0), path("0.bmp"));
   for (const char *none : {"a%04d.jpg", "a.png", "a%d%d.png", "a%s.png", "b%d.png", "no/a%d.png"})
     EXPECT_FALSE(sequenceNamed(path(none))) << none;
 }
