@@ -376,5 +376,18 @@ TEST_F(Zol, KeepsTheSoundOfTheFirstInput) {
             std::string::npos);
 }
 
+TEST_F(Zol, FarmsOnlyWhereThereIsAClusterAndAFilm) {
+  make("clip.mkv", "-f lavfi -i testsrc2=s=32x24:d=0.4 -c:v ffv1");
+  const size_t before = entries();
+  const Outcome alone = shell("PATH=/nowhere " ZOL_BUILD_DIR "/zol farm render blur -i clip.mkv -o film.mkv");
+  EXPECT_EQ(alone.status, 3);
+  EXPECT_EQ(alone.err, "zol: there is no Slurm here: cannot run sinfo: No such file or directory\n");
+  EXPECT_EQ(entries(), before);
+  fails("farm status clip.mkv", "plan.json");
+  fails("farm render blur -i clip.mkv", "one film", 2);
+  fails("farm render blur -i clip.mkv -o film.mkv --parts 0", "--parts takes 1 or more", 2);
+  fails("farm stop clip.mkv", "status or cancel", 2);
+}
+
 } // namespace
 } // namespace zol::test

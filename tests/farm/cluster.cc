@@ -149,6 +149,11 @@ std::unique_ptr<host::Process> Cluster::run(const std::string &name, std::vector
 
 void Cluster::startNode(const std::string &node) { daemons_[node] = run(node, {"slurmd", "-D", "-N", node}); }
 
+void Cluster::startNodeWithout(const std::string &folder, const std::string &node) {
+  daemons_[node] = run(node, {"unshare", "--mount", "sh", "-c",
+                              "mount -t tmpfs none \"$0\" && exec slurmd -D -N \"$1\"", folder, node});
+}
+
 void Cluster::kill(const std::string &node) {
   daemons_.erase(node);
   // Watchers first: nobody is to tell how tasks end.

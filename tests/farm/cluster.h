@@ -27,6 +27,8 @@ public:
   /// Two nodes with two processors each; their names are nobody else's.
   [[nodiscard]] const std::vector<std::string> &nodes() const { return nodes_; }
   void startNode(const std::string &node);
+  /// The same, with another disk in the place of a folder; needs a superuser's rights.
+  void startNodeWithout(const std::string &folder, const std::string &node);
   /// Ends a node and all that runs on it at once, as a machine that loses its power.
   void kill(const std::string &node);
 

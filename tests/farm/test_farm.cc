@@ -15,18 +15,18 @@ namespace {
 
 using namespace std::chrono_literals;
 
-bool everything() { return std::getenv("ZOL_ALL") != nullptr; }
-
 class Farm : public InFolder {
 protected:
   void SetUp() override {
+    if (heavy && std::getenv("ZOL_ALL") == nullptr)
+      GTEST_SKIP() << "runs with ZOL_ALL";
     if (const std::string missing = Cluster::missing(); !missing.empty())
       GTEST_SKIP() << missing << " is not installed";
     cluster.emplace(path("cluster"));
     // While the file is there, every ffmpeg begins slowly: parts take seconds of no processor's time.
     std::filesystem::create_directory(path("bin"));
     std::ofstream(path("bin/ffmpeg")) << "#!/bin/sh\n[ -e '" << path("slow").string()
-                                      << "' ] && sleep 2\nPATH=${PATH#*:} exec ffmpeg \"$@\"\n";
+                                      << "' ] && sleep 1\nPATH=${PATH#*:} exec ffmpeg \"$@\"\n";
     std::filesystem::permissions(path("bin/ffmpeg"), std::filesystem::perms::owner_all);
     setenv("PATH", (path("bin").string() + ':' + std::getenv("PATH")).c_str(), 1);
     make("clip.mkv", "-f lavfi -i testsrc2=s=64x48:r=25:d=8 -f lavfi -i sine=r=8000:d=8 -c:v ffv1 -c:a flac");
@@ -90,6 +90,12 @@ protected:
   }
 
   std::optional<Cluster> cluster;
+  bool heavy = false;
+};
+
+class HeavyFarm : public Farm {
+protected:
+  HeavyFarm() { heavy = true; }
 };
 
 const std::string kWords = "blur -i clip.mkv --set 'Blurriness=0=0;1=0.2' --codec ffv1";
@@ -108,9 +114,7 @@ TEST_F(Farm, SurvivesANodeThatDiesWithinAPart) {
   EXPECT_EQ(farm(kFilm).out, '"' + path("film.mkv").string() + "\" is there\n");
 }
 
-TEST_F(Farm, TriesAPartThreeTimesAndKeepsTheOthers) {
-  if (!everything())
-    GTEST_SKIP() << "runs with ZOL_ALL";
+TEST_F(HeavyFarm, TriesAPartThreeTimesAndKeepsTheOthers) {
   // Of 193 frames in 8 parts the last has 25, the others 24.
   const std::string words =
       "render " + kWords + " --frames 0-192 --fault PicCreate@25 -o film.mkv --parts 8 --wait";
@@ -126,9 +130,7 @@ TEST_F(Farm, TriesAPartThreeTimesAndKeepsTheOthers) {
   EXPECT_EQ(restarts(), 2);
 }
 
-TEST_F(Farm, GoesOnAfterItWasCancelled) {
-  if (!everything())
-    GTEST_SKIP() << "runs with ZOL_ALL";
+TEST_F(HeavyFarm, GoesOnAfterItWasCancelled) {
   slow(true);
   begin(kFilm + " --wait");
   ASSERT_TRUE(
@@ -149,9 +151,7 @@ TEST_F(Farm, GoesOnAfterItWasCancelled) {
   expectFilm(kWords);
 }
 
-TEST_F(Farm, SurvivesThatTheControllerRestartsAndThatNobodyWaits) {
-  if (!everything())
-    GTEST_SKIP() << "runs with ZOL_ALL";
+TEST_F(HeavyFarm, SurvivesThatTheControllerRestartsAndThatNobodyWaits) {
   slow(true);
   const Outcome stopped =
       shell("timeout --preserve-status -s INT 4 " ZOL_BUILD_DIR "/zol farm " + kFilm + " --wait");
@@ -165,6 +165,30 @@ TEST_F(Farm, SurvivesThatTheControllerRestartsAndThatNobodyWaits) {
   slow(false);
   EXPECT_EQ(ended(), 0) << contents(path("complained"));
   expectFilm(kWords);
+}
+
+TEST_F(HeavyFarm, TellsOfFoldersThatDoNotServe) {
+  std::filesystem::create_directory(path("work"));
+  if (shell("unshare --mount mount -t tmpfs none work").status != 0)
+    GTEST_SKIP() << "disks cannot be mounted here";
+  const std::string words = "render " + kWords + " -o film.mkv --parts 2 --workdir work --wait";
+  for (const std::string &node : cluster->nodes())
+    cluster->kill(node);
+  cluster->startNodeWithout(path("work"), cluster->nodes()[0]);
+  const Outcome apart = farm(words);
+  EXPECT_EQ(apart.status, 4);
+  EXPECT_NE(apart.err.find("zol: " + cluster->nodes()[0] + " cannot write to "), apart.err.npos) << apart.err;
+  EXPECT_FALSE(std::filesystem::exists(path("film.mkv")));
+
+  ASSERT_EQ(shell("mount -t tmpfs -o size=256k none work").status, 0);
+  cluster->kill(cluster->nodes()[0]);
+  cluster->startNode(cluster->nodes()[0]);
+  make("work/filler", "-f lavfi -i testsrc2=s=64x48:d=0.4 -f rawvideo");
+  const Outcome full = farm(words);
+  EXPECT_EQ(shell("umount work").status, 0);
+  EXPECT_EQ(full.status, 7);
+  EXPECT_NE(full.err.find("zol: the disk is full: "), full.err.npos) << full.err;
+  EXPECT_FALSE(std::filesystem::exists(path("film.mkv")));
 }
 
 } // namespace
