@@ -15,13 +15,14 @@ void addJoin(CLI::App &zol) {
   app->add_option("parts", plan->parts, "The parts, all of one render, in any order")
       ->type_name("FILE")
       ->required();
-  app->add_option("-o", plan->output, "Output file, its format told by its name")
-      ->type_name("FILE")
-      ->required();
+  app->add_option("-o", plan->output, "Output file, its format told by its name")->type_name("FILE");
   app->add_flag("-y,--overwrite", plan->overwrite, "Replace the output file if it exists");
   telling->addTo(*app);
   app->footer("Pictures are copied as they are; sound and what else a render of the whole would write is "
-              "added.\nExample:\n  zol join part-*.mkv -o film.mp4");
+              "added.\n"
+              "Numbered pictures need no joining: of them it tells whether all are there.\n"
+              "  zol join part-*.mkv -o film.mp4\n"
+              "  zol join frame-%06d.png");
   app->callback([=] {
     ProgressLine progress("frames", *telling);
     const auto notes = host::join(*plan, [&](uint64_t done, uint64_t all) {

@@ -150,7 +150,8 @@ void readVideo(const Json &stream, MediaInfo &info) {
   info.height = integer(stream, "height");
   info.videoCodec = text(stream, "codec_name");
   const std::string pixelFormat = text(stream, "pix_fmt");
-  info.alpha = hasAlpha(pixelFormat) || text(member(stream, "tags"), "alpha_mode") == "1";
+  info.alpha = hasAlpha(pixelFormat) || text(member(stream, "tags"), "alpha_mode") == "1" ||
+               text(member(stream, "tags"), "ALPHA_MODE") == "1";
   info.pixels = pipeFormat(pixelFormat, info.alpha);
   info.coding = colorCoding(info.pixels, info.width, info.height, text(stream, "color_space"),
                             text(stream, "color_range"), text(stream, "chroma_location"));
@@ -281,7 +282,7 @@ MediaInfo probe(const InputAddress &input, const std::string &name, const std::v
            "stream=codec_type,codec_name,codec_tag_string,width,height,pix_fmt,sample_aspect_ratio,"
            "avg_frame_rate,r_frame_rate,nb_frames,duration,start_time,field_order,color_space,color_range,"
            "color_transfer,color_primaries,chroma_location,sample_rate,channels:"
-           "stream_disposition=attached_pic:stream_tags=rotate,alpha_mode,DURATION,timecode:"
+           "stream_disposition=attached_pic:stream_tags=rotate,alpha_mode,ALPHA_MODE,DURATION,timecode:"
            "stream_side_data=rotation"});
   MediaInfo info = infoFrom(answer);
   const auto refuse = [&](const std::string &why) { throw HostError("cannot read " + name + ": " + why); };

@@ -21,6 +21,7 @@ namespace fs = std::filesystem;
 using Words = std::vector<std::string>;
 
 constexpr int kLargestSide = 32767;
+constexpr double kMostReordered = 500; // pictures a second that milliseconds tell apart from file to file
 constexpr size_t kMostQueued = size_t{64} << 20;
 
 void add(Words &args, const Words &more) { args.insert(args.end(), more.begin(), more.end()); }
@@ -145,8 +146,8 @@ MediaWriter::MediaWriter(std::string file, WriterOptions options)
   if (options_.pictures)
     numbers = {options_.firstNumber, options_.firstNumber + *options_.pictures};
   if (!raw_)
-    output_ = isSequence() ? makeOutputSequence(file_, options_.overwrite, numbers)
-                           : makeOutputFile(file_, options_.overwrite);
+    output_ = isSequence(file_) ? makeOutputSequence(file_, options_.overwrite, numbers)
+                                : makeOutputFile(file_, options_.overwrite);
   check();
   pipe_ = pipeLayout();
 }
@@ -165,7 +166,9 @@ bool MediaWriter::writesInPlace(const std::string &file) {
   return file == "-" || (fs::exists(status) && !fs::is_regular_file(status));
 }
 
-bool MediaWriter::isSequence() const { return kindOf(file_) == FileKind::still && hasNumber(file_); }
+bool MediaWriter::isSequence(const std::string &file) {
+  return kindOf(file) == FileKind::still && hasNumber(file);
+}
 
 void MediaWriter::check() const {
   const auto refuse = [&](const std::string &why) { throw HostError("cannot write " + name() + ": " + why); };
@@ -189,6 +192,8 @@ void MediaWriter::check() const {
   const Format &format = formatOf(file_, o.encoding);
   if (copiesPictures() && !clockOf(format.muxer, o.rate))
     refuse("encoded pictures can be copied into mp4, mov, mkv, webm, ts, mxf, avi, flv and their like alone");
+  if (o.encoded.delay > 0 && o.rate.value() > kMostReordered)
+    refuse("so many pictures a second can be joined only where none is coded out of order");
   if (format.kind == FileKind::sound && hasPictures())
     refuse("such a file holds sound alone");
   if (format.sounds.empty() && (hasSamples() || o.companion.sound))
@@ -210,6 +215,10 @@ PictureEncoding MediaWriter::encodingOfPictures() const {
   const WriterOptions &o = options_;
   constexpr int kLeastOfFfv1 = 4; // smaller ones come back damaged
   PictureEncoding encoding = pictureEncoding(formatOf(file_, o.encoding), file_, o.encoding, o.alpha);
+  // What x265 tells of its processors would stand in the headers, which all parts have in common.
+  constexpr std::string_view kQuiet = "log-level=error";
+  if (const size_t at = encoding.words.find(kQuiet); isPart() && at != encoding.words.npos)
+    encoding.words.insert(at + kQuiet.size(), ":info=0");
   if (encoding.words.starts_with("-c:v ffv1") && std::min(o.width, o.height) < kLeastOfFfv1)
     return {"-c:v png", o.alpha ? "rgba" : "rgb24", Colours::asis, o.alpha, false};
   return encoding;
@@ -246,10 +255,12 @@ void MediaWriter::addPictureWords(Words &args, const std::string &input) const {
   if (!filters.empty())
     add(args, {"-vf", filters});
   addWords(args, encoding.words);
+  if (isPart() && o.rate.value() > kMostReordered)
+    add(args, {"-bf", "0"});
   if (fields)
     add(args, {"-flags", "+ildct+ilme"});
   add(args, colourWords(encoding.colours));
-  if (isSequence())
+  if (isSequence(file_))
     add(args, {"-start_number", std::to_string(o.firstNumber)});
   else if (format.kind == FileKind::still)
     add(args, {"-frames:v", "1", "-update", "1"});
@@ -402,7 +413,7 @@ std::vector<std::string> MediaWriter::arguments(const std::string &target, Pass 
   Words own = o.encoding.options;
   if (pass == Pass::joining || copiesPictures())
     own = wordsApart(own, false);
-  else if (!o.tag.first.empty()) // of a file of pictures alone
+  else if (isPart())
     own = wordsApart(own, true);
   args.insert(args.end(), own.begin(), own.end());
   args.push_back(target);
@@ -472,7 +483,7 @@ void MediaWriter::prepare() {
 
 /// A tag may be longer than a word of a command line.
 void MediaWriter::writeTag() {
-  if (options_.tag.first.empty())
+  if (!isPart())
     return;
   tagFile_ = output_->spare();
   std::ofstream stream(tagFile_, std::ios::binary);

@@ -50,11 +50,12 @@ struct WriterOptions {
   Rational rate = 25;
   Rational pixelAspect = 1; ///< Width of a pixel by its height.
   FieldOrder fields = FieldOrder::none;
-  uint64_t firstNumber = 0;                ///< Of numbered pictures.
-  std::optional<uint64_t> pictures;        ///< How many come, where that is known.
-  EncodedPictures encoded;                 ///< Pictures that are copied, instead of frames.
-  std::pair<std::string, std::string> tag; ///< Name and value of one more of the file's; empty: none.
-  int sampleRate = 0;                      ///< 0 with channels 0: no samples.
+  uint64_t firstNumber = 0;         ///< Of numbered pictures.
+  std::optional<uint64_t> pictures; ///< How many come, where that is known.
+  EncodedPictures encoded;          ///< Pictures that are copied, instead of frames.
+  std::pair<std::string, std::string>
+      tag;            ///< Of a part of a film, which holds pictures alone: what it tells of itself.
+  int sampleRate = 0; ///< 0 with channels 0: no samples.
   int channels = 0;
   Companion companion;
   std::string timecode;   ///< Of the first picture, as "01:00:00:00"; empty: none.
@@ -110,6 +111,8 @@ public:
 
   /// Whether a file of this name holds a single still picture.
   static bool isStill(const std::string &file);
+  /// Whether a file of this name is one of numbered pictures.
+  static bool isSequence(const std::string &file);
   /// Whether a file of this name holds sound alone.
   static bool isSound(const std::string &file);
   /// Whether it is raw bytes, a device or a pipe, that is: nothing can be added in the end.
@@ -126,8 +129,8 @@ private:
   [[nodiscard]] bool hasPictures() const { return options_.width != 0 || options_.height != 0; }
   [[nodiscard]] bool hasSamples() const { return options_.channels > 0; }
   [[nodiscard]] bool copiesPictures() const { return !options_.encoded.files.empty(); }
+  [[nodiscard]] bool isPart() const { return !options_.tag.first.empty(); }
   [[nodiscard]] bool soundComesLate() const { return options_.companion.rawChannels > 0; }
-  [[nodiscard]] bool isSequence() const;
   [[nodiscard]] std::string name() const { return file_ == "-" ? "to standard output" : file_; }
   void check() const;
   [[nodiscard]] size_t pictureBytes() const;

@@ -45,7 +45,7 @@ std::vector<Part> readParts(const JoinPlan &plan) {
   return parts;
 }
 
-/// Puts them in order.
+/// Throws where they are not all of one render, each once. Puts them in order.
 void checkParts(std::vector<Part> &parts) {
   const Part one = parts.front();
   for (const Part &part : parts)
@@ -74,11 +74,29 @@ void checkParts(std::vector<Part> &parts) {
     throw HostError("of " + std::to_string(one.record.count) + " parts are missing: " + missing);
 }
 
+std::vector<std::string> joinPictures(const JoinPlan &plan) {
+  const std::string &pictures = plan.parts.front();
+  if (plan.parts.size() > 1 || !plan.output.empty())
+    throw HostError(quoted(pictures) + " is complete with its parts: it is named alone, without -o");
+  std::vector<Part> parts;
+  for (PartRecord &record : recordsBeside(pictures))
+    parts.push_back({pictures, {}, std::move(record)});
+  if (parts.empty())
+    throw HostError(quoted(pictures) + " has no parts of a render");
+  checkParts(parts);
+  dropRecords(pictures);
+  return {quoted(pictures) + " is complete: " + std::to_string(parts.front().record.all) + " pictures"};
+}
+
 } // namespace
 
 std::vector<std::string> join(const JoinPlan &plan, const Progress &progress) {
   if (plan.parts.empty())
     throw HostError("no parts were named");
+  if (std::any_of(plan.parts.begin(), plan.parts.end(), MediaWriter::isSequence))
+    return joinPictures(plan);
+  if (plan.output.empty())
+    throw HostError("no output was named; give one with -o");
   if (MediaWriter::writesInPlace(plan.output) || kindOf(plan.output) != FileKind::moving)
     throw HostError("cannot join into \"" + plan.output + "\": parts become a film in a file");
   std::vector<Part> parts = readParts(plan);
@@ -89,7 +107,7 @@ std::vector<std::string> join(const JoinPlan &plan, const Progress &progress) {
   film.overwrite = plan.overwrite;
   film.programs = plan.programs;
   if (!record.codec.empty()) // sound may have one of its own
-    film.codec = record.codec + (film.codec.empty() ? "" : ',' + film.codec);
+    film.codec = film.codec.empty() ? record.codec : film.codec + ',' + record.codec;
   JoinedParts joined;
   joined.frames = record.all;
   joined.pictures.codec = parts.front().info.codec;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -147,8 +148,8 @@ PartRecord recordOf(const RenderPlan &plan, const EffectLibrary &library) {
     throw HostError("--segment: parts are of pictures; sound is rendered as a whole");
   const EncodingChoice choice = encodingOf(plan);
   if (file == "-" || MediaWriter::isStill(file) || MediaWriter::isStill(plan.output) ||
-      (!hasNumber(file) && formatOf(file, choice).muxer != "matroska") ||
-      hasNumber(file) != hasNumber(plan.output))
+      (!MediaWriter::isSequence(file) && formatOf(file, choice).muxer != "matroska") ||
+      MediaWriter::isSequence(file) != MediaWriter::isSequence(plan.output))
     throw HostError("--segment: a part is a Matroska file, such as part-" + std::to_string(part.number) +
                     ".mkv, or has numbered pictures, such as frame-%06d.png, not \"" + file + '"');
   PartRecord record;
@@ -231,10 +232,17 @@ bool isSame(const PartRecord &a, const PartRecord &b) {
 
 // ---- Of numbered pictures ----
 
-fs::path recordFile(const std::string &pictures, const PartRecord &record) {
-  const fs::path path(pictures);
-  return path.parent_path() / ('.' + path.filename().string() + ".part-" + std::to_string(record.number) +
-                               "-of-" + std::to_string(record.count));
+/// What the names of records begin with.
+std::string recordName(const fs::path &pictures) { return '.' + pictures.filename().string() + ".part-"; }
+
+std::vector<fs::path> recordFiles(const fs::path &pictures) {
+  std::vector<fs::path> files;
+  std::error_code error;
+  const fs::path folder = pictures.has_parent_path() ? pictures.parent_path() : fs::path(".");
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+    if (entry->path().filename().string().starts_with(recordName(pictures)))
+      files.push_back(entry->path());
+  return files;
 }
 
 /// A sum over sizes and times of change of a part's pictures.
@@ -245,32 +253,54 @@ std::string sumOfPictures(const std::string &pictures, const PartRecord &record)
   return sum.text();
 }
 
+/// Nothing where the pictures are no longer those of the record.
+std::optional<PartRecord> readRecord(const fs::path &file, const std::string &pictures) {
+  std::ifstream stream(file, std::ios::binary);
+  std::string sum, text;
+  std::getline(stream, sum);
+  std::getline(stream, text);
+  auto record = recordIn(text);
+  return record && sum == sumOfPictures(pictures, *record) ? record : std::nullopt;
+}
+
 } // namespace
 
 void keepRecord(const std::string &pictures, const PartRecord &record) {
-  const fs::path file = recordFile(pictures, record);
+  std::error_code ignored;
+  for (const fs::path &other : recordFiles(pictures))
+    if (const auto found = readRecord(other, pictures); !found || found->hash != record.hash)
+      fs::remove(other, ignored);
+  const fs::path file =
+      fs::path(pictures).parent_path() /
+      (recordName(pictures) + std::to_string(record.number) + "-of-" + std::to_string(record.count));
   std::ofstream stream(file, std::ios::binary);
   stream << sumOfPictures(pictures, record) << '\n' << textOf(record) << '\n' << std::flush;
   if (!stream)
     throw HostError("cannot write " + file.string() + ": " + errorMessage(errno));
 }
 
-void dropRecord(const std::string &pictures, const PartRecord &record) {
+std::vector<PartRecord> recordsBeside(const std::string &pictures) {
+  std::vector<PartRecord> records;
+  for (const fs::path &file : recordFiles(pictures))
+    if (auto record = readRecord(file, pictures))
+      records.push_back(std::move(*record));
+  return records;
+}
+
+void dropRecords(const std::string &pictures) {
   std::error_code ignored;
-  fs::remove(recordFile(pictures, record), ignored);
+  for (const fs::path &file : recordFiles(pictures))
+    fs::remove(file, ignored);
 }
 
 bool isDone(const RenderPlan &plan, const EffectLibrary &library) {
   const PartRecord wanted = recordOf(plan, library);
   const std::string &file = fileOfPart(plan);
   std::error_code error;
-  if (hasNumber(file)) {
-    std::ifstream stream(recordFile(file, wanted), std::ios::binary);
-    std::string sum, text;
-    std::getline(stream, sum);
-    std::getline(stream, text);
-    const auto found = recordIn(text);
-    return found && isSame(*found, wanted) && sum == sumOfPictures(file, *found);
+  if (MediaWriter::isSequence(file)) {
+    const auto records = recordsBeside(file);
+    return std::any_of(records.begin(), records.end(),
+                       [&](const PartRecord &record) { return isSame(record, wanted); });
   }
   if (!fs::is_regular_file(file, error))
     return false;

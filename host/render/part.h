@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace zol::host {
 
@@ -44,9 +45,14 @@ std::optional<PartRecord> recordIn(const std::string &text);
 /// Whether the part that the plan asks for is there, complete, from the same plan.
 bool isDone(const RenderPlan &plan, const EffectLibrary &library);
 
-/// Of numbered pictures: writes the record beside them, or removes it before they change.
+// ---- Records beside numbered pictures ----
+
+/// Writes one beside its pictures; those of other renders into the same files go.
 void keepRecord(const std::string &pictures, const PartRecord &record);
-void dropRecord(const std::string &pictures, const PartRecord &record);
+/// The records of parts whose pictures are all there as they were written.
+std::vector<PartRecord> recordsBeside(const std::string &pictures);
+/// Removes all of them.
+void dropRecords(const std::string &pictures);
 
 /// The plan with paths that hold in any folder.
 RenderPlan withAbsolutePaths(RenderPlan plan, const EffectLibrary &library);

@@ -40,13 +40,11 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
     inputs_[i].bringTo(settled_.timeline, setup_.retimed[i]);
   if (part_)
     beginPart();
-  if (joined_)
-    settled_.span.count = static_cast<size_t>(joined_->frames);
   chain_.emplace(setup_, plan_, settled_.timeline, inputs_);
   output_ = settleOutput(plan_, setup_, *chain_, inputs_, settled_);
   if (part_) {
     output_.writing.pictures = part_->frames;
-    if (!hasNumber(plan_.output))
+    if (!MediaWriter::isSequence(plan_.output))
       output_.writing.tag = {kPartTag, textOf(*part_)};
   }
   if (joined_)
@@ -99,9 +97,6 @@ void RenderJob::beginPart() {
 }
 
 void RenderJob::run(const Progress &progress) {
-  const bool pictures = part_ && hasNumber(plan_.output);
-  if (pictures)
-    dropRecord(plan_.output, *part_);
   if (joined_) {
     runJoined(progress);
   } else if (setup_.sound) {
@@ -112,8 +107,10 @@ void RenderJob::run(const Progress &progress) {
     runPictures(progress);
   }
   writer_->finish();
-  if (pictures)
+  if (part_ && MediaWriter::isSequence(plan_.output))
     keepRecord(plan_.output, *part_);
+  else if (MediaWriter::isSequence(plan_.output))
+    dropRecords(plan_.output);
   for (const Input &input : inputs_)
     note(input.damage());
   if (soundBeside_)
@@ -145,14 +142,15 @@ void RenderJob::runPictures(const Progress &progress) {
   note(opacityNote(plan_, output_, opacity));
 }
 
-/// The pictures are there.
+/// Writes the sound that rendering the pictures would: where more of them were expected, the end is found by
+/// one that does not come, and whose sound is written.
 void RenderJob::runJoined(const Progress &progress) {
   writer_->prepare();
   const Span &span = settled_.span;
-  for (size_t i = 0; i < span.count; ++i) {
-    writeSound(output_.soundTimeline.sampleOfFrame(span.first + i),
-               output_.soundTimeline.sampleOfFrame(span.first + i + 1));
-    progress(i + 1, span.count);
+  const uint64_t frames = joined_->frames, end = span.first + frames + (span.count > frames ? 1 : 0);
+  for (uint64_t frame = span.first; frame < end; ++frame) {
+    writeSound(output_.soundTimeline.sampleOfFrame(frame), output_.soundTimeline.sampleOfFrame(frame + 1));
+    progress(std::min(frame + 1 - span.first, frames), frames);
   }
 }
 
