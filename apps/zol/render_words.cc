@@ -333,7 +333,8 @@ RenderWords planWords(const std::vector<std::string> &words, const std::function
 
 RenderWords renderWords(const std::vector<std::string> &words,
                         const std::function<void(CLI::App &)> &addMore) {
-  if (std::find(words.begin(), words.end(), "--plan") != words.end() &&
+  if (std::any_of(words.begin(), words.end(),
+                  [](const std::string &word) { return word == "--plan" || word.starts_with("--plan="); }) &&
       std::find(words.begin(), words.end(), "--help") == words.end())
     return planWords(words, addMore);
   RenderWords all;

@@ -23,20 +23,16 @@ std::string numbered(unsigned part) {
 std::string labelled(unsigned part) { return part == 0 ? "join" : "part-" + std::to_string(part); }
 
 nlohmann::json toJson(const FarmPlan &plan) {
-  return {{"render", toJson(plan.render)},
-          {"parts", plan.parts},
-          {"threads", plan.threads},
-          {"program", plan.program},
-          {"folder", plan.folder},
-          {"partition", plan.partition},
-          {"time", plan.time},
-          {"partsJob", plan.partsJob},
+  return {{"render", toJson(plan.render)}, {"frames", plan.frames},   {"parts", plan.parts},
+          {"threads", plan.threads},       {"program", plan.program}, {"folder", plan.folder},
+          {"partition", plan.partition},   {"time", plan.time},       {"partsJob", plan.partsJob},
           {"joinJob", plan.joinJob}};
 }
 
 FarmPlan farmPlanFromJson(const nlohmann::json &json) {
   FarmPlan plan;
   plan.render = planFromJson(json.at("render"));
+  json.at("frames").get_to(plan.frames);
   json.at("parts").get_to(plan.parts);
   json.at("threads").get_to(plan.threads);
   json.at("program").get_to(plan.program);
@@ -113,6 +109,16 @@ void FarmPlace::prepare(bool kept) const {
   } catch (const fs::filesystem_error &error) {
     throw HostError("cannot make " + folder() + ": " + error.code().message());
   }
+}
+
+RenderPlan partOf(const FarmPlan &plan, unsigned number, const std::string &file) {
+  RenderPlan part = plan.render;
+  part.overwrite = true;
+  part.threads = plan.threads;
+  part.part = PartPlan{static_cast<int>(number), static_cast<int>(plan.parts), file, {}};
+  if (plan.frames > 0)
+    part.part->all = plan.frames;
+  return part;
 }
 
 bool makeSameFilm(RenderPlan a, RenderPlan b) {

@@ -3,6 +3,7 @@
 
 #include "host/render/plan.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -12,7 +13,8 @@ namespace zol::host {
 
 /// What all tasks read. Paths are absolute.
 struct FarmPlan {
-  RenderPlan render; ///< of the whole film
+  RenderPlan render;   ///< of the whole film
+  uint64_t frames = 0; ///< that it has
   unsigned parts = 1;
   unsigned threads = 1; ///< and processors of a part
   std::string program;  ///< zol, as the nodes find it
@@ -61,6 +63,9 @@ public:
 private:
   std::filesystem::path folder_;
 };
+
+/// The plan of one part, into a file of its own.
+RenderPlan partOf(const FarmPlan &plan, unsigned number, const std::string &file);
 
 /// Whether parts of one serve the other: all but what concerns only how and when they are made.
 bool makeSameFilm(RenderPlan a, RenderPlan b);

@@ -1,6 +1,7 @@
 #include "host/farm/submit.h"
 
 #include "host/farm/slurm.h"
+#include "host/farm/task.h"
 #include "host/media/format.h"
 #include "host/media/interrupt.h"
 #include "host/media/process.h"
@@ -24,34 +25,26 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Seconds that zol takes for a part of about so many frames from the middle of the film.
-double secondsFor(const FarmPlace &place, const FarmPlan &plan, uint64_t frames, uint64_t wanted) {
-  const uint64_t parts = std::max<uint64_t>(1, frames / wanted);
-  const std::string text = toJson(plan.render).dump();
-  Process::Options options;
-  options.input = Process::Stream::Pipe;
-  options.feedHead.assign(text.begin(), text.end());
+/// Seconds that zol takes for about so many frames from the middle of the film, as a part.
+double secondsFor(const FarmPlace &place, FarmPlan plan, uint64_t count) {
+  plan.parts = static_cast<unsigned>(std::max<uint64_t>(1, plan.frames / count));
   const auto begin = std::chrono::steady_clock::now();
-  Process process({plan.program, "render", "--plan", "/dev/stdin", "--segment",
-                   std::to_string((parts + 1) / 2) + '/' + std::to_string(parts), "-o", place.probe(),
-                   "--threads", std::to_string(plan.threads), "--quiet"},
-                  std::move(options));
-  const int status = process.wait();
+  const std::string why = runPart(plan, (plan.parts + 1) / 2, place.probe());
   std::error_code ignored;
   fs::remove(place.probe(), ignored);
-  if (status != 0)
-    throw HostError("no part can be rendered: " + process.lastLine());
+  if (!why.empty())
+    throw HostError("no part can be rendered: " + why);
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
 /// What a frame costs beyond zol's start: more and more of them, until that shows.
-double secondsAFrame(const FarmPlace &place, const FarmPlan &plan, uint64_t frames) {
+double secondsAFrame(const FarmPlace &place, const FarmPlan &plan) {
   constexpr double kShows = 0.5;
   constexpr uint64_t kMore = 4;
-  const double one = secondsFor(place, plan, frames, 1);
+  const double one = secondsFor(place, plan, 1);
   double cost = 0;
-  for (uint64_t count = 3; count <= frames; count *= kMore) {
-    const double more = secondsFor(place, plan, frames, count) - one;
+  for (uint64_t count = 3; count <= plan.frames; count *= kMore) {
+    const double more = secondsFor(place, plan, count) - one;
     cost = more / static_cast<double>(count - 1);
     if (more >= kShows)
       break;
@@ -65,18 +58,11 @@ void checkFilm(const RenderPlan &plan) {
     throw HostError("a farm makes a film in one file, not \"" + plan.output + '"');
 }
 
-/// The plan of one part.
-RenderPlan partOf(const FarmPlace &place, const FarmPlan &plan, unsigned number) {
-  RenderPlan part = plan.render;
-  part.part = PartPlan{static_cast<int>(number), static_cast<int>(plan.parts), place.part(number)};
-  return part;
-}
-
 /// Whether the parts that stand there are of the plan and of its files as they are now.
 bool areOf(const FarmPlace &place, const FarmPlan &plan, const EffectLibrary &library) {
   for (unsigned number = 1; number <= plan.parts; ++number)
     if (fs::exists(place.part(number)))
-      return isDone(partOf(place, plan, number), library);
+      return isDone(partOf(plan, number, place.part(number)), library);
   return true;
 }
 
@@ -185,17 +171,17 @@ Submitted submitFarm(const FarmRequest &request) {
     return result;
   }
 
-  (void)recordOf(partOf(place, plan, 1), *library); // all that can be told before
-  RenderJob job(plan.render, library);
-  result.notes = job.notes();
+  // All that can be told before; the frames are counted once for all parts.
+  plan.frames = RenderJob(partOf(plan, 1, place.part(1)), library).frames();
+  result.notes = RenderJob(plan.render, library).notes();
   const bool made = !fs::exists(place.folder());
   try {
     place.prepare(same && areOf(place, before->plan, *library));
     plan.parts = same            ? before->plan.parts
                  : request.parts ? *request.parts
-                                 : partsFor(job.frames(), secondsAFrame(place, plan, job.frames()));
-    if (plan.parts > job.frames())
-      throw HostError("--parts: there are only " + std::to_string(job.frames()) + " frames");
+                                 : partsFor(plan.frames, secondsAFrame(place, plan));
+    if (plan.parts > plan.frames)
+      throw HostError("--parts: there are only " + std::to_string(plan.frames) + " frames");
     place.save(plan);
     const std::vector<unsigned> missing = place.missing(plan.parts);
     result.kept = plan.parts - static_cast<unsigned>(missing.size());

@@ -88,16 +88,17 @@ bool tellsOfFullDisk(const std::string &line) {
                              [&](int error) { return line.find(errorMessage(error)) != line.npos; });
 }
 
+std::string runPart(const FarmPlan &plan, unsigned number, const std::string &file) {
+  return run({plan.program, "render", "--plan", "/dev/stdin"}, toJson(partOf(plan, number, file)).dump());
+}
+
 int renderFarmPart(const std::string &file) {
   const FarmPlace place = FarmPlace::named(file);
   const unsigned number = numberFrom("SLURM_ARRAY_TASK_ID");
   const FarmPlan plan = enter(place);
   const std::string part = place.part(number);
   fs::create_directories(fs::path(part).parent_path());
-  const std::string why = run({plan.program, "render", "--plan", "/dev/stdin", "--segment",
-                               std::to_string(number) + '/' + std::to_string(plan.parts), "-o", part, "-y",
-                               "--threads", std::to_string(plan.threads)},
-                              toJson(plan.render).dump());
+  const std::string why = runPart(plan, number, part);
   if (why.empty())
     return 0;
   const auto failures = keepFailure(place.failures(number), why);

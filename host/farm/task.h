@@ -1,6 +1,8 @@
 // What runs on a node of the cluster.
 #pragma once
 
+#include "host/farm/plan.h"
+
 #include <string>
 
 namespace zol::host {
@@ -15,6 +17,10 @@ constexpr int kMostFailures = 3;
 int renderFarmPart(const std::string &plan);
 /// Joins the parts to the film, and then removes them.
 int joinFarmParts(const std::string &plan);
+
+/// Renders a part into a file, in a process of its own; what that says goes to standard error. Why it failed,
+/// or empty.
+std::string runPart(const FarmPlan &plan, unsigned number, const std::string &file);
 
 /// Why a render failed that said this last: there was no space left.
 bool tellsOfFullDisk(const std::string &line);

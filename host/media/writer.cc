@@ -192,6 +192,9 @@ void MediaWriter::check() const {
   const Format &format = formatOf(file_, o.encoding);
   if (copiesPictures() && !clockOf(format.muxer, o.rate))
     refuse("encoded pictures can be copied into mp4, mov, mkv, webm, ts, mxf, avi, flv and their like alone");
+  for (const std::string &part : o.encoded.files)
+    if (part.find('\n') != part.npos)
+      refuse("a part has a line break in its name");
   if (o.encoded.delay > 0 && o.rate.value() > kMostReordered)
     refuse("so many pictures a second can be joined only where none is coded out of order");
   if (format.kind == FileKind::sound && hasPictures())
@@ -319,11 +322,17 @@ void MediaWriter::addEncodedPictures(Words &args, const std::string &input) cons
   const EncodedPictures &from = o.encoded;
   const std::string_view muxer = formatOf(file_, o.encoding).muxer;
   const Rational tick = clockOf(muxer, o.rate).value(), frame(o.rate.den, o.rate.num);
-  const auto ticks = [&](const std::string &frames) {
-    return "round(" + frames + "*(" + frame.text() + ")/(" + tick.text() + "))";
+  const auto ticks = [&](const std::string &frames) { // in whole numbers, which halves need
+    return "round(" + frames + '*' + std::to_string(frame.num * tick.den) + '/' +
+           std::to_string(frame.den * tick.num) + ')';
   };
-  // Matroska counts milliseconds: they tell the picture, which tells the exact time.
-  const std::string shown = from.delay == 0 ? "N" : "round(PTS*(" + tick.text() + ")/(" + frame.text() + "))";
+  // Matroska counts milliseconds: they tell the picture, which tells the exact time. Whether the filter gets
+  // them as such or in ticks already depends on ffmpeg: a picture's own length tells.
+  const std::string inFrames = "*(" + tick.text() + ")/(" + frame.text() + ')';
+  const std::string ticked = "not(round(DURATION" + inFrames + ")-1)";
+  const std::string shown = from.delay == 0 ? "N"
+                                            : "round(PTS*(" + ticked + "*(" + tick.text() + ")+(1-" + ticked +
+                                                  ")/1000)/(" + frame.text() + "))";
   std::string filters;
   const bool ownHeaders = muxer == "avi" || muxer == "mxf";
   if (ownHeaders && from.codec == "h264")

@@ -7,14 +7,13 @@
 #include "host/model/error.h"
 #include "host/render/output.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <string_view>
+#include <unistd.h>
 #include <utility>
 
 namespace zol::host {
@@ -245,6 +244,11 @@ std::vector<fs::path> recordFiles(const fs::path &pictures) {
   return files;
 }
 
+fs::path recordFile(const fs::path &pictures, const PartRecord &record) {
+  return pictures.parent_path() /
+         (recordName(pictures) + std::to_string(record.number) + "-of-" + std::to_string(record.count));
+}
+
 /// A sum over sizes and times of change of a part's pictures.
 std::string sumOfPictures(const std::string &pictures, const PartRecord &record) {
   Sum sum;
@@ -253,37 +257,52 @@ std::string sumOfPictures(const std::string &pictures, const PartRecord &record)
   return sum.text();
 }
 
-/// Nothing where the pictures are no longer those of the record.
-std::optional<PartRecord> readRecord(const fs::path &file, const std::string &pictures) {
+struct KeptRecord {
+  std::string sum;
+  PartRecord record;
+};
+
+std::optional<KeptRecord> readRecord(const fs::path &file) {
   std::ifstream stream(file, std::ios::binary);
   std::string sum, text;
   std::getline(stream, sum);
   std::getline(stream, text);
   auto record = recordIn(text);
-  return record && sum == sumOfPictures(pictures, *record) ? record : std::nullopt;
+  return record ? std::optional(KeptRecord{sum, std::move(*record)}) : std::nullopt;
+}
+
+bool holds(const KeptRecord &kept, const std::string &pictures) {
+  return kept.sum == sumOfPictures(pictures, kept.record);
 }
 
 } // namespace
 
 void keepRecord(const std::string &pictures, const PartRecord &record) {
-  std::error_code ignored;
+  std::error_code error;
   for (const fs::path &other : recordFiles(pictures))
-    if (const auto found = readRecord(other, pictures); !found || found->hash != record.hash)
-      fs::remove(other, ignored);
-  const fs::path file =
-      fs::path(pictures).parent_path() /
-      (recordName(pictures) + std::to_string(record.number) + "-of-" + std::to_string(record.count));
-  std::ofstream stream(file, std::ios::binary);
+    if (const auto kept = readRecord(other); kept && kept->record.hash != record.hash)
+      fs::remove(other, error);
+  const fs::path file = recordFile(pictures, record);
+  const fs::path unfinished =
+      file.parent_path() / ("." + std::to_string(getpid()) + file.filename().string());
+  std::ofstream stream(unfinished, std::ios::binary);
   stream << sumOfPictures(pictures, record) << '\n' << textOf(record) << '\n' << std::flush;
-  if (!stream)
-    throw HostError("cannot write " + file.string() + ": " + errorMessage(errno));
+  const int reason = errno;
+  if (stream)
+    fs::rename(unfinished, file, error); // others read while this one writes
+  if (stream && !error)
+    return;
+  const HostError failed("cannot write " + file.string() + ": " +
+                         (error ? error.message() : errorMessage(reason)));
+  fs::remove(unfinished, error);
+  throw failed;
 }
 
 std::vector<PartRecord> recordsBeside(const std::string &pictures) {
   std::vector<PartRecord> records;
   for (const fs::path &file : recordFiles(pictures))
-    if (auto record = readRecord(file, pictures))
-      records.push_back(std::move(*record));
+    if (auto kept = readRecord(file); kept && holds(*kept, pictures))
+      records.push_back(std::move(kept->record));
   return records;
 }
 
@@ -296,12 +315,11 @@ void dropRecords(const std::string &pictures) {
 bool isDone(const RenderPlan &plan, const EffectLibrary &library) {
   const PartRecord wanted = recordOf(plan, library);
   const std::string &file = fileOfPart(plan);
-  std::error_code error;
   if (MediaWriter::isSequence(file)) {
-    const auto records = recordsBeside(file);
-    return std::any_of(records.begin(), records.end(),
-                       [&](const PartRecord &record) { return isSame(record, wanted); });
+    const auto kept = readRecord(recordFile(file, wanted));
+    return kept && isSame(kept->record, wanted) && holds(*kept, file);
   }
+  std::error_code error;
   if (!fs::is_regular_file(file, error))
     return false;
   try {

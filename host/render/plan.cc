@@ -41,6 +41,7 @@ template <Is<PartPlan> Part, class Visit> void forEachMember(Part &part, Visit v
   visit("number", part.number);
   visit("count", part.count);
   visit("file", part.file);
+  visit("all", part.all);
 }
 
 template <Is<StagePlan> Stage, class Visit> void forEachMember(Stage &stage, Visit visit) {

@@ -26,9 +26,9 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
 
 RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library,
                      std::optional<JoinedParts> parts)
-    : plan_(std::move(plan)), library_(std::move(library)),
-      part_(plan_.part ? std::optional(recordOf(plan_, *library_)) : std::nullopt), joined_(std::move(parts)),
-      setup_(plan_ = part_ ? planOfPart(plan_, *part_) : plan_, *library_) {
+    : library_(std::move(library)),
+      part_(plan.part ? std::optional(recordOf(plan, *library_)) : std::nullopt), joined_(std::move(parts)),
+      plan_(part_ ? planOfPart(plan, *part_) : std::move(plan)), setup_(plan_, *library_) {
   checkOutput(plan_, setup_);
   std::vector<std::future<Input>> opened; // all at once: each waits for a child that looks into its file
   for (const InputPlan &input : setup_.inputs)
@@ -85,12 +85,14 @@ void RenderJob::settle() {
 /// Counts the frames, and leaves those of the part.
 void RenderJob::beginPart() {
   Span &span = settled_.span;
-  if (const Input *leading = settled_.leading) {
-    while (span.openEnd && leading->reaches(span.first + span.count))
+  if (plan_.part->all) {
+    span.count = static_cast<size_t>(*plan_.part->all);
+  } else if (const Input *leading = settled_.leading) {
+    const bool reached = span.count == 0 || leading->reaches(span.first + span.count - 1);
+    while (reached && span.openEnd && leading->reaches(span.first + span.count))
       ++span.count;
-    if (span.count > 0 && !leading->reaches(span.first + span.count - 1))
-      span.count = static_cast<size_t>(leading->length().value()) -
-                   std::min<size_t>(span.first, leading->length().value());
+    if (!reached)
+      span.count = static_cast<size_t>(std::max<uint64_t>(*leading->length(), span.first)) - span.first;
   }
   cutPart(*part_, span.first, span.count);
   span = {static_cast<size_t>(part_->first), static_cast<size_t>(part_->frames), false};

@@ -41,8 +41,8 @@ public:
   /// The same with pictures that parts have; all that a render has besides goes along.
   RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library, std::optional<JoinedParts> parts);
 
-  /// Pictures that are to be rendered, as far as the inputs tell.
-  [[nodiscard]] uint64_t frames() const { return settled_.span.count; }
+  /// Pictures of the whole: counted where a part is rendered, else as far as the inputs tell.
+  [[nodiscard]] uint64_t frames() const { return part_ ? part_->all : settled_.span.count; }
 
   /// Writes the output, whole or not at all.
   void run(const Progress &progress);
@@ -61,10 +61,10 @@ private:
   void runJoined(const Progress &progress);
   void note(const std::string &line);
 
-  RenderPlan plan_;
   std::shared_ptr<const EffectLibrary> library_;
   std::optional<PartRecord> part_;
   std::optional<JoinedParts> joined_;
+  RenderPlan plan_;
   ChainSetup setup_;
   std::vector<Input> inputs_;
   Settled settled_;

@@ -110,12 +110,14 @@ TEST_F(FarmWork, TellsWhyThereIsNoMoreToCome) {
 TEST_F(FarmWork, KeepsItsPlan) {
   plan.render.stages = {{"blur", {{"/clip.mkv", 1.5, {}}}, {{"Blurriness", "0.5"}}}};
   plan.threads = 3;
+  plan.frames = 250;
   plan.time = "0:10";
   place.save(plan);
   const FarmPlan read = FarmPlace::named(place.folder()).load();
   EXPECT_EQ(read.render, plan.render);
   EXPECT_EQ(read.jobs(), plan.jobs());
   EXPECT_EQ(read.threads, 3U);
+  EXPECT_EQ(partOf(read, 2, "/part.mkv").part, (PartPlan{2, 4, "/part.mkv", 250}));
   EXPECT_EQ(read.time, "0:10");
   RenderPlan other = plan.render;
   other.overwrite = true;
