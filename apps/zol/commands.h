@@ -35,9 +35,13 @@ void addHelp(CLI::App &zol);
 void addCompletion(CLI::App &zol);
 /// For help and completion: `render` reads its own words, since effects are chained by "!".
 void addRender(CLI::App &zol);
+/// Likewise.
+void addFarm(CLI::App &zol);
 
 /// Runs `zol render` with the words after "render"; throws as the parsers of the others do.
 void runRender(const std::vector<std::string> &words);
+/// The same with `zol farm`.
+void runFarm(const std::vector<std::string> &words);
 
 /// Prints what may stand in the place of the last word, a line each; nothing for names of files.
 void complete(const std::vector<std::string> &words);
@@ -65,7 +69,10 @@ public:
   ~ProgressLine();
   ProgressLine(const ProgressLine &) = delete;
   ProgressLine &operator=(const ProgressLine &) = delete;
-  void show(uint64_t done, uint64_t all);
+  /// So much was done before.
+  void begin(uint64_t done);
+  /// `more` stands in the place of the rate.
+  void show(uint64_t done, uint64_t all, const std::string &more = {});
   /// Makes room for other lines.
   void clear();
   /// All went well.

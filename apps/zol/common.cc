@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <regex>
 #include <set>
@@ -87,14 +88,20 @@ struct ProgressLine::State {
   Clock::time_point started = Clock::now();
   Clock::time_point shown{};
   bool visible = false;
-  uint64_t done = 0, all = 0;
+  uint64_t before = 0, done = 0, all = 0;
+  std::string more{};
 
   [[nodiscard]] double seconds() const {
     return std::chrono::duration<double>(Clock::now() - started).count();
   }
-  [[nodiscard]] double rate() const { return seconds() > 0 ? static_cast<double>(done) / seconds() : 0; }
+  [[nodiscard]] double rate() const {
+    return seconds() > 0 ? static_cast<double>(done - before) / seconds() : 0;
+  }
   [[nodiscard]] nlohmann::json object() const {
-    return {{"done", done}, {"all", all}, {"seconds", seconds()}, {"fps", rate()}};
+    nlohmann::json object = {{"done", done}, {"all", all}, {"seconds", seconds()}, {"fps", rate()}};
+    if (!more.empty())
+      object["more"] = more;
+    return object;
   }
 };
 
@@ -110,10 +117,16 @@ void ProgressLine::clear() {
     std::fputs("\r\033[K", stderr);
 }
 
-void ProgressLine::show(uint64_t done, uint64_t all) {
+void ProgressLine::begin(uint64_t done) {
+  if (state_ != nullptr)
+    state_->before = done;
+}
+
+void ProgressLine::show(uint64_t done, uint64_t all, const std::string &more) {
   using namespace std::chrono_literals;
   if (state_ == nullptr)
     return;
+  state_->more = more;
   state_->done = done;
   const bool openEnd = std::exchange(state_->all, all) != all;
   const auto now = State::Clock::now();
@@ -129,9 +142,11 @@ void ProgressLine::show(uint64_t done, uint64_t all) {
   const double left = rate > 0 ? static_cast<double>(all - done) / rate : 0;
   constexpr int kCells = 24;
   const int filled = all == 0 ? kCells : static_cast<int>(kCells * done / all);
-  std::fprintf(stderr, "\r[%.*s%*s] %llu/%llu %s, %.0f a second, %.0f s left \033[K", filled,
-               "########################", kCells - filled, "", static_cast<unsigned long long>(done),
-               static_cast<unsigned long long>(all), state_->unit, rate, left);
+  const std::string middle = more.empty() ? host::numberText(std::round(rate)) + " a second" : more;
+  std::fprintf(stderr, "\r[%.*s%*s] %llu/%llu %s, %s, %s left \033[K", filled, "########################",
+               kCells - filled, "", static_cast<unsigned long long>(done),
+               static_cast<unsigned long long>(all), state_->unit, middle.c_str(),
+               rate > 0 ? (host::numberText(std::round(left)) + " s").c_str() : "?");
 }
 
 void ProgressLine::finish() {

@@ -86,9 +86,11 @@ Words fieldNames(const host::EffectLibrary &library, const std::string &effect) 
 Words namesOf(const std::vector<const CLI::Option *> &options) {
   Words names;
   for (const CLI::Option *option : options)
-    if (option->nonpositional())
-      for (const std::string_view name : host::split(spelledNames(*option), ','))
+    if (option->nonpositional()) {
+      const std::string all = spelledNames(*option);
+      for (const std::string_view name : host::split(all, ','))
         names.emplace_back(name);
+    }
   return names;
 }
 
@@ -107,33 +109,34 @@ const CLI::Option *optionOf(const CLI::App &command, const std::string &word) {
 
 /// What may follow the words of a command, of which the last has only begun.
 Words candidates(const CLI::App &command, const Words &words) {
+  const auto positionals = command.get_options([](const CLI::Option *o) { return o->get_positional(); });
   const CLI::Option *awaiting = nullptr; // the option whose value comes next
-  std::string first;                     // the first word that is neither
-  bool any = false;
+  std::string last;                      // the last word that is neither
+  size_t given = 0;                      // how many are
   for (auto word = words.begin(); word + 1 != words.end(); ++word) {
     if (awaiting != nullptr) {
       awaiting = nullptr;
     } else if (*word == "!") {
-      any = false;
+      given = positionals.size() - 1;
     } else if (const CLI::Option *option = optionOf(command, *word)) {
       awaiting = takesValue(*option) ? option : nullptr;
-    } else if (!any) {
-      any = true;
-      first = *word;
+    } else {
+      ++given;
+      last = *word;
     }
   }
   const auto library = [] { return host::EffectLibrary(host::EffectLibrary::defaultFile(), "Halvenor"); };
   if (awaiting != nullptr && spelled(*awaiting) == "--set")
-    return fieldNames(library(), first);
+    return fieldNames(library(), last);
   if (awaiting != nullptr)
     return choicesIn(awaiting->get_type_name());
   if (words.back().starts_with('-'))
     return namesOf(command.get_options());
-  const auto positionals = command.get_options([](const CLI::Option *o) { return o->get_positional(); });
-  if (any || positionals.empty())
+  const bool named = given > 0 && words.front() != "render" && command.get_name() == "farm"; // a plan
+  if (given >= positionals.size() || named)
     return {};
-  return positionals.front()->get_name() == "effect" ? effectNames(library())
-                                                     : choicesIn(positionals.front()->get_type_name());
+  const CLI::Option &next = *positionals[given];
+  return next.get_name() == "effect" ? effectNames(library()) : choicesIn(next.get_type_name());
 }
 
 } // namespace

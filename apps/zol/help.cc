@@ -70,8 +70,8 @@ std::unique_ptr<CLI::App> makeCommands() {
   zol->formatter(std::make_shared<HelpFormatter>());
   zol->require_subcommand(1);
   zol->set_version_flag("--version", versionText());
-  for (const auto add : {addList, addShow, addDeclare, addRender, addJoin, addSlowmo, addIcons, addStudio,
-                         addHelp, addCompletion})
+  for (const auto add : {addList, addShow, addDeclare, addRender, addJoin, addFarm, addSlowmo, addIcons,
+                         addStudio, addHelp, addCompletion})
     add(*zol);
   zol->footer(std::string("Examples:\n") + kExamples + "\n`zol COMMAND --help` tells more.");
   return zol;

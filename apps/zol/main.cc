@@ -3,6 +3,7 @@
 #include "apps/zol/commands.h"
 #include "apps/zol/words.h"
 
+#include "host/farm/error.h"
 #include "host/media/interrupt.h"
 #include "host/model/text.h"
 
@@ -32,6 +33,10 @@ void run(const std::vector<std::string> &words) {
   using namespace zol::command;
   if (!words.empty() && words.front() == "render") {
     runRender({words.begin() + 1, words.end()});
+    return;
+  }
+  if (!words.empty() && words.front() == "farm") {
+    runFarm({words.begin() + 1, words.end()});
     return;
   }
   if (!words.empty() && words.front() == "complete") {
@@ -66,6 +71,8 @@ int main(int argc, char **argv) {
     return complain(line + (line.ends_with('?') ? "" : "; see zol --help"), kUsage);
   } catch (const std::bad_alloc &) {
     return complain("out of memory", kFailed);
+  } catch (const zol::host::FarmError &error) {
+    return complain(error.what(), static_cast<int>(error.end));
   } catch (const std::exception &error) {
     return complain(error.what(), kFailed);
   }

@@ -291,7 +291,7 @@ void addRenderOptions(CLI::App &app) {
 namespace {
 
 /// The words of a render whose plan stands in a file.
-RenderWords planWords(const std::vector<std::string> &words) {
+RenderWords planWords(const std::vector<std::string> &words, const std::function<void(CLI::App &)> &addMore) {
   RenderWords all;
   CLI::App app("Render a plan.", "zol render");
   RenderPlan asked;
@@ -299,6 +299,7 @@ RenderWords planWords(const std::vector<std::string> &words) {
   app.add_option("--plan", all.planFile);
   addRunOptions(app, asked);
   addTellingOptions(app, all);
+  addMore(app);
   try {
     parseWords(app, words);
   } catch (const CLI::ParseError &error) {
@@ -320,11 +321,12 @@ RenderWords planWords(const std::vector<std::string> &words) {
 
 } // namespace
 
-RenderWords renderWords(const std::vector<std::string> &words) {
+RenderWords renderWords(const std::vector<std::string> &words,
+                        const std::function<void(CLI::App &)> &addMore) {
   if (std::any_of(words.begin(), words.end(),
                   [](const std::string &word) { return word == "--plan" || word.starts_with("--plan="); }) &&
       std::find(words.begin(), words.end(), "--help") == words.end())
-    return planWords(words);
+    return planWords(words, addMore);
   RenderWords all;
   const auto own = std::find(words.begin(), words.end(), "--");
   if (own != words.end())
@@ -340,6 +342,7 @@ RenderWords renderWords(const std::vector<std::string> &words) {
     Stage &stage = *stages.emplace_back(std::make_unique<Stage>());
     stage.app.formatter(std::make_shared<HelpFormatter>());
     addOptions(stage.app, all, stage.options);
+    addMore(stage.app);
     try {
       parseWords(stage.app, {first, end});
     } catch (const CLI::CallForHelp &) {

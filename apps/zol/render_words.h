@@ -5,6 +5,7 @@
 
 #include "host/render/plan.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,9 @@ struct RenderWords {
 void addRenderOptions(CLI::App &app);
 
 /// Reads the words behind "render". Throws CLI::ParseError, and HostError for a preset that cannot be read.
-RenderWords renderWords(const std::vector<std::string> &words);
+/// `addMore` adds options that stand among them.
+RenderWords renderWords(
+    const std::vector<std::string> &words,
+    const std::function<void(CLI::App &)> &addMore = [](CLI::App &) {});
 
 } // namespace zol::command

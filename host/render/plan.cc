@@ -2,15 +2,12 @@
 
 #include "host/model/error.h"
 #include "host/model/names.h"
+#include "host/model/text_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <concepts>
 #include <cstdint>
-#include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
-#include <system_error>
 #include <type_traits>
 #include <utility>
 
@@ -44,6 +41,7 @@ template <Is<PartPlan> Part, class Visit> void forEachMember(Part &part, Visit v
   visit("number", part.number);
   visit("count", part.count);
   visit("file", part.file);
+  visit("all", part.all);
 }
 
 template <Is<StagePlan> Stage, class Visit> void forEachMember(Stage &stage, Visit visit) {
@@ -197,10 +195,7 @@ RenderPlan planFromJson(const Json &json) {
 }
 
 RenderPlan loadPlan(const std::string &file) {
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream)
-    throw HostError("cannot read " + file + ": " + std::generic_category().message(errno));
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
+  const std::string text = readTextFile(file);
   try {
     RenderPlan plan = planFromJson(Json::parse(text));
     if (plan.stages.empty())

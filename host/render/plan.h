@@ -8,6 +8,7 @@
 #include "host/services/service.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
@@ -45,6 +46,8 @@ struct StagePlan {
 struct PartPlan {
   int number = 1, count = 1;
   std::string file; ///< empty: the plan's output, which is no film then
+  /// Frames of the whole, where they have been counted: looking for the last of them takes its time.
+  std::optional<uint64_t> all{};
 
   bool operator==(const PartPlan &) const = default;
 };

@@ -66,7 +66,9 @@ RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> libra
 /// Counts the frames, and leaves those of the part.
 void RenderJob::beginPart() {
   Span &span = settled_.span;
-  if (const Input *leading = settled_.leading) {
+  if (plan_.part->all) {
+    span.count = static_cast<size_t>(*plan_.part->all);
+  } else if (const Input *leading = settled_.leading) {
     const bool reached = span.count == 0 || leading->reaches(span.first + span.count - 1);
     while (reached && span.openEnd && leading->reaches(span.first + span.count))
       ++span.count;

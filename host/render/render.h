@@ -42,6 +42,9 @@ public:
   /// The same with pictures that parts have; all that a render has besides goes along.
   RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library, std::optional<JoinedParts> parts);
 
+  /// Pictures of the whole: counted where a part is rendered, else as far as the inputs tell.
+  [[nodiscard]] uint64_t frames() const { return part_ ? part_->all : settled_.span.count; }
+
   /// Writes the output, whole or not at all.
   void run(const Progress &progress);
 

@@ -276,6 +276,9 @@ TEST_F(Zol, HelpManualAndCompletionKnowEveryOption) {
       {"render blur --alpha ''", "auto\nkeep\ndrop\n"},
       {"slowmo x --method v", "vector\n"},
       {"completion z", "zsh\n"},
+      {"farm s", "status\n"},
+      {"farm render chain", "chain mix\n"},
+      {"farm status ''", ""},
   };
   for (const auto &[words, found] : completed)
     EXPECT_EQ(zol("complete " + std::string(words)).out, found) << words;
@@ -371,6 +374,19 @@ TEST_F(Zol, KeepsTheSoundOfTheFirstInput) {
   render("copy -i clip.mkv -o out.mkv");
   EXPECT_NE(shell("ffprobe -v error -show_entries stream=codec_type -of csv=p=0 out.mkv").out.find("audio"),
             std::string::npos);
+}
+
+TEST_F(Zol, FarmsOnlyWhereThereIsAClusterAndAFilm) {
+  make("clip.mkv", "-f lavfi -i testsrc2=s=32x24:d=0.4 -c:v ffv1");
+  const size_t before = entries();
+  const Outcome alone = shell("PATH=/nowhere " ZOL_BUILD_DIR "/zol farm render blur -i clip.mkv -o film.mkv");
+  EXPECT_EQ(alone.status, 3);
+  EXPECT_EQ(alone.err, "zol: there is no Slurm here: cannot run sinfo: No such file or directory\n");
+  EXPECT_EQ(entries(), before);
+  fails("farm status clip.mkv", "plan.json");
+  fails("farm render blur -i clip.mkv", "one film", 2);
+  fails("farm render blur -i clip.mkv -o film.mkv --parts 0", "--parts takes 1 or more", 2);
+  fails("farm stop clip.mkv", "status or cancel", 2);
 }
 
 } // namespace

@@ -1,0 +1,28 @@
+// What runs on a node of the cluster.
+#pragma once
+
+#include "host/farm/plan.h"
+
+#include <string>
+
+namespace zol::host {
+
+/// A part is tried so often before it has failed.
+constexpr int kMostFailures = 3;
+
+// Both take the plan's file and yield the status of the task. Why they failed is kept in the plan's place.
+
+/// Renders the part of which the scheduler's environment gives the number; has it started anew, perhaps on
+/// another node, after a failure that may not come again.
+int renderFarmPart(const std::string &plan);
+/// Joins the parts to the film, and then removes them.
+int joinFarmParts(const std::string &plan);
+
+/// Renders a part into a file, in a process of its own; what that says goes to standard error. Why it failed,
+/// or empty.
+std::string runPart(const FarmPlan &plan, unsigned number, const std::string &file);
+
+/// Why a render failed that said this last: there was no space left.
+bool tellsOfFullDisk(const std::string &line);
+
+} // namespace zol::host

@@ -1,0 +1,40 @@
+#include "host/model/text_file.h"
+
+#include "host/model/error.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <unistd.h>
+
+namespace zol::host {
+namespace {
+
+std::string reason() { return std::generic_category().message(errno); }
+
+} // namespace
+
+std::string readTextFile(const std::string &file) {
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream)
+    throw HostError("cannot read " + file + ": " + reason());
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void writeTextFile(const std::string &file, const std::string &text) {
+  const std::string unfinished = file + '.' + std::to_string(getpid());
+  std::ofstream stream(unfinished, std::ios::binary);
+  stream << text << std::flush;
+  std::error_code error;
+  if (stream)
+    std::filesystem::rename(unfinished, file, error);
+  if (stream && !error)
+    return;
+  const HostError failed("cannot write " + file + ": " + (error ? error.message() : reason()));
+  std::filesystem::remove(unfinished, error);
+  throw failed;
+}
+
+} // namespace zol::host
