@@ -171,12 +171,12 @@ Submitted submitFarm(const FarmRequest &request) {
     return result;
   }
 
-  // All that can be told before; the frames are counted once for all parts.
-  plan.frames = RenderJob(partOf(plan, 1, place.part(1)), library).frames();
+  (void)recordOf(partOf(plan, 1, place.probe()), *library); // all that can be told before
   result.notes = RenderJob(plan.render, library).notes();
   const bool made = !fs::exists(place.folder());
   try {
     place.prepare(same && areOf(place, before->plan, *library));
+    plan.frames = RenderJob(partOf(plan, 1, place.probe()), library).frames(); // once for all parts
     plan.parts = same            ? before->plan.parts
                  : request.parts ? *request.parts
                                  : partsFor(plan.frames, secondsAFrame(place, plan));
