@@ -113,14 +113,14 @@ FarmState stateOf(const FarmPlace &place, const FarmPlan &plan, const std::vecto
 }
 
 FarmError endOf(const FarmState &state, const FarmPlace &place) {
-  if (fs::exists(place.cancelled()) || state.failures.empty())
-    return {FarmEnd::cancelled, "cancelled; " + std::to_string(state.done) + " of " +
-                                    std::to_string(state.parts) + " parts are kept in " + place.folder()};
-  const auto &worst = *std::ranges::max_element(state.failures, {}, [](const FarmState::Failure &failure) {
+  const auto worst = std::ranges::max_element(state.failures, {}, [](const FarmState::Failure &failure) {
     return failure.end == FarmEnd::cancelled ? 0 : failure.end == FarmEnd::partFailed ? 1 : 2;
   });
+  if (fs::exists(place.cancelled()) || worst == state.failures.end() || worst->end == FarmEnd::cancelled)
+    return {FarmEnd::cancelled, "cancelled; " + std::to_string(state.done) + " of " +
+                                    std::to_string(state.parts) + " parts are kept in " + place.folder()};
   const size_t more = state.failures.size() - 1;
-  return {worst.end, worst.line + (more == 0 ? "" : " (and " + std::to_string(more) + " more)")};
+  return {worst->end, worst->line + (more == 0 ? "" : " (and " + std::to_string(more) + " more)")};
 }
 
 std::string textOf(const FarmState &state) {

@@ -29,7 +29,7 @@ namespace fs = std::filesystem;
 double secondsFor(const FarmPlace &place, FarmPlan plan, uint64_t count) {
   plan.parts = static_cast<unsigned>(std::max<uint64_t>(1, plan.frames / count));
   const auto begin = std::chrono::steady_clock::now();
-  const std::string why = runPart(plan, (plan.parts + 1) / 2, place.probe());
+  const std::string why = runPart(plan, (plan.parts + 1) / 2, place.probe()).why;
   std::error_code ignored;
   fs::remove(place.probe(), ignored);
   if (!why.empty())
@@ -171,12 +171,12 @@ Submitted submitFarm(const FarmRequest &request) {
     return result;
   }
 
-  // All that can be told before; the frames are counted once for all parts.
-  plan.frames = RenderJob(partOf(plan, 1, place.part(1)), library).frames();
+  (void)recordOf(partOf(plan, 1, place.probe()), *library); // all that can be told before
   result.notes = RenderJob(plan.render, library).notes();
   const bool made = !fs::exists(place.folder());
   try {
     place.prepare(same && areOf(place, before->plan, *library));
+    plan.frames = RenderJob(partOf(plan, 1, place.probe()), library).frames(); // once for all parts
     plan.parts = same            ? before->plan.parts
                  : request.parts ? *request.parts
                                  : partsFor(plan.frames, secondsAFrame(place, plan));
@@ -204,8 +204,9 @@ FarmState cancelFarm(const FarmPlace &place) {
   FarmState state = stateNow(place, plan);
   if (!state.active())
     throw HostError("nothing of \"" + plan.film() + "\" is under way");
+  cancelJobs(plan.jobs());
   writeTextFile(place.cancelled(), "");
-  for (cancelJobs(plan.jobs()); state.active(); state = stateNow(place, plan))
+  for (; state.active(); state = stateNow(place, plan))
     pauseFor(kGlance);
   return state;
 }

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -36,23 +36,24 @@ unsigned numberFrom(const char *name) {
   return static_cast<unsigned>(*number);
 }
 
-/// Runs zol; what it said goes to the task's log. Why it failed, or empty.
-std::string run(const std::vector<std::string> &words, std::string input) {
+/// Runs zol.
+TaskEnd run(const std::vector<std::string> &words, const std::string &input) {
   Process::Options options;
   if (!input.empty())
     options.input = Process::Stream::Pipe;
   options.feedHead.assign(input.begin(), input.end());
   Process process(words, std::move(options));
   const int status = process.wait();
-  std::fputs(process.errorTail().c_str(), stderr);
+  TaskEnd end{{}, process.errorTail()};
   if (status == 0)
-    return {};
-  std::string line = process.lastLine();
-  if (line.starts_with("zol: "))
-    line.erase(0, 5);
-  return !line.empty()  ? line
-         : status > 128 ? words.front() + " was ended by signal " + std::to_string(status - 128)
-                        : words.front() + " ended with status " + std::to_string(status);
+    return end;
+  end.why = process.lastLine();
+  if (end.why.starts_with("zol: "))
+    end.why.erase(0, 5);
+  if (end.why.empty())
+    end.why = words.front() + (status > 128 ? " was ended by signal " + std::to_string(status - 128)
+                                            : " ended with status " + std::to_string(status));
+  return end;
 }
 
 /// Keeps the reason; how many there are now, or nothing where it could not be kept.
@@ -88,7 +89,7 @@ bool tellsOfFullDisk(const std::string &line) {
                              [&](int error) { return line.find(errorMessage(error)) != line.npos; });
 }
 
-std::string runPart(const FarmPlan &plan, unsigned number, const std::string &file) {
+TaskEnd runPart(const FarmPlan &plan, unsigned number, const std::string &file) {
   return run({plan.program, "render", "--plan", "/dev/stdin"}, toJson(partOf(plan, number, file)).dump());
 }
 
@@ -98,7 +99,8 @@ int renderFarmPart(const std::string &file) {
   const FarmPlan plan = enter(place);
   const std::string part = place.part(number);
   fs::create_directories(fs::path(part).parent_path());
-  const std::string why = runPart(plan, number, part);
+  const auto [why, said] = runPart(plan, number, part);
+  std::fputs(said.c_str(), stderr);
   if (why.empty())
     return 0;
   const auto failures = keepFailure(place.failures(number), why);
@@ -116,7 +118,9 @@ int joinFarmParts(const std::string &file) {
   words.insert(words.end(), {"-o", plan.film()});
   if (plan.render.overwrite)
     words.emplace_back("-y");
-  if (const std::string why = run(words, ""); !why.empty()) {
+  const auto [why, said] = run(words, "");
+  std::fputs(said.c_str(), stderr);
+  if (!why.empty()) {
     keepFailure(place.failures(0), why);
     return 1;
   }

@@ -18,9 +18,13 @@ int renderFarmPart(const std::string &plan);
 /// Joins the parts to the film, and then removes them.
 int joinFarmParts(const std::string &plan);
 
-/// Renders a part into a file, in a process of its own; what that says goes to standard error. Why it failed,
-/// or empty.
-std::string runPart(const FarmPlan &plan, unsigned number, const std::string &file);
+struct TaskEnd {
+  std::string why;  ///< it failed; empty: it did not
+  std::string said; ///< the end of its standard error
+};
+
+/// Renders a part into a file, in a process of its own.
+TaskEnd runPart(const FarmPlan &plan, unsigned number, const std::string &file);
 
 /// Why a render failed that said this last: there was no space left.
 bool tellsOfFullDisk(const std::string &line);

@@ -89,7 +89,8 @@ TEST_F(FarmWork, TellsWhyThereIsNoMoreToCome) {
   expectEnd({part(4, "FAILED"), join("CANCELLED")}, FarmEnd::noSharedFolder,
             "n1 cannot write to " + place.folder() + "; name a folder that all nodes share with --workdir");
   expectEnd({}, FarmEnd::partFailed, "part 4 is not there, and Slurm does not know of it any more");
-  expectEnd({part(4, "CANCELLED")}, FarmEnd::cancelled, "part 4 was cancelled");
+  expectEnd({part(4, "CANCELLED")}, FarmEnd::cancelled,
+            "cancelled; 3 of 4 parts are kept in " + place.folder());
   expectEnd({part(4, "TIMEOUT")}, FarmEnd::partFailed,
             "part 4 ran out of its time on n1; give it more with --time, or make more --parts");
   write(place.log(4), "exec: zol: not found\n\n");
