@@ -114,7 +114,7 @@ ChainThreads RenderJob::threads(size_t frames) {
                                  static_cast<size_t>(timeline.height));
   if (threads.count > 1)
     for (Input &input : inputs_)
-      input.keepMore((leadOf(threads.count) - 1) * frames);
+      input.keepMore(leadOf(threads.count) * frames);
   return threads;
 }
 

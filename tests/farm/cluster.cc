@@ -131,7 +131,7 @@ void Cluster::configure() const {
           "SelectType=select/cons_tres\nSelectTypeParameters=CR_Core\nSchedulerType=sched/backfill\n"
           "SchedulerParameters=bf_interval=1,sched_interval=1\nReturnToService=2\nKillWait=2\n"
           // A node that is gone is noticed within seconds.
-          "SlurmdTimeout=2\nMessageTimeout=2\nTCPTimeout=1\nSlurmctldDebug=info\nSlurmdDebug=info\n"
+          "SlurmdTimeout=5\nMessageTimeout=5\nTCPTimeout=2\nSlurmctldDebug=info\nSlurmdDebug=info\n"
           "PartitionName=main Nodes=ALL Default=YES MaxTime=INFINITE State=UP\n";
   for (size_t i = 0; i < nodes_.size(); ++i) {
     fs::create_directories(folder_ / nodes_[i]);

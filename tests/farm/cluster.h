@@ -59,7 +59,7 @@ template <class Condition> bool comesToBe(Condition condition);
 
 template <class Condition> bool zol::test::comesToBe(Condition condition) {
   using namespace std::chrono_literals;
-  for (const auto end = std::chrono::steady_clock::now() + 60s; std::chrono::steady_clock::now() < end;
+  for (const auto end = std::chrono::steady_clock::now() + 100s; std::chrono::steady_clock::now() < end;
        std::this_thread::sleep_for(100ms))
     if (condition())
       return true;
