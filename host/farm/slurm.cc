@@ -76,14 +76,13 @@ std::string submit(const SlurmJob &job) {
                                     "--output=" + job.log,
                                     "--open-mode=truncate",
                                     "--ntasks=1",
-                                    "--cpus-per-task=" + std::to_string(job.cpus)};
+                                    "--cpus-per-task=" + std::to_string(job.cpus),
+                                    "--kill-on-invalid-dep=yes"};
   const auto add = [&](const char *option, const std::string &value) {
     if (!value.empty())
       words.push_back(option + value);
   };
   add("--array=", rangesOf(job.indices));
-  if (!job.after.empty())
-    words.push_back("--kill-on-invalid-dep=yes");
   add("--dependency=afterok:", job.after);
   add("--partition=", job.partition);
   add("--time=", job.time);
