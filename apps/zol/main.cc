@@ -6,6 +6,7 @@
 #include "host/farm/error.h"
 #include "host/media/interrupt.h"
 #include "host/model/text.h"
+#include "host/services/picture_memory.h"
 
 #include <csignal>
 #include <cstdio>
@@ -59,6 +60,7 @@ int main(int argc, char **argv) {
   // Pictures come and go: their memory is kept, not fetched from the system anew for each.
   mallopt(M_MMAP_THRESHOLD, kLargestKept);
   mallopt(M_TRIM_THRESHOLD, 4 * kLargestKept);
+  zol::host::keepPictureMemory(size_t{2} * kLargestKept);
   std::signal(SIGPIPE, SIG_IGN); // a reader that goes away is a failed write
   zol::host::heedInterruptions();
   try {

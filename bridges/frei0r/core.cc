@@ -1,6 +1,7 @@
 #include "bridges/frei0r/core.h"
 
 #include "bridges/frei0r/instance.h"
+#include "host/services/picture_memory.h"
 
 using namespace zol::bridge;
 
@@ -9,6 +10,7 @@ using namespace zol::bridge;
 namespace {
 
 constexpr int kFrei0rVersion = 1;
+constexpr size_t kKeptMemory = size_t{32} << 20; // bytes: four pictures of HD, of all instances together
 
 /// Null where the plug-in's number is unknown, or its effect.
 const Plugin *pluginAt(unsigned number) noexcept {
@@ -49,6 +51,7 @@ ZOL_CORE void zol_frei0r_param_info(unsigned number, f0r_param_info_t *info, int
 ZOL_CORE f0r_instance_t zol_frei0r_construct(unsigned number, unsigned width, unsigned height,
                                              const void *caller) {
   const Plugin *plugin = pluginAt(number);
+  zol::host::keepPictureMemory(kKeptMemory);
   try {
     return plugin == nullptr ? nullptr : new PluginInstance(*plugin, width, height, callerAt(caller));
   } catch (...) {

@@ -90,9 +90,8 @@ bool PluginInstance::render(double time, const uint32_t *first, const uint32_t *
     // Effects only read what an input hands out.
     clips_[i].show(static_cast<int>(width_), static_cast<int>(height_), const_cast<_color_t *>(pixels));
   }
-  auto picture = stage_->video(time);
+  const auto picture = stage_->video(time);
   give(reinterpret_cast<const uint32_t *>(picture->record()->Pixels), out);
-  stage_->instance().session().pictures.recycle(std::move(picture));
   return true;
 }
 

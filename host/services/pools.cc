@@ -1,27 +1,25 @@
 #include "host/services/pools.h"
 
+#include "host/services/picture_memory.h"
+
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 
 namespace zol::host {
 
-void PictureBuffer::Release::operator()(void *memory) const { std::free(memory); }
+void PictureBuffer::Release::operator()(void *memory) const { releasePictureMemory(memory, bytes); }
 
 size_t PictureBuffer::pixels() const {
   return static_cast<size_t>(record_.Width) * static_cast<size_t>(record_.Height);
 }
 
 std::unique_ptr<PictureBuffer> PictureBuffer::make(int width, int height) {
-  return make(width, height, std::calloc);
+  return make(width, height, clearPictureMemory);
 }
 
 std::unique_ptr<PictureBuffer> PictureBuffer::makeUnwritten(int width, int height) {
-  constexpr size_t kLine = 64; // of the cache
-  return make(width, height, [](size_t count, size_t size) {
-    return std::aligned_alloc(kLine, (count * size + kLine - 1) / kLine * kLine);
-  });
+  return make(width, height, unwrittenPictureMemory);
 }
 
 std::unique_ptr<PictureBuffer> PictureBuffer::make(int width, int height, Allocate allocate) {
@@ -35,28 +33,15 @@ std::unique_ptr<PictureBuffer> PictureBuffer::make(int width, int height, Alloca
   const size_t count = buffer->pixels();
   if (count > SIZE_MAX / 2 / sizeof(_color_t))
     return nullptr;
-  buffer->memory_.reset(static_cast<_color_t *>(allocate(count == 0 ? 1 : count, sizeof(_color_t))));
+  const size_t bytes = count * sizeof(_color_t);
+  buffer->memory_ = {static_cast<_color_t *>(allocate(bytes)), Release{bytes}};
   if (buffer->memory_ == nullptr)
     return nullptr;
   buffer->record_.Pixels = buffer->memory_.get();
   return buffer;
 }
 
-/// The spare one where it has the size; null where not.
-std::unique_ptr<PictureBuffer> PicturePool::spare(int width, int height) {
-  if (spare_ == nullptr || spare_->record()->Width != width || spare_->record()->Height != height)
-    return nullptr;
-  spare_->record()->X = spare_->record()->Y = 0;
-  return std::move(spare_);
-}
-
-pic *PicturePool::create(int width, int height) {
-  auto used = spare(width, height);
-  if (used == nullptr)
-    return keep(PictureBuffer::make(width, height));
-  std::memset(used->record()->Pixels, 0, used->pixels() * sizeof(_color_t));
-  return keep(std::move(used));
-}
+pic *PicturePool::create(int width, int height) { return keep(PictureBuffer::make(width, height)); }
 
 pic *PicturePool::keep(std::unique_ptr<PictureBuffer> buffer) {
   if (buffer == nullptr)
@@ -70,9 +55,7 @@ pic *PicturePool::keep(std::unique_ptr<PictureBuffer> buffer) {
 pic *PicturePool::duplicate(const pic *source) {
   if (source == nullptr)
     return nullptr;
-  auto used = spare(source->Width, source->Height);
-  pic *copy =
-      keep(used != nullptr ? std::move(used) : PictureBuffer::makeUnwritten(source->Width, source->Height));
+  pic *copy = keep(PictureBuffer::makeUnwritten(source->Width, source->Height));
   if (copy == nullptr)
     return nullptr;
   copy->X = source->X;

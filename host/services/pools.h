@@ -25,10 +25,11 @@ public:
 
 private:
   struct Release {
+    size_t bytes;
     void operator()(void *memory) const;
   };
   PictureBuffer() = default;
-  using Allocate = void *(size_t count, size_t size);
+  using Allocate = void *(size_t bytes);
   static std::unique_ptr<PictureBuffer> make(int width, int height, Allocate allocate);
 
   pic record_{};
@@ -42,8 +43,6 @@ public:
   pic *duplicate(const pic *source);
   /// False, and nothing done, for a picture that is not live.
   bool free(pic *picture);
-  /// Keeps a picture that is done with: the next of its size gets its memory, which is new to no one then.
-  void recycle(std::unique_ptr<PictureBuffer> buffer) { spare_ = std::move(buffer); }
   /// Takes a live picture out of the pool; null when it is not live.
   std::unique_ptr<PictureBuffer> take(pic *picture);
 
@@ -52,10 +51,8 @@ public:
 
 private:
   pic *keep(std::unique_ptr<PictureBuffer> buffer);
-  std::unique_ptr<PictureBuffer> spare(int width, int height);
 
   std::unordered_map<const pic *, std::unique_ptr<PictureBuffer>> live_;
-  std::unique_ptr<PictureBuffer> spare_;
   size_t created_ = 0;
 };
 
