@@ -60,6 +60,14 @@ struct Field {
   int integer = 0;
   uint32_t color = 0; ///< 0xAARRGGBB
 
+private:
+  template <class Value> constexpr Field with(Value Field::*member, Value value) const {
+    Field row = *this;
+    row.*member = value;
+    return row;
+  }
+
+public:
   // ---- Words that say what differs ----
 
   /// The label where it is not the name.
@@ -91,13 +99,6 @@ struct Field {
   constexpr Field clip() const { return with(&Field::start, Start::clip); }
   /// Init leaves the field alone.
   constexpr Field unset() const { return with(&Field::start, Start::unset); }
-
-private:
-  template <class Value> constexpr Field with(Value Field::*member, Value value) const {
-    Field row = *this;
-    row.*member = value;
-    return row;
-  }
 };
 
 namespace field {

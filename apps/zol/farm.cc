@@ -103,7 +103,8 @@ void farmRender(const std::vector<std::string> &words) {
   }
   std::printf("%s\n%u of %u parts %s", submitted.place.plan().c_str(), plan.parts - submitted.kept,
               plan.parts, submitted.underWay ? "under way" : "submitted");
-  std::printf(plan.partsJob.empty() ? "" : ": job %s", plan.partsJob.c_str());
+  if (!plan.partsJob.empty())
+    std::printf(": job %s", plan.partsJob.c_str());
   std::printf("; to be joined by job %s\n", plan.joinJob.c_str());
   std::fflush(stdout);
   if (!farm.wait)

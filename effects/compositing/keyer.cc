@@ -157,8 +157,8 @@ Settings readSettings(t_ZoHostInfo *host) {
     return zol::in4096ths(zol::paramShare(host, field, usual));
   };
   const int method = std::clamp(zol::paramInt(host, kMethod), 0, zol::kKeyMethods - 1);
-  zol::UniversalKey key(static_cast<zol::KeyMethod>(method), zol::paramColor(host, kColor),
-                        zol::paramShare(host, kRange, kUsualRange));
+  zol::UniversalKey key{static_cast<zol::KeyMethod>(method), zol::paramColor(host, kColor),
+                        zol::paramShare(host, kRange, kUsualRange)};
   key.first = share(kTolerance, kUsualTolerance);
   key.range = std::max(1, share(kSoftness, kUsualSoftness));
   key.shadows = share(kShadows, 0);

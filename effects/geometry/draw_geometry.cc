@@ -241,7 +241,7 @@ pic *render(t_ZoHostInfo *host) {
     return nullptr;
   const zol::Outline outline(segments);
   zol::Coverage coverage = zol::coverageOf(host, *out);
-  if (!outline || !coverage || !Pen(outline, readLine(host), readPart(host), coverage).draw()) {
+  if (!outline || !coverage || !Pen{outline, readLine(host), readPart(host), coverage}.draw()) {
     zol::showMemoryError(host);
     return nullptr;
   }

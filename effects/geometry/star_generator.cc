@@ -137,8 +137,8 @@ public:
   Stars(t_ZoHostInfo *host, const pic &ground, zol::Coverage &coverage)
       : host_(host), aspect_(zol::pixelAspect(host)), left_(ground.X), top_(ground.Y),
         geometry_(host->Services->ParamGetGeometry(host, kGeometry, 0)),
-        star_(std::clamp(zol::paramInt(host, kPoints), kLeastPoints, kMostPoints),
-              zol::paramShare(host, kInner), zol::paramAngle(host, kAngle)),
+        star_{std::clamp(zol::paramInt(host, kPoints), kLeastPoints, kMostPoints),
+              zol::paramShare(host, kInner), zol::paramAngle(host, kAngle)},
         radius_(zol::paramShare(host, kRadius) * host->Width), depth_(zol::paramShare(host, kDepth)),
         twinkle_(zol::paramWithin(host, kTwinkle, 0, kMostTwinkle)),
         seed_(static_cast<uint32_t>(std::clamp(zol::paramInt(host, kSeed), 0, kMostSeed))),

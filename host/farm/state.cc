@@ -89,7 +89,8 @@ FarmState stateOf(const FarmPlace &place, const FarmPlan &plan, const std::vecto
   const auto isComplete = [&](unsigned number) { // which a shared disk may show later
     return taskOf(number) != nullptr && taskOf(number)->state == "COMPLETED";
   };
-  if (state.finished |= isComplete(0)) {
+  state.finished |= isComplete(0);
+  if (state.finished) {
     state.done = state.parts;
     return state;
   }

@@ -17,7 +17,7 @@ void thicken(uint16_t *alpha, int count, int gain) {
 
 void castShadow(const uint16_t *alpha, int opacity, const Rounding &rounding, _color_t color,
                 const _color_t *hidden, _color_t *out, int count) {
-  constexpr int kPixels = kLanes<U16xN>;
+  constexpr int kTogether = kLanes<U16xN>;
   const auto weight = splat<U16xN>(static_cast<uint16_t>(16 * opacity)); // 0 for all of it
   const auto colors = splat<U32xN>(__builtin_bit_cast(uint32_t, color) & 0x00FFFFFF);
   const auto cast = [=](U16xN bytes, const _color_t *under, _color_t *to) {
@@ -37,11 +37,11 @@ void castShadow(const uint16_t *alpha, int opacity, const Rounding &rounding, _c
     const auto v = load<U16xN>(alpha + i, n);
     const U16xN seen = opacity < 4096 ? mulHigh(v, weight) : v;
     const U16xN bytes = div255(seen + termsAt<U16xN>(rounding, i));
-    if (n == kPixels) {
+    if (n == kTogether) {
       cast(bytes, hidden + i, out + i);
       return;
     }
-    _color_t rest[kPixels] = {};
+    _color_t rest[kTogether] = {};
     const size_t size = static_cast<size_t>(n) * sizeof(_color_t);
     __builtin_memcpy(rest, hidden + i, size);
     cast(bytes, rest, rest);

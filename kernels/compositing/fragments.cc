@@ -148,7 +148,7 @@ RowIndex::RowIndex(int rows, int things, Reach reach)
 
 FragmentLayer::FragmentLayer(const pic &picture, const Area &area, const FragmentGrid &grid,
                              const FragmentMove *moves, int count)
-    : source_(WarpSource::of(picture)), area_(area.moved(-picture.X, -picture.Y)), count_(count),
+    : source_(WarpSource::of(picture)), area_(area.moved(-picture.X, -picture.Y)),
       allMoved_(count == grid.count()), pieces_(size_t(count)), gone_(size_t(picture.Width)),
       row_(size_t(area.width())) {
   if (!pieces_)

@@ -78,7 +78,6 @@ private:
 
   WarpSource source_;
   Area area_; ///< in pixels of the picture
-  int count_;
   bool allMoved_;
   Scratch<Piece> pieces_;
   std::optional<RowIndex> left_, moved_; ///< by rows of the picture and of the area

@@ -30,7 +30,6 @@ void layColor(_color_t *pixels, const _color_t *mask, int count, unsigned colour
 }
 
 void layColorOnBytes(_color_t *pixels, const uint8_t *mask, int count, unsigned colour) {
-  constexpr int kPixels = kLanes<U32xN>;
   const auto upper = splat<U32xN>(colour | 0xff000000U);
   const auto opacity = static_cast<uint16_t>(colour >> 24);
   forEachVector<U8xN>(count, [=](int first, int some) {

@@ -6,8 +6,11 @@ namespace zol::slomo {
 namespace {
 
 void fillRows(const Plane &plane, void *frame, uint32_t word) {
-  for (size_t y = 0; y < plane.rows; ++y)
-    std::fill_n(rowOf(frame, plane.stride, y), plane.words, word);
+  for (size_t y = 0; y < plane.rows; ++y) {
+    Word *const row = rowOf(frame, plane.stride, y);
+    for (size_t x = 0; x < plane.words; ++x)
+      row[x] = word;
+  }
 }
 
 template <class Take>

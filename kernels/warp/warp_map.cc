@@ -58,7 +58,7 @@ Footprint WarpMap::footprintAt(double column, int y) const {
   if (affine_)
     return footprint_;
   constexpr double kHorizon = 1e-9; // behind it nothing is seen
-  const auto &[a, b, g] = toSource_.rows;
+  const auto &a = toSource_.rows[0], &b = toSource_.rows[1], &g = toSource_.rows[2];
   const double row = y + 0.5;
   const auto at = [=](const double(&line)[3]) { return line[0] * column + (line[1] * row + line[2]); };
   const double inverse = 1 / std::max(at(g), kHorizon), u = at(a) * inverse, v = at(b) * inverse;

@@ -14,8 +14,7 @@ Places moved(const Places &places, int by) { return {places.u + by, places.v + b
 void warpPlaces(const WarpSource &source, const Places &places, const Places &above, const Places &below,
                 WarpFilter filter, _color_t *out, int count) {
   if (filter == WarpFilter::pixels) {
-    for (int i = 0; i < count; ++i)
-      out[i] = pixelOf(source, (places.u[i] + kPhases / 2) >> 8, (places.v[i] + kPhases / 2) >> 8);
+    ZOL_SELECT(pickEach)(source, places.u, places.v, count, out);
     return;
   }
   const auto find = ZOL_SELECT(findRadii);

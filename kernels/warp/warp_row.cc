@@ -12,11 +12,6 @@ namespace {
 constexpr int kFootprintPixels = 16;
 static_assert(kMostProbed % kFootprintPixels == 0);
 
-void pickPixels(const WarpSource &source, const int *u, const int *v, int count, _color_t *out) {
-  for (int i = 0; i < count; ++i)
-    out[i] = pixelOf(source, (u[i] + kPhases / 2) >> 8, (v[i] + kPhases / 2) >> 8);
-}
-
 /// Asks for what rows further down read, of an affine map: along slanting lines the processor does not
 /// foresee it.
 void prefetchBelow(const WarpSource &source, const WarpMap &map, const int *u, const int *v, int count) {
@@ -86,7 +81,7 @@ void warpPixels(const WarpSource &source, const WarpMap &map, int y, int x0, int
     if (slants)
       prefetchBelow(source, map, u, v, count);
     if (filter == WarpFilter::pixels)
-      pickPixels(source, u, v, count, out);
+      ZOL_SELECT(pickEach)(source, u, v, count, out);
     else
       takeProbes(source, map, y, x, filter, u, v, count, out);
     out += count;

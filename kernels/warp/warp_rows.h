@@ -25,6 +25,7 @@ struct PlaceSteps {
 // probeEach    what one probe finds around each place, of radii that are given for each as well: 1/64 pixel.
 // probeSteps   what the probes of a footprint of its own find around the place of each of the columns, up to
 //              kMostProbed: the steps are those to the next place and from row to row.
+// pickEach     the pixel that is nearest to each place, of any count.
 // copyOpaque   pixels as they are, their alphas 255.
 // copyVisible  pixels as they are, 0 where alpha is 0.
 // fade         alpha (a opacity + 2048) >> 12; where it is 0 the pixel is 0.
@@ -35,6 +36,7 @@ ZOL_LEVELS(void findPlaces(const WarpMap &map, int y, int x, int count, int *u, 
                           const int *radiiAcross, const int *radiiDown, int count, _color_t *out);
            void probeSteps(const WarpSource &source, WarpFilter filter, const int *u, const int *v,
                            const PlaceSteps &steps, const int *columns, int count, _color_t *out);
+           void pickEach(const WarpSource &source, const int *u, const int *v, int count, _color_t *out);
            void copyOpaque(const _color_t *pixels, int count, _color_t *out);
            void copyVisible(const _color_t *pixels, int count, _color_t *out);
            void fade(_color_t *pixels, int count, int opacity);)

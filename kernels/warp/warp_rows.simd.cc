@@ -536,6 +536,23 @@ void probeSteps(const WarpSource &source, WarpFilter filter, const int *u, const
   take(source, filter, u, v, steps, columns, count, out);
 }
 
+void pickEach(const WarpSource &source, const int *u, const int *v, int count, _color_t *out) {
+  const int last = source.width - 1, lowest = source.height - 1;
+  const auto seen = source.opaque ? 0xFF000000 : 0, least = uint32_t{1} << 24;
+  const auto *pixels = reinterpret_cast<const uint32_t *>(source.pixels);
+  forEachVector<U32xN>(count, [=, &source](int i, int n) {
+    const I32xN x = (load<I32xN>(u + i, n) + kPhases / 2) >> 8,
+                y = (load<I32xN>(v + i, n) + kPhases / 2) >> 8;
+    if (anySet((x < 0) | (y < 0) | (x > last) | (y > lowest))) {
+      for (int k = 0; k < n; ++k)
+        out[i + k] = pixelOf(source, x[k], y[k]);
+      return;
+    }
+    const U32xN p = gather(pixels, as<U32xN>(y * source.step + x)) | seen;
+    store(out + i, p >= least ? p : U32xN{}, n);
+  });
+}
+
 void copyOpaque(const _color_t *pixels, int count, _color_t *out) {
   forEachVector<U32xN>(count,
                        [=](int i, int n) { store(out + i, load<U32xN>(pixels + i, n) | 0xFF000000, n); });

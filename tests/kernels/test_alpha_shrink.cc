@@ -35,7 +35,7 @@ TEST(AlphaShrink, IsTheLeastAlphaWithinTheRadii) {
         const auto expected = sparsePicture(width, height, ++seed);
         plain::erode(*expected->record(), 1, 0, horizontal);
         plain::erode(*expected->record(), 0, 1, vertical);
-        test::atEveryLevel([&] {
+        test::atEveryLevel([&, width = width, height = height] {
           const auto picture = sparsePicture(width, height, seed);
           ASSERT_EQ(AlphaShrink(session.info(), picture->record(), horizontal, vertical), 1);
           ASSERT_TRUE(test::samePixels(*picture->record(), *expected->record()))

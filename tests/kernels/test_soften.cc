@@ -42,7 +42,7 @@ TEST(Soften, IsThreeBoxesInEachDirection) {
         const Plane before = randomPlane(width, height, ++seed);
         Plane expected = before;
         plain::soften(expected.data(), width, height, along, down);
-        test::atEveryLevel([&] {
+        test::atEveryLevel([&, width = width, height = height] {
           Plane plane = before;
           ASSERT_TRUE(soften(plane, width, height, along, down));
           ASSERT_EQ(plane, expected) << width << 'x' << height << " by " << along << ", " << down;
