@@ -52,8 +52,8 @@ std::string commandOf(const host::RenderPlan &plan);
 // ---- Members of JSON ----
 
 /// Each throws Refusal for a member of another kind.
-std::string textIn(const nlohmann::json &json, const char *member);
-std::optional<double> numberIn(const nlohmann::json &json, const char *member);
-std::optional<std::pair<int, int>> sizeIn(const nlohmann::json &json, const char *member, int longest);
+std::string textIn(const nlohmann::json &json, const char *name);
+std::optional<double> numberIn(const nlohmann::json &json, const char *name);
+std::optional<std::pair<int, int>> sizeIn(const nlohmann::json &json, const char *name, int longest);
 
 } // namespace zol::studio

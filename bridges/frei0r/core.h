@@ -8,9 +8,9 @@
 extern "C" {
 #endif
 
-void zol_frei0r_plugin_info(unsigned plugin, f0r_plugin_info_t *info, const void *caller);
-void zol_frei0r_param_info(unsigned plugin, f0r_param_info_t *info, int index);
-f0r_instance_t zol_frei0r_construct(unsigned plugin, unsigned width, unsigned height, const void *caller);
+void zol_frei0r_plugin_info(unsigned number, f0r_plugin_info_t *info, const void *caller);
+void zol_frei0r_param_info(unsigned number, f0r_param_info_t *info, int index);
+f0r_instance_t zol_frei0r_construct(unsigned number, unsigned width, unsigned height, const void *caller);
 void zol_frei0r_destruct(f0r_instance_t instance);
 void zol_frei0r_set(f0r_instance_t instance, f0r_param_t value, int index);
 void zol_frei0r_get(f0r_instance_t instance, f0r_param_t value, int index);

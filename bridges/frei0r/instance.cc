@@ -83,7 +83,7 @@ bool PluginInstance::render(double time, const uint32_t *first, const uint32_t *
   if (!stage_)
     return false;
   const uint32_t *frames[] = {first, plugin_.stacked ? first + step_ * height_ : second};
-  for (size_t i = 0; i < plugin_.inputs.size() && i < clips_.size(); ++i) {
+  for (size_t i = 0; i < std::size(frames) && i < plugin_.inputs.size(); ++i) {
     if (frames[i] == nullptr)
       return false;
     const auto *pixels = reinterpret_cast<const _color_t *>(take(i, frames[i]));

@@ -169,7 +169,8 @@ void SoundInstance::run(size_t frames, const float *const *in, float *const *out
     if (fadeLeft_ > 0) {
       render(count, next_, faded_, progressAt(first), progressAt(first + count));
       for (size_t i = 0; i < count * kChannels; ++i) {
-        const float left = static_cast<float>(fadeLeft_ - i / kChannels) / static_cast<float>(fadeFrames_);
+        const size_t framesLeft = fadeLeft_ - i / kChannels;
+        const float left = static_cast<float>(framesLeft) / static_cast<float>(fadeFrames_);
         rendered_[i] = faded_[i] + (rendered_[i] - faded_[i]) * left;
       }
       fadeLeft_ -= count;

@@ -243,7 +243,8 @@ private:
     switch (method) {
     case kSlope: return {zol::kPhases, -zol::kPhases * amount * frame * frame / 200 / kOne, 0};
     case kPosition:
-      return {zol::kPhases * (1 - amount), zol::kPhases * amount * image / kOne, -zol::kPhases / 2 * amount};
+      return {zol::kPhases * (1 - amount), zol::kPhases * amount * image / kOne,
+              -0.5 * zol::kPhases * amount};
     default: return {zol::kPhases, -zol::kPhases * amount * frame * 2 / kOne, 0};
     }
   }

@@ -91,7 +91,7 @@ std::string submit(const SlurmJob &job) {
   const Answer answer = ask(words);
   if (!answer.good && isAbsence(answer.error))
     failWithout(answer.error);
-  const std::string id(trimmed(answer.out.substr(0, answer.out.find(';')))); // behind it stands a cluster
+  std::string id(trimmed(answer.out.substr(0, answer.out.find(';')))); // behind it stands a cluster
   if (!answer.good || id.empty())
     throw HostError("Slurm takes no job: " + answer.error);
   return id;

@@ -10,13 +10,13 @@ namespace zol::host {
 /// A part is tried so often before it has failed.
 constexpr int kMostFailures = 3;
 
-// Both take the plan's file and yield the status of the task. Why they failed is kept in the plan's place.
+// Both take the file of a plan and yield the status of the task. Why they failed is kept in the plan's place.
 
 /// Renders the part of which the scheduler's environment gives the number; has it started anew, perhaps on
 /// another node, after a failure that may not come again.
-int renderFarmPart(const std::string &plan);
+int renderFarmPart(const std::string &file);
 /// Joins the parts to the film, and then removes them.
-int joinFarmParts(const std::string &plan);
+int joinFarmParts(const std::string &file);
 
 struct TaskEnd {
   std::string why;  ///< it failed; empty: it did not

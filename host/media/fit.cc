@@ -49,8 +49,10 @@ Placement place(const PictureLayout &from, const PictureLayout &to, Fit fit) {
   within.width = std::clamp(std::round(shown * scale), 1.0, frame.width);
   within.height = std::clamp(std::round(height * scale), 1.0, frame.height);
   const int above = (to.height - static_cast<int>(within.height)) / 2;
-  within.x = (to.width - static_cast<int>(within.width)) / 2;
-  within.y = from.interlaced || to.interlaced ? above / 2 * 2 : above; // fields stay what they are
+  const int before = (to.width - static_cast<int>(within.width)) / 2;
+  const bool keepsFields = from.interlaced || to.interlaced;
+  within.x = before;
+  within.y = keepsFields ? above - above % 2 : above;
   return {all, within};
 }
 

@@ -91,7 +91,7 @@ void clearLeftovers(const fs::path &folder) {
 /// process may take it for a leftover: then there is another name.
 template <class Create> fs::path makePlace(const fs::path &target, Descriptor &held, Create create) {
   for (;;) {
-    const fs::path name = partialName(target);
+    fs::path name = partialName(target);
     held = Descriptor(create(name));
     if (!held)
       throw HostError(errorMessage(errno));

@@ -122,8 +122,10 @@ std::string metadataOf(const std::string &name, const std::string &value) {
 /// Slower than half goes in steps.
 std::string tempoFilter(double tempo) {
   std::string filter;
-  for (; tempo < 0.5; tempo *= 2)
+  while (tempo < 0.5) {
     filter += "atempo=0.5,";
+    tempo *= 2;
+  }
   return filter + "atempo=" + numberText(tempo);
 }
 

@@ -19,7 +19,7 @@ std::shared_ptr<const EffectLibrary> libraryOf(const RenderPlan &plan) {
 
 } // namespace
 
-RenderJob::RenderJob(RenderPlan plan) : RenderJob(plan, libraryOf(plan)) {}
+RenderJob::RenderJob(const RenderPlan &plan) : RenderJob(plan, libraryOf(plan)) {}
 
 RenderJob::RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library)
     : RenderJob(std::move(plan), std::move(library), {}) {}

@@ -36,7 +36,7 @@ class RenderJob {
 public:
   /// Finds the effects, opens the inputs, settles sizes and times. Throws HostError, with one clear line, for
   /// everything that can be told before rendering.
-  explicit RenderJob(RenderPlan plan);
+  explicit RenderJob(const RenderPlan &plan);
   /// The same with a library that is already loaded, under the plan's host.
   RenderJob(RenderPlan plan, std::shared_ptr<const EffectLibrary> library);
   /// The same with pictures that parts have; all that a render has besides goes along.

@@ -64,7 +64,7 @@ public:
   explicit operator bool() const { return pieces_ && left_ && moved_ && *left_ && *moved_ && gone_ && row_; }
 
   /// Writes row y of the area.
-  void write(int y, _color_t *row) const;
+  void write(int y, _color_t *out) const;
 
 private:
   struct Piece {

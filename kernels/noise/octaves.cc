@@ -57,7 +57,8 @@ NoiseOctaves::NoiseOctaves(const OctaveSettings &settings, int width, int height
     const double cellWidth = std::ldexp(settings.cellWidth, -k),
                  cellHeight = std::ldexp(settings.cellHeight, -k);
     const double visible = std::clamp((cellWidth - 2) / 2, 0.0, 1.0);
-    if (const int weight = static_cast<int>(weights[k] * kOne / sum * visible); weight > 0)
+    const int share = weights[k] * kOne / sum;
+    if (const int weight = static_cast<int>(share * visible); weight > 0)
       makeOctave(k, cellWidth, cellHeight, weight);
   }
 }
@@ -120,7 +121,7 @@ void NoiseOctaves::makePoints(const Octave &octave, int latticeRow, const Lattic
 }
 
 void NoiseOctaves::row(int y, int bias, int gain, int32_t *out) {
-  const int16_t *rows[kMostOctaves + 1];
+  const int16_t *rows[kMostOctaves + 1] = {};
   for (int k = 0; k < count_; ++k) {
     Octave &octave = octaves_[k];
     const int place = placeOn(octave.rowOrigin, y, height_, octave.cellHeight, settings_.down);

@@ -67,6 +67,7 @@ public:
     int last = 1;
     while (last < pieces && ways[last] < end)
       ++last;
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): there are two ways at least
     if (ways[last] > end) {
       const double share = (end - ways[last - 1]) / (ways[last] - ways[last - 1]);
       const StrokePoint &from = points[last - 1];

@@ -19,8 +19,8 @@ struct WarpEdge {
   [[nodiscard]] double atRow(int row) const { return y * (row + 0.5) + rest; }
 };
 
-/// Where in the columns of a row all of the edges give a coverage of that and more.
-Span spanWithin(const WarpEdge *edges, int count, int row, Span columns, int least);
+/// Where in a span of a row's columns all of the edges give a coverage of that and more.
+Span spanWithin(const WarpEdge *edges, int count, int row, Span span, int least);
 
 class WarpMap {
 public:

@@ -37,8 +37,10 @@ void takeProbes(const WarpSource &source, const WarpMap &map, int y, int x, Warp
     return take(source, map.footprintAt(x, y), filter, map.isUpright(), u, v, count, out);
   Footprint footprints[kMostProbed / kFootprintPixels]; // all at first: none waits for the one before
   const int first = x & -kFootprintPixels;
-  for (int k = 0; first + kFootprintPixels * k < x + count; ++k)
-    footprints[k] = map.footprintAt(first + kFootprintPixels * k + kFootprintPixels / 2, y);
+  for (int k = 0; first + kFootprintPixels * k < x + count; ++k) {
+    const int middle = first + kFootprintPixels * k + kFootprintPixels / 2;
+    footprints[k] = map.footprintAt(middle, y);
+  }
   for (int i = 0; i < count;) {
     const int k = (x + i - first) / kFootprintPixels;
     const int end = std::min(count, first + kFootprintPixels * (k + 1) - x);

@@ -19,7 +19,7 @@ struct Product {
 /// In 1/256 pixel, from pixels' edges to their centres. What is not a number goes far away too.
 Vector<int32_t, kLanes<F64xN>> place(F64xN edges) {
   const auto far = splat<F64xN>(40000 * kPhases);
-  const F64xN held = max(min(edges - kPhases / 2, far), -far);
+  const F64xN held = max(min(edges - 0.5 * kPhases, far), -far);
   return convert<Vector<int32_t, kLanes<F64xN>>>(floor(held + 0.5));
 }
 
@@ -151,10 +151,10 @@ public:
     for (const void *&ofBlock : taps)
       ofBlock = tapsDown_ + (v & (kPhases - 1));
     const auto down = loadBlocks<I16xN>(taps);
-    if (mayBeWhole_ && isNearWhole(splat<I32xN>(v)))
-      sumColumns<InWhole<Values>>(rows, down);
-    else
-      sumColumns<Values>(rows, down);
+    if constexpr (std::is_same_v<Values, OpaqueInParts>)
+      if (mayBeWhole_ && isNearWhole(splat<I32xN>(v)))
+        return sumColumns<InWhole<Values>>(rows, down);
+    sumColumns<Values>(rows, down);
   }
 
   void place(const int *u, const int * /*v*/, int right, int /*down*/, int count) {
