@@ -79,9 +79,8 @@ uint64_t frameIn(const Json &json) {
 class Studio {
 public:
   explicit Studio(const Options &options)
-      : options_(options),
-        library_(std::make_shared<const host::EffectLibrary>(
-            options.library.empty() ? host::EffectLibrary::defaultFile() : options.library, options.host)),
+      : options_(options), library_(std::make_shared<const host::EffectLibrary>(
+                               host::EffectLibrary::fileFor(options.library), options.host)),
         catalogue_(*library_), files_(options.files, options.folder), preview_(*library_),
         jobs_(library_, options.output) {
     server_.set_payload_max_length(kLargestDrop);

@@ -23,9 +23,7 @@ void addHostOptions(CLI::App &app, std::string &identity, std::string &library) 
       ->type_name("FILE");
 }
 
-std::string HostOptions::libraryFile() const {
-  return library.empty() ? host::EffectLibrary::defaultFile() : library;
-}
+std::string HostOptions::libraryFile() const { return host::EffectLibrary::fileFor(library); }
 
 std::string plainText(const std::string &marked) {
   static const std::regex lineBreak("<br>");

@@ -1,9 +1,9 @@
 #include "host/farm/plan.h"
 
 #include "host/model/error.h"
+#include "host/model/text.h"
 #include "host/model/text_file.h"
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include <utility>
@@ -13,34 +13,34 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A name of as many digits for each part, so that names sort as parts do.
-std::string numbered(unsigned part) {
-  constexpr size_t kDigits = 4;
-  std::string text = std::to_string(part);
-  return text.insert(0, kDigits - std::min(kDigits, text.size()), '0');
-}
+/// Of as many digits for each part, so that names sort as parts do.
+std::string numbered(unsigned part) { return paddedText(part, 4); }
 
 std::string labelled(unsigned part) { return part == 0 ? "join" : "part-" + std::to_string(part); }
 
+/// All but the render.
+template <class Plan, class Visit> void forEachMember(Plan &plan, Visit visit) {
+  visit("frames", plan.frames);
+  visit("parts", plan.parts);
+  visit("threads", plan.threads);
+  visit("program", plan.program);
+  visit("folder", plan.folder);
+  visit("partition", plan.partition);
+  visit("time", plan.time);
+  visit("partsJob", plan.partsJob);
+  visit("joinJob", plan.joinJob);
+}
+
 nlohmann::json toJson(const FarmPlan &plan) {
-  return {{"render", toJson(plan.render)}, {"frames", plan.frames},   {"parts", plan.parts},
-          {"threads", plan.threads},       {"program", plan.program}, {"folder", plan.folder},
-          {"partition", plan.partition},   {"time", plan.time},       {"partsJob", plan.partsJob},
-          {"joinJob", plan.joinJob}};
+  nlohmann::json json{{"render", toJson(plan.render)}};
+  forEachMember(plan, [&](const char *name, const auto &member) { json[name] = member; });
+  return json;
 }
 
 FarmPlan farmPlanFromJson(const nlohmann::json &json) {
   FarmPlan plan;
   plan.render = planFromJson(json.at("render"));
-  json.at("frames").get_to(plan.frames);
-  json.at("parts").get_to(plan.parts);
-  json.at("threads").get_to(plan.threads);
-  json.at("program").get_to(plan.program);
-  json.at("folder").get_to(plan.folder);
-  json.at("partition").get_to(plan.partition);
-  json.at("time").get_to(plan.time);
-  json.at("partsJob").get_to(plan.partsJob);
-  json.at("joinJob").get_to(plan.joinJob);
+  forEachMember(plan, [&](const char *name, auto &member) { json.at(name).get_to(member); });
   return plan;
 }
 

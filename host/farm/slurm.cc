@@ -25,9 +25,7 @@ Answer ask(const std::vector<std::string> &words) {
   options.patience = kPatience;
   Process process(words, options);
   Answer answer;
-  char buffer[4096];
-  while (const size_t n = process.read(buffer, sizeof buffer))
-    answer.out.append(buffer, n);
+  answer.out = process.readAll();
   answer.good = process.wait() == 0;
   answer.error = process.lastLine();
   for (const std::string_view said : {words.front() + ": ", std::string("error: ")})

@@ -66,11 +66,6 @@ bool areOf(const FarmPlace &place, const FarmPlan &plan, const EffectLibrary &li
   return true;
 }
 
-std::shared_ptr<const EffectLibrary> libraryOf(const RenderPlan &plan) {
-  return std::make_shared<EffectLibrary>(plan.library.empty() ? EffectLibrary::defaultFile() : plan.library,
-                                         plan.host);
-}
-
 void submitParts(const FarmPlace &place, FarmPlan &plan, const std::vector<unsigned> &numbers) {
   plan.partsJob = submit({.name = "zol-part",
                           .folder = place.folder(),

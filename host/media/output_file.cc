@@ -218,9 +218,7 @@ struct Pattern {
   int digits = 1;
 
   [[nodiscard]] std::string name(uint64_t number) const {
-    std::string text = std::to_string(number);
-    text.insert(0, std::max<size_t>(text.size(), static_cast<size_t>(digits)) - text.size(), '0');
-    return before + text + after;
+    return before + paddedText(number, static_cast<size_t>(digits)) + after;
   }
   /// The number in a name; nothing where it is not such a name.
   [[nodiscard]] std::optional<uint64_t> numberIn(std::string_view name) const {

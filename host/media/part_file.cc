@@ -61,9 +61,7 @@ PartFile readPartFile(const std::string &file, const std::string &tag, const Med
                    "format_tags:stream=codec_name,has_b_frames,extradata_hash:stream_tags=ENCODER", "-f",
                    "matroska", fileUrl(file)},
                   options);
-  std::string answer, block(65536, '\0');
-  for (size_t got = 1; got > 0; answer.append(block, 0, got))
-    got = process.read(block.data(), block.size());
+  const std::string answer = process.readAll();
   if (process.wait() != 0)
     refuse(reasonOf(process, fileUrl(file)));
   PartFile found;

@@ -345,6 +345,18 @@ size_t Process::read(void *data, size_t size) {
   return done;
 }
 
+std::string Process::readAll() {
+  constexpr size_t kBlock = 65536;
+  std::string all;
+  for (size_t got = kBlock; got == kBlock;) {
+    const size_t before = all.size();
+    all.resize(before + kBlock);
+    got = read(all.data() + before, kBlock);
+    all.resize(before + got);
+  }
+  return all;
+}
+
 bool Process::write(const void *data, size_t size) {
   const auto *bytes = static_cast<const uint8_t *>(data);
   while (size > 0 && input_) {

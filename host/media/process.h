@@ -59,6 +59,8 @@ public:
 
   /// Reads up to `size` bytes of the child's output, fewer only at its end; the number read.
   size_t read(void *data, size_t size);
+  /// Reads all of the child's output.
+  std::string readAll();
 
   /// Writes all of it to the child's input; false when the child no longer reads (ask wait() why). Bytes
   /// queued for the second input go out on the way.

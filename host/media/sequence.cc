@@ -2,7 +2,6 @@
 
 #include "host/model/text.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <regex>
 #include <set>
@@ -31,9 +30,7 @@ std::string withSinglePercents(const std::string &text) {
 } // namespace
 
 std::string PictureSequence::file(int number) const {
-  std::string text = std::to_string(number);
-  text.insert(0, digits - std::min(digits, text.size()), '0');
-  return before + text + after;
+  return before + paddedText(static_cast<uint64_t>(number), digits) + after;
 }
 
 std::optional<PictureSequence> sequenceNamed(const std::string &name) {

@@ -34,6 +34,11 @@ std::string numberText(double value) {
   return {text, end};
 }
 
+std::string paddedText(uint64_t number, size_t digits) {
+  const std::string text = std::to_string(number);
+  return std::string(digits - std::min(digits, text.size()), '0') + text;
+}
+
 std::string folded(std::string_view text) {
   std::string result(text);
   std::transform(result.begin(), result.end(), result.begin(), lower);

@@ -1,6 +1,8 @@
 // Small readings of text, the same in every locale.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +17,8 @@ std::optional<int> integerIn(std::string_view text);
 
 /// The shortest text that reads back as the same number, with a point in every locale.
 std::string numberText(double value);
+/// A whole number with zeros before it, of that many digits at least.
+std::string paddedText(uint64_t number, size_t digits);
 
 /// In lower case, as far as ASCII goes.
 std::string folded(std::string_view text);

@@ -24,7 +24,9 @@ std::string readTextFile(const std::string &file) {
 }
 
 void writeTextFile(const std::string &file, const std::string &text) {
-  const std::string unfinished = file + '.' + std::to_string(getpid());
+  const std::filesystem::path target(file); // folders are searched by how names begin
+  const auto unfinished =
+      target.parent_path() / ('.' + std::to_string(getpid()) + target.filename().string());
   std::ofstream stream(unfinished, std::ios::binary);
   stream << text << std::flush;
   std::error_code error;

@@ -117,9 +117,7 @@ std::vector<std::string> join(const JoinPlan &plan, const Progress &progress) {
     joined.pictures.files.push_back(part.file);
     joined.pictures.frames.push_back(part.record.frames);
   }
-  const auto library = std::make_shared<const EffectLibrary>(
-      film.library.empty() ? EffectLibrary::defaultFile() : film.library, film.host);
-  RenderJob job(film, library, joined);
+  RenderJob job(film, libraryOf(film), joined);
   job.run(progress);
   return job.notes();
 }

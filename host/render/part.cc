@@ -5,15 +5,14 @@
 #include "host/media/sequence.h"
 #include "host/media/writer.h"
 #include "host/model/error.h"
+#include "host/model/text_file.h"
 #include "host/render/output.h"
 
 #include <array>
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string_view>
-#include <unistd.h>
 #include <utility>
 
 namespace zol::host {
@@ -159,7 +158,7 @@ PartRecord recordOf(const RenderPlan &plan, const EffectLibrary &library) {
   record.codec = pictureCodec(formatOf(plan.output, choice), plan.output, choice);
   Json decides{{"plan", deciding(record.plan)},
                {"codec", record.codec},
-               {"library", sumOfFile(plan.library.empty() ? EffectLibrary::defaultFile() : plan.library)},
+               {"library", sumOfFile(EffectLibrary::fileFor(plan.library))},
                {"program", sumOfFile("/proc/self/exe")}};
   for (const std::string &name : filesOf(record.plan, library)) {
     if (isStream(name))
@@ -192,28 +191,32 @@ void cutPart(PartRecord &record, uint64_t first, uint64_t all) {
 
 // ---- Records ----
 
+namespace {
+
+/// All but the plan.
+template <class Record, class Visit> void forEachMember(Record &record, Visit visit) {
+  visit("hash", record.hash);
+  visit("number", record.number);
+  visit("count", record.count);
+  visit("first", record.first);
+  visit("frames", record.frames);
+  visit("all", record.all);
+  visit("codec", record.codec);
+}
+
+} // namespace
+
 std::string textOf(const PartRecord &record) {
-  return dumped({{"hash", record.hash},
-                 {"number", record.number},
-                 {"count", record.count},
-                 {"first", record.first},
-                 {"frames", record.frames},
-                 {"all", record.all},
-                 {"codec", record.codec},
-                 {"plan", toJson(record.plan)}});
+  Json json{{"plan", toJson(record.plan)}};
+  forEachMember(record, [&](const char *name, const auto &member) { json[name] = member; });
+  return dumped(json);
 }
 
 std::optional<PartRecord> recordIn(const std::string &text) {
   try {
     const Json json = Json::parse(text);
     PartRecord record;
-    json.at("hash").get_to(record.hash);
-    json.at("number").get_to(record.number);
-    json.at("count").get_to(record.count);
-    json.at("first").get_to(record.first);
-    json.at("frames").get_to(record.frames);
-    json.at("all").get_to(record.all);
-    json.at("codec").get_to(record.codec);
+    forEachMember(record, [&](const char *name, auto &member) { json.at(name).get_to(member); });
     record.plan = planFromJson(json.at("plan"));
     return record;
   } catch (const Json::exception &) {
@@ -283,19 +286,7 @@ void keepRecord(const std::string &pictures, const PartRecord &record) {
     if (const auto kept = readRecord(other); kept && kept->record.hash != record.hash)
       fs::remove(other, error);
   const fs::path file = recordFile(pictures, record);
-  const fs::path unfinished =
-      file.parent_path() / ("." + std::to_string(getpid()) + file.filename().string());
-  std::ofstream stream(unfinished, std::ios::binary);
-  stream << sumOfPictures(pictures, record) << '\n' << textOf(record) << '\n' << std::flush;
-  const int reason = errno;
-  if (stream)
-    fs::rename(unfinished, file, error); // others read while this one writes
-  if (stream && !error)
-    return;
-  const HostError failed("cannot write " + file.string() + ": " +
-                         (error ? error.message() : errorMessage(reason)));
-  fs::remove(unfinished, error);
-  throw failed;
+  writeTextFile(file, sumOfPictures(pictures, record) + '\n' + textOf(record) + '\n');
 }
 
 std::vector<PartRecord> recordsBeside(const std::string &pictures) {

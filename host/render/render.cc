@@ -10,14 +10,9 @@
 #include <utility>
 
 namespace zol::host {
-namespace {
-
 std::shared_ptr<const EffectLibrary> libraryOf(const RenderPlan &plan) {
-  return std::make_shared<EffectLibrary>(plan.library.empty() ? EffectLibrary::defaultFile() : plan.library,
-                                         plan.host);
+  return std::make_shared<const EffectLibrary>(EffectLibrary::fileFor(plan.library), plan.host);
 }
-
-} // namespace
 
 RenderJob::RenderJob(const RenderPlan &plan) : RenderJob(plan, libraryOf(plan)) {}
 

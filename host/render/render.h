@@ -32,6 +32,9 @@ struct JoinedParts {
   uint64_t frames = 0; ///< of all
 };
 
+/// Loads the library that the plan names, or the default one, for the plan's host.
+std::shared_ptr<const EffectLibrary> libraryOf(const RenderPlan &plan);
+
 class RenderJob {
 public:
   /// Finds the effects, opens the inputs, settles sizes and times. Throws HostError, with one clear line, for

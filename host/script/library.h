@@ -24,6 +24,8 @@ public:
 
   /// The library that stands beside this program.
   static std::string defaultFile();
+  /// The file that was named, or else that one.
+  static std::string fileFor(const std::string &named) { return named.empty() ? defaultFile() : named; }
 
   [[nodiscard]] const Registry &registry() const { return registry_; }
   [[nodiscard]] const std::vector<Interpreter::Error> &errors() const { return interpreter_->errors(); }
